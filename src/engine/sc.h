@@ -1,0 +1,148 @@
+#pragma once
+// SC, the script engine: loads a script text into statement and function
+// tables, runs them, holds the variables and prints its state.
+//
+// Lines are 1-based indexes into the statement table and have nothing to do
+// with the lines of the text. Member names follow the language's own.
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace tarvoke::host {
+struct Session;
+}
+
+namespace tarvoke::engine {
+
+struct Statement {
+    int32_t functionID = -1;
+    std::array<std::string, 8> sParameter;  // sParameter1 .. sParameter8 at [0] .. [7]
+    // Found once at load, with the same result as counting at run time:
+    // the line an if/else/while skip stops at, the while an endwhile goes
+    // back to, the function a call enters; kEndsRun where the skip runs off.
+    int32_t jump = 0;
+};
+
+struct FunctionEntry {
+    std::string sName;
+    int32_t lngLine = 0;
+};
+
+// The engine's one scratch value. A look-up writes the tag and the member of
+// that type only; the other two keep what they held.
+struct ValueSlot {
+    std::string sValue;
+    int32_t lngValue = 0;
+    double dblValue = 0;
+    int32_t lngValueType = 8;
+};
+
+enum ValueType : int32_t { kText = 8, kLong = 9, kDouble = 10 };
+
+// Host commands (100..157) run outside the engine; the dispatch implements this.
+class ExternalCommands {
+public:
+    virtual ~ExternalCommands() = default;
+    virtual void execute(class SC& engine, int32_t functionID, int32_t lngLine) = 0;
+};
+
+class SC {
+public:
+    static constexpr int32_t kEndsRun = -1;
+
+    explicit SC(host::Session& session);
+
+    // Load. sInputCode receives the normalised text.
+    void Initialize(std::string& sInputCode);
+    std::string GetDebug() const;
+    void StopExecution();
+    void PauseExecution();
+    void Execute();
+    int32_t ReturnFunctionID(std::string& functionName) const;
+    std::string ReturnFunctionName(int32_t ID) const;
+    bool Evaluate(const std::string& inputParameters);
+    void AddSetVariable(const std::string& sVariableName, int32_t sVariableType, int32_t FUNCTION_ID);
+    void GetVariable(std::string& sVariableName);
+    std::string GetVariableAsString(const std::string& sVariableName) const;
+    bool IsExistingVariable(const std::string& sVariableName) const;
+    void SetExecuteType(int16_t intType) { m_intExecuteType = intType; }
+    static std::string HextoAsciiNS(std::string& Text69);
+    static int32_t ReturnExternalFunctionID(std::string_view functionName);
+    static std::string ReturnExternalName(int32_t ID);
+    void ExecuteExternalFunction(int32_t functionID, int32_t lngLine);
+
+    // Wiring.
+    void setExternalCommands(ExternalCommands* commands) { m_external = commands; }
+    // Called for every statement run while the execute type is 2.
+    void setStatementCounter(std::function<void()> counter) { m_countStatement = std::move(counter); }
+
+    // Read access for the host commands, the windows and tests.
+    host::Session& session() { return m_session; }
+    ValueSlot& valueSlot() { return m_value; }
+    const Statement& statement(int32_t line) const { return m_statements[line]; }
+    Statement& statement(int32_t line) { return m_statements[line]; }
+    int32_t statementCount() const { return m_lngStatementCount; }
+    const std::vector<FunctionEntry>& functions() const { return m_functions; }
+    int32_t startLine() const { return m_lngStartLine; }
+    int32_t endLine() const { return m_lngEndLine; }
+    int32_t currentLine() const { return m_lngCurrentLine; }
+    int32_t callDepth() const { return m_lngCallDepth; }
+    bool running() const { return m_blnRunning; }
+    int16_t executeType() const { return m_intExecuteType; }
+
+private:
+    template <typename T>
+    struct Variable {
+        std::string sName;
+        T value{};
+    };
+    // Where a name stands in each of the three tables; -1 where it does not.
+    struct NameSlots {
+        int32_t text = -1;
+        int32_t lng = -1;
+        int32_t dbl = -1;
+    };
+
+    void resetTables();
+    void parseStatement(const std::string& buffer, int32_t& functionsSeen, int32_t& ordinalOfMain);
+    void findJumps();
+    bool runStatement();
+    void ExecuteBuiltin();
+    bool resolve(std::string& name);
+    bool readLastPosition(const std::string& name, int32_t& value) const;
+    NameSlots slotsOf(const std::string& name) const;
+    int32_t appendVariable(const std::string& name, int32_t type);
+    void applyToText(std::string& value, int32_t FUNCTION_ID);
+    void applyToLong(int32_t& value, int32_t FUNCTION_ID);
+    void applyToDouble(double& value, int32_t FUNCTION_ID);
+    void runFunctionOfVariable(int32_t functionID);
+    void runTextCommand(int32_t functionID);
+    void runMessage();
+
+    host::Session& m_session;
+    ExternalCommands* m_external = nullptr;
+    std::function<void()> m_countStatement;
+
+    std::vector<Statement> m_statements;  // [0] stays empty
+    int32_t m_lngStatementCount = 0;
+    std::vector<FunctionEntry> m_functions;  // in script order
+    int32_t m_lngStartLine = 1;
+    int32_t m_lngEndLine = 0;
+    int32_t m_lngCurrentLine = 1;
+    std::vector<int32_t> m_callStack{0};  // [0] holds 0
+    int32_t m_lngCallDepth = 0;
+    bool m_blnRunning = false;
+    int16_t m_intExecuteType = 0;
+
+    std::vector<Variable<std::string>> m_stringVariables;  // [0] is the empty slot
+    std::vector<Variable<int32_t>> m_longVariables;
+    std::vector<Variable<double>> m_doubleVariables;
+    std::unordered_map<std::string, NameSlots> m_names;
+    ValueSlot m_value;
+};
+
+}  // namespace tarvoke::engine

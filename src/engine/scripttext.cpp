@@ -1,0 +1,90 @@
+#include "engine/scripttext.h"
+
+namespace tarvoke::engine {
+
+std::string StripSource(std::string_view text) {
+    std::string out;
+    out.reserve(text.size());
+    bool inQuotes = false;
+    bool inComment = false;
+    for (size_t i = 0; i < text.size(); ++i) {
+        char c = text[i];
+        if (c == '\t') continue;
+        if (c == '#') {
+            if (inComment) {
+                // The character behind a closing "#" is taken as it is: it
+                // cannot open a new comment (so "##" inside one prints "#").
+                inComment = false;
+                do {
+                    ++i;
+                } while (i < text.size() && text[i] == '\t');
+                if (i >= text.size()) break;
+                c = text[i];
+            } else {
+                inComment = true;
+            }
+        }
+        if (inComment) continue;
+        if (c == '"') {
+            inQuotes = !inQuotes;
+            out += c;
+        } else if (inQuotes) {
+            out += c;
+        } else if (c != ' ') {
+            out += lowerAscii(c);
+        }
+    }
+    return out;
+}
+
+std::string RemoveLineBreaks(std::string_view text) {
+    std::string out;
+    out.reserve(text.size());
+    for (char c : text)
+        if (c != '\n' && c != '\r') out += c;
+    return out;
+}
+
+std::string_view GetCommandName(std::string_view buffer) {
+    return buffer.substr(0, std::min(buffer.find('('), buffer.size()));
+}
+
+std::string_view GetParameterText(std::string_view buffer) {
+    const size_t open = buffer.find('(');
+    // A "(" that is the last character leaves nothing to take.
+    if (open == std::string_view::npos || open + 1 >= buffer.size()) return {};
+    return buffer.substr(open + 1, buffer.size() - open - 2);
+}
+
+int CountParameters(std::string_view parameterText) {
+    if (parameterText.empty()) return 0;
+    int commas = 0;
+    for (char c : parameterText)
+        if (c == ',') ++commas;
+    return commas + 1;
+}
+
+std::vector<std::string_view> SplitParameters(std::string_view parameterText) {
+    std::vector<std::string_view> pieces;
+    if (parameterText.empty()) return pieces;
+    size_t start = 0;
+    for (;;) {
+        const size_t comma = parameterText.find(',', start);
+        if (comma == std::string_view::npos) {
+            pieces.push_back(parameterText.substr(start));
+            return pieces;
+        }
+        pieces.push_back(parameterText.substr(start, comma - start));
+        start = comma + 1;
+    }
+}
+
+bool IsHexText(std::string_view text) { return text.size() >= 2 && text[0] == '0' && text[1] == 'x'; }
+
+std::string lowerAscii(std::string_view text) {
+    std::string out(text);
+    for (char& c : out) c = lowerAscii(c);
+    return out;
+}
+
+}  // namespace tarvoke::engine

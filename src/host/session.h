@@ -1,0 +1,33 @@
+#pragma once
+// The state of the host commands that outlives a load and a run, held in one
+// object handed to the engine and the commands (no globals, so tests stay
+// apart). Names follow the script language's own.
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "platform/platform.h"
+
+namespace tarvoke::host {
+
+struct Session {
+    platform::Platform platform;
+
+    platform::WindowId hTargetWindow = 0;
+    double dblPauseFactor = 1.0;
+    std::string sPausePercent;
+    bool bIgnorePauses = false;
+    bool bRepeat = true;
+    bool bFirstFind = true;
+    int16_t intLastX = 0;
+    int16_t intLastY = 0;
+    platform::Point ptCursor;
+    std::string sScriptFolder;
+
+    // Set by the player's --percent: the pause factor is fixed and
+    // SetPausePercent statements are passed over.
+    std::optional<double> fixedPauseFactor;
+};
+
+}  // namespace tarvoke::host

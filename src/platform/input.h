@@ -1,0 +1,48 @@
+#pragma once
+// Synthetic input: the input stream at the cursor, and messages to one window.
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "platform/types.h"
+
+namespace tarvoke::platform {
+
+// Button flags of a button event, as scripts and the recorder know them.
+enum MouseFlags : uint32_t {
+    kLeftDown = 2,
+    kLeftUp = 4,
+    kRightDown = 8,
+    kRightUp = 16,
+    kMiddleDown = 32,
+    kMiddleUp = 64,
+};
+
+// Key event flags: 0 presses, 2 releases.
+enum KeyFlags : uint32_t { kKeyPress = 0, kKeyRelease = 2 };
+
+// One step of a parsed key string: press or release a virtual key, or type
+// one character (a UTF-8 sequence) that may lie outside the keymap.
+struct KeyStroke {
+    enum class Kind { Press, Release, Type } kind = Kind::Press;
+    uint8_t vk = 0;
+    std::string text;
+    bool operator==(const KeyStroke&) const = default;
+};
+
+class Input {
+public:
+    virtual ~Input() = default;
+    virtual void setCursorPos(int32_t x, int32_t y) = 0;
+    virtual Point cursorPos() = 0;
+    // A button event at the cursor; flags is one of MouseFlags.
+    virtual void mouseEvent(uint32_t flags) = 0;
+    virtual void keyEvent(uint8_t vk, uint32_t flags) = 0;
+    // A key string the host has already parsed; keys is the script's text.
+    virtual void sendKeys(const std::string& keys, const std::vector<KeyStroke>& strokes) = 0;
+    // A mouse or key message delivered to one window (513.. buttons, 256/257 keys).
+    virtual void sendMessage(WindowId window, uint32_t message, uint32_t wParam, uint32_t lParam) = 0;
+};
+
+}  // namespace tarvoke::platform

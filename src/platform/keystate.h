@@ -1,0 +1,19 @@
+#pragma once
+// The state of keys and buttons by virtual-key number, read without a round
+// trip to the display.
+
+#include <cstdint>
+
+namespace tarvoke::platform {
+
+class KeyState {
+public:
+    virtual ~KeyState() = default;
+    // Down now.
+    virtual bool isDown(uint8_t vk) = 0;
+    // Pressed since the last call of this for the same key; the reader that
+    // asks owns the bit, and isDown never clears it.
+    virtual bool pressedSinceLastRead(uint8_t vk) = 0;
+};
+
+}  // namespace tarvoke::platform

@@ -1,0 +1,147 @@
+#include "engine_fixture.h"
+
+namespace tarvoke::test {
+namespace {
+
+class BuiltinsTest : public EngineTest {};
+
+// Each case runs a script and reads one variable back, with its type.
+struct Case {
+    const char* script;
+    const char* variable;
+    int32_t type;
+    const char* value;
+};
+
+void PrintTo(const Case& c, std::ostream* os) { *os << c.script; }
+
+class BuiltinCases : public BuiltinsTest, public ::testing::WithParamInterface<Case> {};
+
+TEST_P(BuiltinCases, LeaveTheVariable) {
+    const Case& c = GetParam();
+    run(c.script);
+    EXPECT_EQ(typeOf(c.variable), c.type);
+    EXPECT_EQ(valueOf(c.variable), c.value);
+}
+
+INSTANTIATE_TEST_SUITE_P(Declarations, BuiltinCases, ::testing::Values(
+    Case{"int(x, 2.5);", "x", 9, "2"},
+    Case{"string(x, 5);", "x", 8, "5"},
+    Case{"double(x, abc);", "x", 10, "0"},
+    Case{"int(x);", "x", 9, "0"},
+    Case{"string(x, 0x4142);", "x", 8, "AB"},
+    Case{"string(x, \"0x4142\");", "x", 8, "AB"},
+    Case{"int(x, 9); int(x, 3);", "x", 9, "3"},
+    Case{"set(x, 5);", "x", 9, "5"},
+    Case{"set(x, 2.5);", "x", 10, "2.5"},
+    Case{"set(x, abc);", "x", 8, "abc"},
+    Case{"set(x, \"5\");", "x", 9, "5"},
+    Case{"int(x, 1); set(x, abc);", "x", 8, "abc"},   // a string x now hides the long
+    Case{"int(x, 1); set(x, 2.5);", "x", 9, "1"},     // the double stands behind the long
+    Case{"string(x, a); set(x, 5);", "x", 8, "a"},
+    Case{"double(b, 5.5); set(a, b);", "a", 10, "5.5"},
+    Case{"double(b, 5); set(a, b);", "a", 9, "5"},
+    Case{"int(x, 99999999999);", "x", 9, "0"}));
+
+INSTANTIATE_TEST_SUITE_P(Arithmetic, BuiltinCases, ::testing::Values(
+    Case{"add(u, 1); add(u, 1);", "u", 8, "11"},
+    Case{"int(x, 10); add(x, 2.5);", "x", 9, "12"},
+    Case{"int(x, 7); divide(x, 2);", "x", 9, "4"},
+    Case{"int(x, 5); divide(x, 2);", "x", 9, "2"},
+    Case{"int(x, 5); divide(x, 0);", "x", 9, "5"},
+    Case{"int(x, 2147483647); add(x, 1);", "x", 9, "2147483647"},
+    Case{"int(x, 65536); multiply(x, 65536);", "x", 9, "65536"},
+    Case{"int(x, 10); subtract(x, 12abc);", "x", 9, "-2"},
+    Case{"double(d, 1); divide(d, 0);", "d", 10, "inf"},
+    Case{"double(d, 0); divide(d, 0);", "d", 10, "nan"},
+    Case{"double(d, 1.0e300); multiply(d, 1.0e300);", "d", 10, "inf"},
+    Case{"double(d, 1.5); multiply(d, 2);", "d", 10, "3"},
+    Case{"int(x, 3); power(x, 2);", "x", 9, "9"},
+    Case{"int(x, 9); power(x, 0.5);", "x", 9, "1"},
+    Case{"double(d, 9); power(d, 0.5);", "d", 10, "3"},
+    Case{"int(x, 0); power(x, -1);", "x", 9, "0"},
+    Case{"double(d, 0); power(d, -1);", "d", 10, "0"},
+    Case{"double(d, -8); power(d, 0.5);", "d", 10, "-8"},
+    Case{"int(x, 3); power(x, abc);", "x", 9, "3"},
+    Case{"string(s, ab); power(s, 2);", "s", 8, "ab"},
+    Case{"string(s, ab); multiply(s, 3);", "s", 8, "ababab"},
+    Case{"string(s, ab); multiply(s, 0);", "s", 8, ""},
+    Case{"string(s, ab); multiply(s, 40000);", "s", 8, "ab"},
+    Case{"string(s, ab); multiply(s, cd);", "s", 8, "abcd"},
+    Case{"string(s, 1a1b); subtract(s, 1);", "s", 8, "ab"},
+    Case{"string(s, banana); divide(s, \"a\");", "s", 8, "bnn"},
+    Case{"string(s, ab); subtract(s, \"\");", "s", 8, "ab"},
+    Case{"string(s, x); combine(s, 2.5);", "s", 8, "x2.5"},
+    Case{"string(s, \"aXa\"); removeall(s, a);", "s", 8, "X"},
+    Case{"add(5, 1);", "5", 9, "1"}));
+
+INSTANTIATE_TEST_SUITE_P(Functions, BuiltinCases, ::testing::Values(
+    Case{"int(x, 5); factorial(x);", "x", 9, "120"},
+    Case{"int(x, 0); factorial(x);", "x", 9, "1"},
+    Case{"int(x, -3); factorial(x);", "x", 9, "1"},
+    Case{"double(d, 3.5); factorial(d);", "d", 10, "24"},
+    Case{"int(x, 13); factorial(x);", "x", 9, "13"},
+    Case{"double(d, 171); factorial(d);", "d", 10, "171"},
+    Case{"double(d, 40000); factorial(d);", "d", 10, "40000"},
+    Case{"string(s, 5); factorial(s);", "s", 8, "5"},
+    Case{"int(x, 2); sin(x);", "x", 9, "1"},
+    Case{"double(d, 0); cos(d);", "d", 10, "1"},
+    Case{"double(d, 1); log(d);", "d", 10, "0"},
+    Case{"int(x, 0); log(x);", "x", 9, "0"},
+    Case{"double(d, -1); log(d);", "d", 10, "-1"},
+    Case{"string(s, 1); tan(s);", "s", 8, "1"},
+    Case{"int(x, 1); tan(x);", "x", 9, "2"}));
+
+INSTANTIATE_TEST_SUITE_P(Text, BuiltinCases, ::testing::Values(
+    Case{"string(s, abcdef); parse(s, 2, 3);", "s", 8, "bcd"},
+    Case{"string(s, abcdef); parse(s, 9, 3);", "s", 8, ""},
+    Case{"string(s, abcdef); parse(s, 2, 0);", "s", 8, ""},
+    Case{"string(s, abcdef); parse(s, 0, 3);", "s", 8, "abcdef"},
+    Case{"string(s, abcdef); parse(s, 2);", "s", 8, "abcdef"},
+    Case{"string(s, abcdef); parse(s, x, 2);", "s", 8, "abcdef"},
+    Case{"int(x, 5); parse(x, 1, 1);", "x", 9, "5"},
+    Case{"string(s, abab); for(s, a, b);", "s", 8, "bbbb"},
+    Case{"string(s, abab); replace(s, ab, x);", "s", 8, "xx"},
+    Case{"string(s, abc); replace(s, \"\", x);", "s", 8, "abc"},
+    Case{"string(s, aaa); replace(s, aa, a);", "s", 8, "aa"}));
+
+TEST_F(BuiltinsTest, MessageStyles) {
+    run("message(hello); message(0x4142, normal, title); message(Hello World, Critical, x);"
+        "message(a, reading, t); message(a, bogus, t); message(a, \"\", t);");
+    EXPECT_EQ(fake.transcript, (std::vector<std::string>{"MessageBox 0 \"title\" \"0x4142\"",
+                                                         "MessageBox 16 \"x\" \"helloworld\"",
+                                                         "MessageBox 1048576 \"t\" \"a\""}));
+}
+
+TEST_F(BuiltinsTest, DumpListsStatementsFunctionsAndVariablesInOrder) {
+    run("function(main); string(s, \"a b\"); double(d, 0.5); int(n, 3); combine(s, c); endfunction();"
+        "function(f); for(s,1,2); selectwindow(\"A\", b); foo(1,2,3,4,5,6,7,8); endfunction();");
+    EXPECT_EQ(engine.GetDebug(),
+              "Printing Code:\n"
+              "Command: function; Parameters: main      \n"
+              "Command: string; Parameters: s a b     \n"
+              "Command: double; Parameters: d 0.5     \n"
+              "Command: int; Parameters: n 3     \n"
+              "Command: add; Parameters: s c     \n"
+              "Command: endfunction; Parameters:       \n"
+              "Command: function; Parameters: f      \n"
+              "Command: replace; Parameters: s 1 2    \n"
+              "Command: findwindow; Parameters: \"A\" b     \n"
+              "Command: UNKNOWN COMMAND; Parameters: 1 2 3 4 5 6 7\n"
+              "Command: endfunction; Parameters:       \n"
+              "\nPrinting Found Functions:\n"
+              "Function: main, line: 1\n"
+              "Function: f, line: 7\n"
+              "\nPrinting Found Variables:\n"
+              "String: s, value: a bc\n"
+              "Long: n, value: 3\n"
+              "Double: d, value: 0.5\n"
+              "\n\n\n");
+}
+
+TEST_F(BuiltinsTest, DumpBeforeAnyLoadHasItsHeadingsOnly) {
+    EXPECT_EQ(engine.GetDebug(), "Printing Code:\n\nPrinting Found Functions:\n\nPrinting Found Variables:\n\n\n\n");
+}
+
+}  // namespace
+}  // namespace tarvoke::test

@@ -1,0 +1,147 @@
+#include "engine_fixture.h"
+
+namespace tarvoke::test {
+namespace {
+
+using Params = std::vector<std::string>;
+
+Params paramsOf(const engine::Statement& statement) {
+    Params params(statement.sParameter.begin(), statement.sParameter.end());
+    while (!params.empty() && params.back().empty()) params.pop_back();
+    return params;
+}
+
+class LoaderTest : public EngineTest {};
+
+TEST_F(LoaderTest, WorkedExample) {
+    std::string text =
+        "# demo #\nFunction(Main);\n  Int(i, 0);\n  Call(Show);\nEndFunction();\nFunction(Show);\n"
+        "  Message(i, normal, \"Confirm Recording\");\nEndFunction();\n";
+    engine.Initialize(text);
+    struct Row {
+        int32_t id;
+        Params params;
+    } rows[] = {
+        {1, {"main"}}, {9, {"i", "0"}}, {0, {"show"}}, {2, {}}, {1, {"show"}},
+        {22, {"i", "normal", "\"Confirm Recording\""}}, {2, {}},
+    };
+    ASSERT_EQ(engine.statementCount(), 7);
+    for (int32_t line = 1; line <= 7; ++line) {
+        EXPECT_EQ(engine.statement(line).functionID, rows[line - 1].id) << line;
+        EXPECT_EQ(paramsOf(engine.statement(line)), rows[line - 1].params) << line;
+    }
+    EXPECT_EQ(engine.startLine(), 1);
+    EXPECT_EQ(engine.endLine(), 4);
+    ASSERT_EQ(engine.functions().size(), 2u);
+    EXPECT_EQ(engine.functions()[0].sName, "main");
+    EXPECT_EQ(engine.functions()[0].lngLine, 1);
+    EXPECT_EQ(engine.functions()[1].sName, "show");
+    EXPECT_EQ(engine.functions()[1].lngLine, 5);
+    EXPECT_EQ(text, "function(main);int(i,0);call(show);endfunction();function(show);"
+                    "message(i,normal,\"Confirm Recording\");endfunction();");
+}
+
+TEST_F(LoaderTest, StatementSplitting) {
+    struct Case {
+        const char* text;
+        std::vector<std::pair<int32_t, Params>> statements;
+    } cases[] = {
+        {"", {}},
+        {"# only a comment #", {}},
+        {"message(hi;there);", {{22, {"hithere"}}}},
+        {"message(\"a)b;c\");", {{22, {"\"a)"}}}},
+        {"abc;foo(1);", {{-1, {"1"}}}},
+        {"message(\"a,b\",normal,\"t\");", {{22, {"\"a", "b\"", "normal", "\"t\""}}}},
+        {"foo(1)x;", {{-1, {"1)"}}}},
+        {"foo();", {{-1, {}}}},
+        {"foo(,);", {{-1, {}}}},  // two empty parameters
+        {"pause(1,2,3,4,5,6,7,8,9);", {{101, {}}}},
+        {"pause(1,2,3,4,5,6,7,8);", {{101, {"1", "2", "3", "4", "5", "6", "7", "8"}}}},
+        {")x(;", {{-1, {}}}},
+        {"Combine(a, b); SelectWindow(\"a\", \"b\");", {{12, {"a", "b"}}, {125, {"\"a\"", "\"b\""}}}},
+        {"timer(); pause(1) trailing text", {{25, {}}}},
+    };
+    for (const Case& c : cases) {
+        load(c.text);
+        ASSERT_EQ(engine.statementCount(), static_cast<int32_t>(c.statements.size())) << c.text;
+        for (size_t i = 0; i < c.statements.size(); ++i) {
+            EXPECT_EQ(engine.statement(i + 1).functionID, c.statements[i].first) << c.text;
+            EXPECT_EQ(paramsOf(engine.statement(i + 1)), c.statements[i].second) << c.text;
+        }
+    }
+}
+
+TEST_F(LoaderTest, StartAndEndLines) {
+    struct Case {
+        const char* text;
+        int32_t start, end;
+    } cases[] = {
+        {"", 1, 0},
+        {"a(); b();", 1, 0},
+        {"function(main); endfunction();", 1, 2},
+        {"FUNCTION(MAIN); ENDFUNCTION();", 1, 2},
+        {"function(\"main\"); endfunction();", 1, 0},
+        {"function(a); endfunction(); function(main); x(); endfunction(); function(b); endfunction();", 3, 5},
+        // The last endfunction before the next function closes main.
+        {"function(main); endfunction(); endfunction(); function(b); endfunction();", 1, 3},
+        // With no main, both counters are 0 before the first function.
+        {"endfunction(); function(a); endfunction();", 1, 1},
+        // Two mains: the last one starts the run.
+        {"function(main); endfunction(); function(main); endfunction();", 3, 4},
+    };
+    for (const Case& c : cases) {
+        load(c.text);
+        EXPECT_EQ(engine.startLine(), c.start) << c.text;
+        EXPECT_EQ(engine.endLine(), c.end) << c.text;
+        EXPECT_EQ(engine.currentLine(), c.start) << c.text;
+    }
+}
+
+TEST_F(LoaderTest, NamesAndNumbers) {
+    std::string name = "SelectWindow";
+    EXPECT_EQ(engine.ReturnFunctionID(name), 125);
+    EXPECT_EQ(name, "selectwindow");
+    EXPECT_EQ(engine.ReturnFunctionName(125), "findwindow");
+    EXPECT_EQ(engine.ReturnFunctionName(130), "findwindowex");
+    EXPECT_EQ(engine.ReturnFunctionName(12), "add");
+    EXPECT_EQ(engine.ReturnFunctionName(13), "subtract");
+    EXPECT_EQ(engine.ReturnFunctionName(24), "replace");
+    EXPECT_EQ(engine.ReturnFunctionName(25), "timer");
+    EXPECT_EQ(engine.ReturnFunctionName(-1), "UNKNOWN COMMAND");
+    EXPECT_EQ(engine.ReturnFunctionName(129), "UNKNOWN COMMAND");
+    EXPECT_EQ(engine.ReturnFunctionName(134), "UNKNOWN COMMAND");
+    // Every host number but 129 and 134 has a name that reads back to it.
+    for (int32_t id = 100; id <= 157; ++id) {
+        std::string hostName = engine.ReturnFunctionName(id);
+        if (id == 129 || id == 134) continue;
+        EXPECT_EQ(engine.ReturnFunctionID(hostName), id) << hostName;
+    }
+    std::string pauses = "pauses";
+    EXPECT_EQ(engine.ReturnFunctionID(pauses), 105);
+}
+
+TEST_F(LoaderTest, HexToText) {
+    struct Case {
+        const char* hex;
+        std::string text;
+    } cases[] = {
+        {"414243", "ABC"}, {"41 42", "AB"}, {"4", std::string("\x04", 1)}, {"2041", "A"},
+        {"zz41", std::string("\0A", 2)}, {"", ""},
+    };
+    for (const Case& c : cases) {
+        std::string hex = c.hex;
+        EXPECT_EQ(engine::SC::HextoAsciiNS(hex), c.text) << c.hex;
+    }
+}
+
+TEST_F(LoaderTest, LoadClearsWhatTheLastRunLeft) {
+    run("int(x, 5); function(f); call(nowhere);");
+    EXPECT_TRUE(engine.IsExistingVariable("x"));
+    load("a();");
+    EXPECT_FALSE(engine.IsExistingVariable("x"));
+    EXPECT_EQ(engine.callDepth(), 0);
+    EXPECT_TRUE(engine.functions().empty());
+}
+
+}  // namespace
+}  // namespace tarvoke::test

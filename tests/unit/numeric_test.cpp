@@ -1,0 +1,91 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "engine/numeric.h"
+
+namespace tarvoke::engine {
+namespace {
+
+TEST(NumericText, RecognisesWholeNumbersOnly) {
+    struct Case {
+        const char* text;
+        bool numeric;
+    } cases[] = {
+        {"5", true},     {"-5", true},    {"+5", true},     {"2.5", true},   {".5", true},  {"5.", true},
+        {"1e5", true},   {"1.5e-3", true}, {"&hff", true},  {"&HFF", true},  {" 7 ", true}, {"", false},
+        {"abc", false},  {"12abc", false}, {"1.2.3", false}, {"-", false},    {".", false},  {"1e", false},
+        {"&h", false},   {"1 2", false},  {"0x41", false},
+    };
+    for (const Case& c : cases) EXPECT_EQ(isNumericText(c.text), c.numeric) << c.text;
+}
+
+TEST(NumericText, PrefixReadingTakesTheLongestNumberAndSkipsBlanks) {
+    struct Case {
+        const char* text;
+        double value;
+    } cases[] = {
+        {"12abc", 12}, {"abc", 0},     {"", 0},        {" 1 2 3", 123}, {"1.5e3x", 1500},
+        {"1e", 1},     {"-2.5", -2.5}, {"&hFFFF", 65535}, {"&hffffffff", 4294967295.0}, {"1.2.3", 1.2},
+        {"&hzz", 0},   {"--1", 0},
+    };
+    for (const Case& c : cases) EXPECT_DOUBLE_EQ(readNumericPrefix(c.text), c.value) << c.text;
+}
+
+TEST(Rounding, TiesGoToTheEvenNeighbour) {
+    struct Case {
+        double value;
+        int32_t rounded;
+    } cases[] = {{2.5, 2}, {3.5, 4}, {-2.5, -2}, {0.5, 0}, {1.5, 2}, {2.4999, 2}, {-0.6, -1}};
+    for (const Case& c : cases) EXPECT_EQ(roundToInt32(c.value), c.rounded) << c.value;
+    EXPECT_EQ(roundToInt32(2147483647.4), 2147483647);
+    EXPECT_FALSE(roundToInt32(2147483647.5));
+    EXPECT_FALSE(roundToInt32(std::nan("")));
+    EXPECT_FALSE(roundToInt16(32767.5));
+    EXPECT_EQ(roundToInt16(-32768.4), -32768);
+}
+
+TEST(Conversions, FailOnEmptyNonNumericAndOutOfRange) {
+    EXPECT_EQ(TextToByte("255"), 255);
+    EXPECT_EQ(TextToByte("65.5"), 66);
+    EXPECT_EQ(TextToByte("64.5"), 64);
+    EXPECT_FALSE(TextToByte("256"));
+    EXPECT_FALSE(TextToByte("-1"));
+    EXPECT_FALSE(TextToByte(""));
+    EXPECT_EQ(TextToInt16("-32768"), -32768);
+    EXPECT_FALSE(TextToInt16("40000"));
+    EXPECT_FALSE(TextToInt16("lx"));
+    EXPECT_EQ(TextToInt32("40000"), 40000);
+    EXPECT_EQ(TextToInt32(" 1e3 "), 1000);
+    EXPECT_FALSE(TextToInt32("12abc"));
+    EXPECT_EQ(TextToDouble("2.5"), 2.5);
+    EXPECT_FALSE(TextToDouble("1e400"));
+    EXPECT_EQ(textToLong("12abc"), 12);
+    EXPECT_FALSE(textToLong("99999999999"));
+}
+
+TEST(DoubleToText, FifteenDigitsPlainOrExponent) {
+    struct Case {
+        double value;
+        const char* text;
+    } cases[] = {
+        {0, "0"},          {5, "5"},           {5.5, "5.5"},         {-2.25, "-2.25"},
+        {0.1 + 0.2, "0.3"}, {1.0 / 3, "0.333333333333333"},      {1e-5, "0.00001"},
+        {1e-7, "1E-07"},   {1.5e20, "1.5E+20"}, {1e15, "1E+15"},  {999999999999999, "999999999999999"},
+        {123456789012345678.0, "1.23456789012346E+17"},            {2.0 / 3 * 1e-6, "6.66666666666667E-07"},
+        {std::numeric_limits<double>::infinity(), "inf"},           {-std::numeric_limits<double>::infinity(), "-inf"},
+        {std::nan(""), "nan"},
+    };
+    for (const Case& c : cases) EXPECT_EQ(doubleToText(c.value), c.text) << c.value;
+}
+
+TEST(DoubleToLong, GoesThroughTheText) {
+    EXPECT_EQ(doubleToLong(2.5), 2);
+    EXPECT_EQ(doubleToLong(0.5000000000000001), 0);  // prints as 0.5, a tie
+    EXPECT_FALSE(doubleToLong(1e20));
+    EXPECT_FALSE(doubleToLong(std::numeric_limits<double>::infinity()));
+}
+
+}  // namespace
+}  // namespace tarvoke::engine

@@ -1,0 +1,38 @@
+#include <gtest/gtest.h>
+
+#include "options.h"
+
+namespace tarvoke::player {
+namespace {
+
+ParseResult parse(std::vector<std::string> args) { return parseOptions(args); }
+
+TEST(PlayerOptions, AcceptsEveryOption) {
+    const auto result = parse({"--dry-run", "--dump", "--load-only", "--ignore-pauses", "--percent", "50",
+                               "--repeat=3", "x.tk"});
+    ASSERT_TRUE(std::holds_alternative<Options>(result));
+    const auto& options = std::get<Options>(result);
+    EXPECT_TRUE(options.dryRun && options.dump && options.loadOnly && options.ignorePauses);
+    EXPECT_EQ(options.percent, 50.0);
+    EXPECT_EQ(options.repeat, 3);
+    EXPECT_EQ(options.file, "x.tk");
+    EXPECT_EQ(std::get<Options>(parse({"-"})).file, "-");
+}
+
+TEST(PlayerOptions, RejectsBadUsage) {
+    const std::vector<std::vector<std::string>> bad = {
+        {},
+        {"--repeat", "0", "x.tk"},
+        {"--repeat", "1.5", "x.tk"},
+        {"--repeat", "x.tk"},
+        {"--percent", "abc", "x.tk"},
+        {"--percent", "-5", "x.tk"},
+        {"--bogus", "x.tk"},
+        {"a.tk", "b.tk"},
+    };
+    for (const auto& args : bad) EXPECT_TRUE(std::holds_alternative<UsageError>(parse(args))) << args.size();
+    EXPECT_TRUE(std::holds_alternative<ShowHelp>(parse({"x.tk", "--help"})));
+}
+
+}  // namespace
+}  // namespace tarvoke::player

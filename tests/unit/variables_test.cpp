@@ -1,0 +1,100 @@
+#include "engine_fixture.h"
+
+namespace tarvoke::test {
+namespace {
+
+class VariablesTest : public EngineTest {};
+
+TEST_F(VariablesTest, Conditions) {
+    struct Case {
+        const char* setup;
+        const char* condition;
+        bool result;
+    } cases[] = {
+        {"int(x,5);", "x=5", true},
+        {"string(x,5);", "x=5", true},  // compared as text
+        {"double(x,5.5);", "x=5", false},
+        {"int(x,5);", "x", false},       // no operator
+        {"", "a=b=c", false},            // right side "b=c"
+        {"string(a,\"b=c\");", "a=b=c", true},
+        {"", "1<=1", true},
+        {"", "1=<1", false},             // "=" with the right side "<1"
+        {"string(s,\"abc\");", "s=\"Abc\"", false},
+        {"string(s,\"abc\");", "s=abc", true},  // as a script writes s=Abc: the load lowers it
+        {"", "2<10", true},
+        {"", "\"2\"<\"10\"", false},      // as text
+        {"int(n,2);", "n<\"10\"", false}, // text against number: as text
+        {"double(d,2.5);", "d>2", true},  // long against double
+        {"", "3<>4", true},
+        {"", "3!=3", false},
+        {"", "b>=a", true},
+        {"", "99999999999=1", false},     // beyond 32 bits: false
+        {"", "\"=\"", false},             // a lone quote on each side
+        {"", "=", true},                  // two empty texts
+    };
+    for (const Case& c : cases) {
+        load(c.setup);
+        engine.Execute();
+        EXPECT_EQ(engine.Evaluate(c.condition), c.result)
+            << c.setup << " " << c.condition;
+    }
+}
+
+TEST_F(VariablesTest, ResolvingParameters) {
+    run("string(s, abc); int(l, 7); double(d, 2.5);");
+    struct Case {
+        const char* parameter;
+        int32_t type;
+        const char* asText;
+    } cases[] = {
+        {"s", 8, "abc"},   {"l", 9, "7"},       {"d", 10, "2.5"},     {"5", 9, "5"},     {"2.5", 10, "2.5"},
+        {"word", 8, "word"}, {"\"s\"", 8, "s"}, {"$s", 8, "s"},      {"", 8, ""},       {"0x41", 8, "0x41"},
+        {"1e3", 9, "1e3"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(typeOf(c.parameter), c.type) << c.parameter;
+        EXPECT_EQ(engine.GetVariableAsString(c.parameter), c.asText) << c.parameter;
+    }
+    // GetVariable decodes 0x texts and unquotes in place; GetVariableAsString does neither.
+    std::string hex = "0x4142";
+    engine.GetVariable(hex);
+    EXPECT_EQ(engine.valueSlot().sValue, "AB");
+    std::string quoted = "\"s\"";
+    engine.GetVariable(quoted);
+    EXPECT_EQ(quoted, "s");
+    EXPECT_EQ(engine.GetVariableAsString("$x"), "x");
+}
+
+TEST_F(VariablesTest, LastPositionWordsReadBeforeTheTables) {
+    session.intLastX = 12;
+    session.intLastY = -3;
+    run("set(lx, 5);");
+    EXPECT_TRUE(engine.IsExistingVariable("lx"));
+    EXPECT_EQ(valueOf("lx"), "12");
+    EXPECT_EQ(valueOf("ly"), "-3");
+    EXPECT_EQ(typeOf("lx"), 9);
+}
+
+TEST_F(VariablesTest, ATooLargeNumberKeepsTheLastLong) {
+    std::string five = "5";
+    engine.GetVariable(five);
+    std::string huge = "99999999999";
+    engine.GetVariable(huge);
+    EXPECT_EQ(engine.valueSlot().lngValueType, 9);
+    EXPECT_EQ(engine.valueSlot().lngValue, 5);
+}
+
+TEST_F(VariablesTest, AQuotedLiteralChangesItsStatementOnTheFirstRun) {
+    load("function(main); set(x, \"5\"); endfunction();");
+    engine.Execute();
+    EXPECT_EQ(engine.statement(2).sParameter[1], "5");
+    EXPECT_EQ(typeOf("x"), 9);
+}
+
+TEST_F(VariablesTest, ALiteralWrittenToBecomesAVariable) {
+    run("add(5, 1); string(r, 5);");
+    EXPECT_EQ(valueOf("r"), "1");
+}
+
+}  // namespace
+}  // namespace tarvoke::test

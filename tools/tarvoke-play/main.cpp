@@ -1,0 +1,112 @@
+// tarvoke-play: runs a script from the command line, headless, in CI jobs
+// and over ssh.
+
+#include <QCoreApplication>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <sstream>
+#include <variant>
+
+#include "engine/sc.h"
+#include "host/dispatch.h"
+#include "host/session.h"
+#include "options.h"
+#include "platform/dryrun/dryrun.h"
+#include "playback/playback.h"
+#include "signals.h"
+
+namespace {
+
+using namespace tarvoke;
+
+constexpr int kUsageStatus = 2;
+
+int fail(const std::string& message) {
+    std::fprintf(stderr, "tarvoke-play: %s\n", message.c_str());
+    return kUsageStatus;
+}
+
+// The script's text, or an error message.
+std::variant<std::string, std::string> readScript(const std::string& file) {
+    if (file == "-") {
+        std::ostringstream text;
+        text << std::cin.rdbuf();
+        return std::variant<std::string, std::string>(std::in_place_index<0>, text.str());
+    }
+    std::error_code error;
+    if (std::filesystem::is_directory(file, error))
+        return std::variant<std::string, std::string>(std::in_place_index<1>, "cannot read '" + file + "': it is a folder");
+    std::ifstream in(file, std::ios::binary);
+    if (!in)
+        return std::variant<std::string, std::string>(std::in_place_index<1>,
+                                                      "cannot read '" + file + "': " + std::strerror(errno));
+    std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    return std::variant<std::string, std::string>(std::in_place_index<0>, std::move(text));
+}
+
+// The folder scripts find their pictures in: the script's own, with a
+// trailing "/"; the current folder for standard input.
+std::string scriptFolder(const std::string& file) {
+    std::error_code error;
+    std::filesystem::path folder = file == "-" ? std::filesystem::current_path(error)
+                                               : std::filesystem::absolute(file, error).parent_path();
+    std::string text = folder.string();
+    if (text.empty() || text.back() != '/') text += '/';
+    return text;
+}
+
+void printLine(std::string_view line) {
+    std::fwrite(line.data(), 1, line.size(), stdout);
+    std::fputc('\n', stdout);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    const auto parsed = player::parseOptions(std::vector<std::string>(argv + 1, argv + argc));
+    if (std::holds_alternative<player::ShowHelp>(parsed)) {
+        std::fputs(player::kUsage, stdout);
+        return 0;
+    }
+    if (const auto* error = std::get_if<player::UsageError>(&parsed))
+        return fail(error->message + " (see tarvoke-play --help)");
+    const auto& options = std::get<player::Options>(parsed);
+
+    auto script = readScript(options.file);
+    if (script.index() == 1) return fail(std::get<1>(script));
+    if (!options.dryRun && !options.loadOnly)
+        return fail("acting on the desktop is not available in this build yet; use --dry-run");
+
+    host::Session session;
+    platform::dryrun::DryRunPlatform dryRun(printLine, [] { QCoreApplication::processEvents(); });
+    session.platform = dryRun.platform();
+    session.sScriptFolder = scriptFolder(options.file);
+    session.bIgnorePauses = options.ignorePauses;
+    if (options.percent) session.fixedPauseFactor = session.dblPauseFactor = *options.percent / 100.0;
+
+    engine::SC engine(session);
+    host::HostCommands commands;
+    engine.setExternalCommands(&commands);
+    playback::Playback playback(engine, session);
+
+    int status = 0;
+    player::StopSignals stopSignals([&](int number) {
+        status = 128 + number;
+        playback.stop();
+    });
+
+    playback.load(std::move(std::get<0>(script)));
+    if (!options.loadOnly) playback.run(options.repeat);
+    if (options.dump) {
+        const std::string dump = engine.GetDebug();
+        std::fwrite(dump.data(), 1, dump.size(), stdout);
+    }
+    std::fflush(stdout);
+    return status;
+}

@@ -1,0 +1,68 @@
+#include "options.h"
+
+#include "engine/numeric.h"
+
+namespace tarvoke::player {
+
+const char* const kUsage =
+    "usage: tarvoke-play [--dry-run] [--dump] [--load-only] [--ignore-pauses] [--percent P] [--repeat N] FILE.tk | -\n"
+    "\n"
+    "Runs a Tarvoke script.\n"
+    "  --dry-run        act on nothing: print one line for every action, wait on a virtual clock\n"
+    "  --dump           print the engine's dump (statements, functions, variables) after the last run\n"
+    "  --load-only      load the script and run nothing (with --dump: print the dump of the load)\n"
+    "  --ignore-pauses  skip every Pause, PauseS, PauseM and PauseH\n"
+    "  --percent P      scale every pause to P percent; SetPausePercent statements are passed over\n"
+    "  --repeat N       run the script N times on one load, keeping its variables\n"
+    "  -                read the script from standard input\n"
+    "Stop a run with Ctrl+0, Ctrl+C or SIGTERM.\n";
+
+namespace {
+
+// Reads the value of an option that takes one, from "--opt V" or "--opt=V".
+std::optional<std::string> valueOf(const std::vector<std::string>& args, size_t& i, const std::string& name) {
+    const std::string& arg = args[i];
+    if (arg.rfind(name + "=", 0) == 0) return arg.substr(name.size() + 1);
+    if (arg != name) return std::nullopt;
+    if (i + 1 >= args.size()) return std::string();
+    return args[++i];
+}
+
+}  // namespace
+
+ParseResult parseOptions(const std::vector<std::string>& args) {
+    Options options;
+    bool haveFile = false;
+    for (size_t i = 0; i < args.size(); ++i) {
+        const std::string& arg = args[i];
+        if (arg == "--help" || arg == "-h") return ShowHelp{};
+        if (arg == "--dry-run") {
+            options.dryRun = true;
+        } else if (arg == "--dump") {
+            options.dump = true;
+        } else if (arg == "--load-only") {
+            options.loadOnly = true;
+        } else if (arg == "--ignore-pauses") {
+            options.ignorePauses = true;
+        } else if (auto percent = valueOf(args, i, "--percent")) {
+            const auto value = engine::TextToDouble(*percent);
+            if (!value || *value < 0) return UsageError{"--percent needs a number of 0 or more, not '" + *percent + "'"};
+            options.percent = *value;
+        } else if (auto repeat = valueOf(args, i, "--repeat")) {
+            const auto value = engine::TextToInt32(*repeat);
+            if (!value || *value < 1 || repeat->find('.') != std::string::npos)
+                return UsageError{"--repeat needs a whole number of 1 or more, not '" + *repeat + "'"};
+            options.repeat = *value;
+        } else if (arg.size() > 1 && arg[0] == '-') {
+            return UsageError{"unknown option '" + arg + "'"};
+        } else {
+            if (haveFile) return UsageError{"only one script can be played, got '" + options.file + "' and '" + arg + "'"};
+            options.file = arg;
+            haveFile = true;
+        }
+    }
+    if (!haveFile) return UsageError{"no script given"};
+    return options;
+}
+
+}  // namespace tarvoke::player

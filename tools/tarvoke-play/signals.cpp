@@ -1,0 +1,42 @@
+#include "signals.h"
+
+#include <QSocketNotifier>
+#include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace tarvoke::player {
+namespace {
+
+int g_pipe[2] = {-1, -1};
+
+void writeSignal(int number) {
+    const unsigned char byte = static_cast<unsigned char>(number);
+    [[maybe_unused]] const ssize_t written = ::write(g_pipe[1], &byte, 1);
+}
+
+}  // namespace
+
+StopSignals::StopSignals(std::function<void(int)> onSignal) : m_onSignal(std::move(onSignal)) {
+    if (::pipe2(g_pipe, O_CLOEXEC | O_NONBLOCK) != 0) return;
+    struct sigaction action {};
+    action.sa_handler = writeSignal;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = SA_RESTART;
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+    m_notifier = new QSocketNotifier(g_pipe[0], QSocketNotifier::Read, this);
+    QObject::connect(m_notifier, &QSocketNotifier::activated, this, [this] { readSignal(); });
+}
+
+StopSignals::~StopSignals() {
+    signal(SIGINT, SIG_DFL);
+    signal(SIGTERM, SIG_DFL);
+}
+
+void StopSignals::readSignal() {
+    unsigned char byte = 0;
+    while (::read(g_pipe[0], &byte, 1) == 1) m_onSignal(byte);
+}
+
+}  // namespace tarvoke::player
