@@ -1,0 +1,176 @@
+#include "recorder/sampler.h"
+
+#include <string>
+
+#include "screen/pixelgrid.h"
+
+namespace tarvoke::recorder {
+namespace {
+
+constexpr uint8_t kCtrl = 17;
+constexpr uint8_t kHotkeyDigits[] = {48, 52, 53, 54, 55};
+
+int hotkeyIndex(uint8_t vk) {
+    for (int i = 0; i < 5; ++i)
+        if (kHotkeyDigits[i] == vk) return i;
+    return -1;
+}
+
+std::string pointText(platform::Point point) { return std::to_string(point.x) + "," + std::to_string(point.y); }
+
+}  // namespace
+
+void RemoveLastCtrlDown(std::string& text) {
+    for (const char* press : {"KeyDown(163);\n", "KeyDown(162);\n"}) {
+        const size_t found = text.rfind(press);
+        if (found != std::string::npos) {
+            text.erase(found, std::char_traits<char>::length(press));
+            return;
+        }
+    }
+}
+
+void Sampler::AddRecordedLine(const std::string& sLine) {
+    ++m_state.lngEventCount;
+    // After Ctrl+8 in the main window the first two lines are the releases
+    // of that hotkey; the event clock runs on through them.
+    if (m_kind == Form::Main && m_state.bHotkeyRecord && m_state.lngEventCount <= 2) return;
+    if (m_state.bSkipNextLine) {
+        m_state.bSkipNextLine = false;
+        return;
+    }
+    m_state.sScriptText += "Pause(" + std::to_string(m_clocks.readEventClock()) + ");\n" + sLine + "\n";
+    m_clocks.startEventClock();
+}
+
+// The order of the tick is part of the recording's meaning: the hotkey
+// digits end a tick before the keys behind them are looked at.
+void Sampler::tick() {
+    sampleButton(1, m_form.bLeftDown, "Left");
+    sampleButton(2, m_form.bRightDown, "Right");
+    sampleButton(4, m_form.bMiddleDown, "Middle");
+    if (m_state.bMouseMove) sampleMove();
+    plainKey(3);
+    plainKeys(5, 16);
+    plainKeys(18, 47);
+    if (!hotkey(48)) return;
+    plainKeys(49, 51);
+    for (uint8_t digit = 52; digit <= 55; ++digit)
+        if (!hotkey(digit)) return;
+    plainKeys(56, 161);
+    ctrlKey(162);
+    ctrlKey(163);
+    plainKeys(164, 254);
+}
+
+void Sampler::sampleButton(uint8_t vk, bool& flag, const char* name) {
+    const bool down = m_keys.isDown(vk);
+    if (down == flag) return;
+    const platform::Point cursor = m_input.cursorPos();
+    const std::string change = std::string(name) + (down ? "Down" : "Up");
+    AddRecordedLine(m_state.bExtendedClicks ? change + "Ex(" + pointText(cursor) + ");" : change + "();");
+    flag = down;
+}
+
+// A move along one axis alone writes nothing until the other one changes too.
+void Sampler::sampleMove() {
+    const platform::Point cursor = m_input.cursorPos();
+    if (cursor.x == m_form.ptLastMove.x || cursor.y == m_form.ptLastMove.y) return;
+    AddRecordedLine("MoveMouse(" + pointText(cursor) + ");");
+    m_form.ptLastMove = cursor;
+}
+
+void Sampler::plainKey(uint8_t vk) {
+    const bool down = m_keys.isDown(vk);
+    bool& open = m_state.intKeyState[vk];
+    if (down == open) return;
+    AddRecordedLine((down ? "KeyDown(" : "KeyUp(") + std::to_string(vk) + ");");
+    open = down;
+}
+
+void Sampler::plainKeys(uint8_t first, uint8_t last) {
+    for (int vk = first; vk <= last; ++vk) plainKey(static_cast<uint8_t>(vk));
+}
+
+// A hotkey acts once per press of its digit, and leaves no KeyDown of the
+// digit; a digit released while Ctrl is still down holds the tick.
+bool Sampler::hotkey(uint8_t vk) {
+    const int index = hotkeyIndex(vk);
+    const bool down = m_keys.isDown(vk);
+    bool& open = m_state.intKeyState[vk];
+    if (down && !open) {
+        if (!m_keys.isDown(kCtrl)) {
+            plainKey(vk);
+            return true;
+        }
+        if (!m_state.bHotkeyActed[index]) {
+            actOnHotkey(vk);
+            m_state.bHotkeyActed[index] = true;
+        }
+        return false;
+    }
+    if (!down) {
+        m_state.bHotkeyActed[index] = false;
+        if (open) {
+            if (m_keys.isDown(kCtrl)) return false;
+            plainKey(vk);
+        }
+    }
+    return true;
+}
+
+// A Ctrl release waits until no hotkey digit is down.
+void Sampler::ctrlKey(uint8_t vk) {
+    const bool down = m_keys.isDown(vk);
+    bool& open = m_state.intKeyState[vk];
+    if (down && !open) {
+        plainKey(vk);
+    } else if (!down && open) {
+        for (uint8_t digit : kHotkeyDigits)
+            if (m_keys.isDown(digit)) return;
+        plainKey(vk);
+    }
+}
+
+void Sampler::actOnHotkey(uint8_t vk) {
+    switch (vk) {
+    case 52:
+        RemoveLastCtrlDown(m_state.sScriptText);
+        AddRecordedLine(m_hooks.windowSelection ? m_hooks.windowSelection() : std::string());
+        m_state.bSkipNextLine = true;
+        break;
+    case 53:
+        sampleColour();
+        break;
+    case 54:
+        RemoveLastCtrlDown(m_state.sScriptText);
+        m_state.bMouseMove = !m_state.bMouseMove;
+        m_state.bSkipNextLine = true;
+        break;
+    case 55:
+        RemoveLastCtrlDown(m_state.sScriptText);
+        m_state.bExtendedClicks = !m_state.bExtendedClicks;
+        m_state.bSkipNextLine = true;
+        break;
+    default:
+        break;  // Ctrl+0 ends the recording elsewhere
+    }
+}
+
+// The block plays back as: take a new picture, move to that one colour.
+void Sampler::sampleColour() {
+    RemoveLastCtrlDown(m_state.sScriptText);
+    if (m_hooks.captureTemp) m_hooks.captureTemp();
+    const platform::Point cursor = m_input.cursorPos();
+    const uint32_t pixel = m_hooks.tempPixel ? m_hooks.tempPixel(cursor) : 0;
+    const std::string red = std::to_string(screen::redOf(pixel));
+    const std::string green = std::to_string(screen::greenOf(pixel));
+    const std::string blue = std::to_string(screen::blueOf(pixel));
+    const std::string bound = red + ", " + blue + ", " + green;
+    AddRecordedLine("CaptureScreen(imagesave0);");
+    AddRecordedLine("CreateColorRange(colorrange0, " + bound + ", " + bound + ");");
+    AddRecordedLine("MoveMouseToColorRange(imagesave0, colorrange0);");
+    m_state.bSkipNextLine = true;
+}
+
+}  // namespace tarvoke::recorder
