@@ -1,0 +1,166 @@
+#include "host/sendkeys.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+namespace tarvoke::host {
+namespace {
+
+using platform::KeyStroke;
+
+struct NamedKey {
+    std::string_view name;
+    uint8_t vk;
+};
+
+constexpr std::array<NamedKey, 28> kNamedKeys = {{
+    {"BACKSPACE", 8}, {"BS", 8},         {"BKSP", 8},       {"BREAK", 3},     {"CAPSLOCK", 20},
+    {"DELETE", 46},   {"DEL", 46},       {"DOWN", 40},      {"END", 35},      {"ENTER", 13},
+    {"ESC", 27},      {"HELP", 47},      {"HOME", 36},      {"INSERT", 45},   {"INS", 45},
+    {"LEFT", 37},     {"NUMLOCK", 144},  {"PGDN", 34},      {"PGUP", 33},     {"PRTSC", 44},
+    {"RIGHT", 39},    {"SCROLLLOCK", 145}, {"TAB", 9},      {"UP", 38},       {"ADD", 107},
+    {"SUBTRACT", 109}, {"MULTIPLY", 106}, {"DIVIDE", 111},
+}};
+
+constexpr uint8_t kEnter = 13;
+
+std::string upper(std::string_view text) {
+    std::string out(text);
+    for (char& c : out)
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    return out;
+}
+
+std::optional<uint8_t> namedKey(std::string_view name) {
+    const std::string wanted = upper(name);
+    for (const NamedKey& key : kNamedKeys)
+        if (key.name == wanted) return key.vk;
+    // F1 to F16.
+    if (wanted.size() >= 2 && wanted.size() <= 3 && wanted[0] == 'F') {
+        int number = 0;
+        for (size_t i = 1; i < wanted.size(); ++i) {
+            if (wanted[i] < '0' || wanted[i] > '9') return std::nullopt;
+            number = number * 10 + (wanted[i] - '0');
+        }
+        if (wanted[1] != '0' && number >= 1 && number <= 16) return static_cast<uint8_t>(111 + number);
+    }
+    return std::nullopt;
+}
+
+// Bytes of the UTF-8 character that starts at text[at]; a stray byte counts
+// as a character of its own.
+size_t characterLength(std::string_view text, size_t at) {
+    const auto lead = static_cast<unsigned char>(text[at]);
+    const size_t length = lead < 0xC0 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF8 ? 4 : 1;
+    if (at + length > text.size()) return 1;
+    for (size_t i = 1; i < length; ++i)
+        if ((static_cast<unsigned char>(text[at + i]) & 0xC0) != 0x80) return 1;
+    return length;
+}
+
+std::optional<uint8_t> modifierOf(char c) {
+    switch (c) {
+    case '+': return 16;
+    case '^': return 17;
+    case '%': return 18;
+    default: return std::nullopt;
+    }
+}
+
+void tap(std::vector<KeyStroke>& out, uint8_t vk) {
+    out.push_back({KeyStroke::Kind::Press, vk, {}});
+    out.push_back({KeyStroke::Kind::Release, vk, {}});
+}
+
+class Parser {
+public:
+    explicit Parser(std::string_view keys) : m_keys(keys) {}
+
+    std::optional<std::vector<KeyStroke>> run() {
+        while (m_at < m_keys.size())
+            if (!item(false)) return std::nullopt;
+        return std::move(m_out);
+    }
+
+private:
+    // One item: a modifier with what it applies to, a group, a braced key,
+    // or one character. Inside a group a ")" ends the group instead.
+    bool item(bool underModifier) {
+        const char c = m_keys[m_at];
+        if (const auto modifier = modifierOf(c)) {
+            ++m_at;
+            if (m_at >= m_keys.size() || m_keys[m_at] == ')') return false;
+            m_out.push_back({KeyStroke::Kind::Press, *modifier, {}});
+            if (!item(true)) return false;
+            m_out.push_back({KeyStroke::Kind::Release, *modifier, {}});
+            return true;
+        }
+        switch (c) {
+        case '(': return group();
+        case ')': return false;
+        case '{': return braces();
+        case '}': return false;
+        case '~':
+            ++m_at;
+            tap(m_out, kEnter);
+            return true;
+        default: {
+            const size_t length = characterLength(m_keys, m_at);
+            m_out.push_back({KeyStroke::Kind::Type, 0, std::string(m_keys.substr(m_at, length))});
+            m_at += length;
+            return true;
+        }
+        }
+    }
+
+    bool group() {
+        ++m_at;
+        while (m_at < m_keys.size() && m_keys[m_at] != ')')
+            if (!item(false)) return false;
+        if (m_at >= m_keys.size()) return false;
+        ++m_at;
+        return true;
+    }
+
+    // "{NAME}", "{NAME n}", "{c}", "{c n}". The first character inside may
+    // itself be a brace, so the closing one is looked for after it.
+    bool braces() {
+        const size_t start = m_at + 1;
+        if (start >= m_keys.size()) return false;
+        const size_t close = m_keys.find('}', start + characterLength(m_keys, start));
+        if (close == std::string_view::npos) return false;
+        std::string_view inside = m_keys.substr(start, close - start);
+        m_at = close + 1;
+
+        int count = 1;
+        if (const size_t blank = inside.rfind(' '); blank != std::string_view::npos && blank > 0) {
+            const std::string_view digits = inside.substr(blank + 1);
+            if (digits.empty() || digits.size() > 4) return false;
+            count = 0;
+            for (char d : digits) {
+                if (d < '0' || d > '9') return false;
+                count = count * 10 + (d - '0');
+            }
+            inside = inside.substr(0, blank);
+        }
+        if (characterLength(inside, 0) == inside.size()) {
+            for (int i = 0; i < count; ++i) m_out.push_back({KeyStroke::Kind::Type, 0, std::string(inside)});
+            return true;
+        }
+        const auto vk = namedKey(inside);
+        if (!vk) return false;
+        for (int i = 0; i < count; ++i) tap(m_out, *vk);
+        return true;
+    }
+
+    std::string_view m_keys;
+    size_t m_at = 0;
+    std::vector<KeyStroke> m_out;
+};
+
+}  // namespace
+
+std::optional<std::vector<platform::KeyStroke>> parseSendKeys(std::string_view keys) { return Parser(keys).run(); }
+
+}  // namespace tarvoke::host
