@@ -1,0 +1,207 @@
+// The test window of the desktop tests: a top-level window with one child,
+// both with a known class and title, that logs every button, key and motion
+// event it receives, one line per event, flushed at once:
+//
+//   ready top=0x400001 child=0x400002 x=100 y=100 width=600 height=400 childx=150 childy=150
+//   ButtonPress win=child sent=0 time=1234 x=10 y=20 root=160,170 button=1 state=0x0
+//   KeyPress win=top sent=1 time=0 x=0 y=0 root=0,0 keycode=38 keysym=0x61 state=0x0
+//   MotionNotify win=top sent=0 time=1240 x=5 y=6 root=105,106 state=0x0
+//
+// "ready" comes once the top-level window is mapped and has the focus; x and
+// y are the root positions of the windows' insides. Positions of the child
+// are the child's own. keysym is the one the key carries at level 0 or 1 as
+// the event's state says, read when the event is handled.
+//
+// usage: tarvoke-testwindow [--class C] [--title T] [--child-class C]
+//                           [--child-title T] [--geometry WxH+X+Y] [--log FILE]
+
+#include <X11/Xatom.h>
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+namespace {
+
+struct Options {
+    std::string windowClass = "TarvokeTest";
+    std::string title = "Tarvoke Test Window";
+    std::string childClass = "TarvokeChild";
+    std::string childTitle = "Tarvoke Child";
+    int x = 100, y = 100, width = 600, height = 400;
+    const char* log = nullptr;
+};
+
+Options parseOptions(int argc, char** argv) {
+    Options options;
+    for (int i = 1; i + 1 < argc; i += 2) {
+        const std::string name = argv[i];
+        const char* value = argv[i + 1];
+        if (name == "--class") options.windowClass = value;
+        else if (name == "--title") options.title = value;
+        else if (name == "--child-class") options.childClass = value;
+        else if (name == "--child-title") options.childTitle = value;
+        else if (name == "--log") options.log = value;
+        else if (name == "--geometry") std::sscanf(value, "%dx%d+%d+%d", &options.width, &options.height, &options.x, &options.y);
+        else {
+            std::fprintf(stderr, "tarvoke-testwindow: unknown option %s\n", name.c_str());
+            std::exit(2);
+        }
+    }
+    return options;
+}
+
+void setNames(Display* display, Window window, const std::string& windowClass, const std::string& title) {
+    XClassHint hint;
+    std::string name = windowClass;
+    hint.res_name = name.data();
+    hint.res_class = name.data();
+    XSetClassHint(display, window, &hint);
+    XStoreName(display, window, title.c_str());
+    XChangeProperty(display, window, XInternAtom(display, "_NET_WM_NAME", False),
+                    XInternAtom(display, "UTF8_STRING", False), 8, PropModeReplace,
+                    reinterpret_cast<const unsigned char*>(title.data()), static_cast<int>(title.size()));
+}
+
+class Logger {
+public:
+    Logger(Display* display, Window top, Window child, FILE* out) : m_display(display), m_top(top), m_child(child), m_out(out) {}
+
+    void log(const XEvent& event) {
+        switch (event.type) {
+        case ButtonPress:
+        case ButtonRelease: {
+            const XButtonEvent& e = event.xbutton;
+            head(event.type == ButtonPress ? "ButtonPress" : "ButtonRelease", e.window, e.send_event, e.time, e.x, e.y,
+                 e.x_root, e.y_root);
+            std::fprintf(m_out, " button=%u state=0x%x\n", e.button, e.state);
+            break;
+        }
+        case KeyPress:
+        case KeyRelease: {
+            XKeyEvent e = event.xkey;
+            head(event.type == KeyPress ? "KeyPress" : "KeyRelease", e.window, e.send_event, e.time, e.x, e.y, e.x_root,
+                 e.y_root);
+            KeySym keysym = NoSymbol;
+            char text[32];
+            XLookupString(&e, text, sizeof text, &keysym, nullptr);
+            std::fprintf(m_out, " keycode=%u keysym=0x%lx state=0x%x\n", e.keycode, keysym, e.state);
+            break;
+        }
+        case MotionNotify: {
+            const XMotionEvent& e = event.xmotion;
+            head("MotionNotify", e.window, e.send_event, e.time, e.x, e.y, e.x_root, e.y_root);
+            std::fprintf(m_out, " state=0x%x\n", e.state);
+            break;
+        }
+        default:
+            return;
+        }
+        std::fflush(m_out);
+    }
+
+private:
+    void head(const char* type, Window window, Bool sent, Time time, int x, int y, int rootX, int rootY) {
+        const char* name = window == m_top ? "top" : window == m_child ? "child" : "other";
+        std::fprintf(m_out, "%s win=%s sent=%d time=%lu x=%d y=%d root=%d,%d", type, name, sent ? 1 : 0, time, x, y,
+                     rootX, rootY);
+    }
+
+    Display* m_display;
+    Window m_top;
+    Window m_child;
+    FILE* m_out;
+};
+
+Window createWindow(Display* display, Window parent, int x, int y, int width, int height, unsigned long pixel) {
+    XSetWindowAttributes attributes{};
+    attributes.background_pixel = pixel;
+    attributes.event_mask = ButtonPressMask | ButtonReleaseMask | KeyPressMask | KeyReleaseMask | PointerMotionMask |
+                            StructureNotifyMask | ExposureMask | FocusChangeMask;
+    return XCreateWindow(display, parent, x, y, static_cast<unsigned>(width), static_cast<unsigned>(height), 0,
+                         CopyFromParent, InputOutput, CopyFromParent, CWBackPixel | CWEventMask, &attributes);
+}
+
+// The window manager places a window where the program asks only for a
+// position the user gave.
+void askForPosition(Display* display, Window window, const Options& options) {
+    XSizeHints* hints = XAllocSizeHints();
+    hints->flags = USPosition | USSize;
+    hints->x = options.x;
+    hints->y = options.y;
+    hints->width = options.width;
+    hints->height = options.height;
+    XSetWMNormalHints(display, window, hints);
+    XFree(hints);
+    XWMHints wmHints{};
+    wmHints.flags = InputHint;
+    wmHints.input = True;
+    XSetWMHints(display, window, &wmHints);
+}
+
+void reportReady(Display* display, Window top, Window child, const Options& options, FILE* out) {
+    Window unused;
+    int x = 0, y = 0, childX = 0, childY = 0;
+    XTranslateCoordinates(display, top, DefaultRootWindow(display), 0, 0, &x, &y, &unused);
+    XTranslateCoordinates(display, child, DefaultRootWindow(display), 0, 0, &childX, &childY, &unused);
+    std::fprintf(out, "ready top=0x%lx child=0x%lx x=%d y=%d width=%d height=%d childx=%d childy=%d\n", top, child, x,
+                 y, options.width, options.height, childX, childY);
+    std::fflush(out);
+}
+
+// A window can go away under a request of ours (the focus before the window
+// manager has shown the window): that is no reason to stop logging.
+int ignoreError(Display*, XErrorEvent*) { return 0; }
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const Options options = parseOptions(argc, argv);
+    FILE* out = stdout;
+    if (options.log && !(out = std::fopen(options.log, "w"))) {
+        std::perror(options.log);
+        return 2;
+    }
+    Display* display = XOpenDisplay(nullptr);
+    if (!display) {
+        std::fprintf(stderr, "tarvoke-testwindow: cannot open display\n");
+        return 2;
+    }
+    XSetErrorHandler(ignoreError);
+    const int screen = DefaultScreen(display);
+    const Window top = createWindow(display, RootWindow(display, screen), options.x, options.y, options.width,
+                                    options.height, WhitePixel(display, screen));
+    const Window child = createWindow(display, top, 50, 50, 200, 100, BlackPixel(display, screen));
+    setNames(display, top, options.windowClass, options.title);
+    setNames(display, child, options.childClass, options.childTitle);
+    askForPosition(display, top, options);
+    Atom deleteWindow = XInternAtom(display, "WM_DELETE_WINDOW", False);
+    XSetWMProtocols(display, top, &deleteWindow, 1);
+    XMapWindow(display, child);
+    XMapWindow(display, top);
+
+    Logger logger(display, top, child, out);
+    bool ready = false;
+    for (;;) {
+        XEvent event;
+        XNextEvent(display, &event);
+        if (event.type == MappingNotify) {
+            XRefreshKeyboardMapping(&event.xmapping);
+        } else if (event.type == MapNotify && event.xmap.window == top && !ready) {
+            XSetInputFocus(display, top, RevertToParent, CurrentTime);
+            XSync(display, False);
+        } else if (event.type == FocusIn && event.xfocus.window == top && !ready) {
+            ready = true;
+            reportReady(display, top, child, options, out);
+        } else if (event.type == ClientMessage && static_cast<Atom>(event.xclient.data.l[0]) == deleteWindow) {
+            break;
+        } else {
+            logger.log(event);
+        }
+    }
+    XCloseDisplay(display);
+    return 0;
+}
