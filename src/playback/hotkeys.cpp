@@ -1,0 +1,47 @@
+#include "playback/hotkeys.h"
+
+#include <cstdint>
+
+namespace tarvoke::playback {
+namespace {
+
+constexpr uint8_t kControl = 17;
+
+struct HotkeyRow {
+    uint8_t vk;  // the digit of the main block, not the numeric pad's
+    Hotkey hotkey;
+};
+
+constexpr HotkeyRow kRows[] = {
+    {48, Hotkey::Stop},
+    {49, Hotkey::Pause},
+    {56, Hotkey::Record},
+    {57, Hotkey::Play},
+};
+
+bool allowed(Hotkey hotkey, HotkeyConditions conditions) {
+    switch (hotkey) {
+    case Hotkey::Stop: return true;
+    case Hotkey::Pause: return conditions.correctTimeRunning;
+    case Hotkey::Record:
+    case Hotkey::Play: return !conditions.recording;
+    }
+    return false;
+}
+
+}  // namespace
+
+std::vector<Hotkey> pollHotkeys(platform::KeyState& keys, HotkeyConditions conditions) {
+    std::vector<Hotkey> fired;
+    if (!keys.isDown(kControl)) return fired;
+    for (const HotkeyRow& row : kRows) {
+        // Both reads happen for every row: the press bit is taken even when
+        // the condition fails.
+        const bool pressed = keys.pressedSinceLastRead(row.vk);
+        const bool down = keys.isDown(row.vk);
+        if (pressed && down && allowed(row.hotkey, conditions)) fired.push_back(row.hotkey);
+    }
+    return fired;
+}
+
+}  // namespace tarvoke::playback
