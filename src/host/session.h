@@ -4,6 +4,7 @@
 // apart). Names follow the script language's own.
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -28,6 +29,13 @@ struct Session {
     // Set by the player's --percent: the pause factor is fixed and
     // SetPausePercent statements are passed over.
     std::optional<double> fixedPauseFactor;
+
+    // The starts of the two stopwatches, on the clock's monotonic milliseconds.
+    int64_t eventClockStart = 0;
+    int64_t runClockStart = 0;
+    // Called for each SetPausePercent of a White Debug mode run, whose window
+    // counts them.
+    std::function<void()> onWhiteDebugPercent;
 };
 
 }  // namespace tarvoke::host

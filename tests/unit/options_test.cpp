@@ -17,6 +17,7 @@ TEST(PlayerOptions, AcceptsEveryOption) {
     EXPECT_EQ(options.repeat, 3);
     EXPECT_EQ(options.file, "x.tk");
     EXPECT_EQ(std::get<Options>(parse({"-"})).file, "-");
+    EXPECT_EQ(std::get<Options>(parse({"--screen", "800x600", "x.tk"})).screen, (std::pair<int32_t, int32_t>{800, 600}));
 }
 
 TEST(PlayerOptions, RejectsBadUsage) {
@@ -29,6 +30,11 @@ TEST(PlayerOptions, RejectsBadUsage) {
         {"--percent", "-5", "x.tk"},
         {"--bogus", "x.tk"},
         {"a.tk", "b.tk"},
+        {"--screen", "800", "x.tk"},
+        {"--screen", "0x600", "x.tk"},
+        {"--screen", "800x", "x.tk"},
+        {"--screen", "-8x6", "x.tk"},
+        {"--screen", "40000x600", "x.tk"},
     };
     for (const auto& args : bad) EXPECT_TRUE(std::holds_alternative<UsageError>(parse(args))) << args.size();
     EXPECT_TRUE(std::holds_alternative<ShowHelp>(parse({"x.tk", "--help"})));

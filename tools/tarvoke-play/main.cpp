@@ -86,6 +86,7 @@ int main(int argc, char** argv) {
     host::Session session;
     platform::dryrun::DryRunPlatform dryRun(printLine, [] { QCoreApplication::processEvents(); });
     session.platform = dryRun.platform();
+    if (options.screen) dryRun.screen().setSize({options.screen->first, options.screen->second});
     session.sScriptFolder = scriptFolder(options.file);
     session.bIgnorePauses = options.ignorePauses;
     if (options.percent) session.fixedPauseFactor = session.dblPauseFactor = *options.percent / 100.0;

@@ -5,7 +5,8 @@
 namespace tarvoke::player {
 
 const char* const kUsage =
-    "usage: tarvoke-play [--dry-run] [--dump] [--load-only] [--ignore-pauses] [--percent P] [--repeat N] FILE.tk | -\n"
+    "usage: tarvoke-play [--dry-run] [--dump] [--load-only] [--ignore-pauses] [--percent P] [--repeat N]\n"
+    "                    [--screen WxH] FILE.tk | -\n"
     "\n"
     "Runs a Tarvoke script.\n"
     "  --dry-run        act on nothing: print one line for every action, wait on a virtual clock\n"
@@ -14,6 +15,7 @@ const char* const kUsage =
     "  --ignore-pauses  skip every Pause, PauseS, PauseM and PauseH\n"
     "  --percent P      scale every pause to P percent; SetPausePercent statements are passed over\n"
     "  --repeat N       run the script N times on one load, keeping its variables\n"
+    "  --screen WxH     the screen size of a dry run (default 1920x1080)\n"
     "  -                read the script from standard input\n"
     "Stop a run with Ctrl+0, Ctrl+C or SIGTERM.\n";
 
@@ -26,6 +28,19 @@ std::optional<std::string> valueOf(const std::vector<std::string>& args, size_t&
     if (arg != name) return std::nullopt;
     if (i + 1 >= args.size()) return std::string();
     return args[++i];
+}
+
+// "WxH" with two whole numbers from 1 to 32767.
+std::optional<std::pair<int32_t, int32_t>> screenSize(const std::string& text) {
+    const size_t x = text.find('x');
+    if (x == std::string::npos) return std::nullopt;
+    const std::string width = text.substr(0, x), height = text.substr(x + 1);
+    for (const std::string* part : {&width, &height})
+        if (part->empty() || part->size() > 5 || part->find_first_not_of("0123456789") != std::string::npos)
+            return std::nullopt;
+    const int32_t w = std::stoi(width), h = std::stoi(height);
+    if (w < 1 || h < 1 || w > 32767 || h > 32767) return std::nullopt;
+    return std::pair{w, h};
 }
 
 }  // namespace
@@ -53,6 +68,9 @@ ParseResult parseOptions(const std::vector<std::string>& args) {
             if (!value || *value < 1 || repeat->find('.') != std::string::npos)
                 return UsageError{"--repeat needs a whole number of 1 or more, not '" + *repeat + "'"};
             options.repeat = *value;
+        } else if (auto screen = valueOf(args, i, "--screen")) {
+            options.screen = screenSize(*screen);
+            if (!options.screen) return UsageError{"--screen needs WIDTHxHEIGHT such as 1920x1080, not '" + *screen + "'"};
         } else if (arg.size() > 1 && arg[0] == '-') {
             return UsageError{"unknown option '" + arg + "'"};
         } else {

@@ -1,8 +1,10 @@
 #pragma once
 // The command line of tarvoke-play.
 
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -15,6 +17,8 @@ struct Options {
     bool ignorePauses = false;
     std::optional<double> percent;
     int repeat = 1;
+    // --screen WxH: the size of the dry run's screen.
+    std::optional<std::pair<int32_t, int32_t>> screen;
     std::string file;  // "-" is standard input
 };
 
