@@ -29,7 +29,11 @@ FakePlatform::FakePlatform()
       input(sink(), keyboard),
       programs(sink()),
       screen(sink()),
-      clock(sink(), [this] { ++yields; }),
+      clock(sink(),
+            [this] {
+                ++yields;
+                if (onYield) onYield();
+            }),
       messages(sink()) {}
 
 Platform FakePlatform::platform() { return {&input, &keyboard, &windows, &programs, &screen, &clock, &messages}; }

@@ -32,6 +32,8 @@ public:
 
     std::vector<std::string> transcript;
     int64_t yields = 0;
+    // Runs inside every yield, as a handler of the event loop would.
+    std::function<void()> onYield;
 
     FakeKeyboard keyboard = FakeKeyboard::us();
     FakeWindows windows;

@@ -1,0 +1,241 @@
+// Host commands against the fake platform: each case is a script and the
+// operations it makes, as the dry run prints them (handles decimal).
+
+#include "engine_fixture.h"
+#include "host/answers.h"
+#include "host/timing.h"
+
+namespace tarvoke::test {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+struct Case {
+    const char* name;
+    const char* script;
+    Lines expected;
+};
+
+class HostTest : public EngineTest {
+protected:
+    HostTest() {
+        notepad = fake.windows.addWindow("notepad", "Untitled - Notepad");
+        edit = fake.windows.addWindow("edit", "", notepad);
+        fake.windows.addWindow("other", "x");
+    }
+    Lines play(const std::string& script) {
+        fake.transcript.clear();
+        run(script);
+        return fake.transcript;
+    }
+    template <size_t N>
+    void checkAll(const Case (&cases)[N]) {
+        for (const Case& c : cases) {
+            session.hTargetWindow = 0;
+            session.intLastX = session.intLastY = 0;
+            session.dblPauseFactor = 1.0;
+            session.bIgnorePauses = false;
+            EXPECT_EQ(play(c.script), c.expected) << c.name << ": " << c.script;
+        }
+    }
+    platform::WindowId notepad = 0, edit = 0;
+};
+
+const Case kMouseAndKeys[] = {
+    {"Ex press moves, then presses", "LeftDownEx(300, 150);", {"SetCursorPos 300 150", "mouse_event 2"}},
+    {"each Ex flag", "LeftUpEx(1,2); RightDownEx(1,2); RightUpEx(1,2); MiddleDownEx(1,2); MiddleUpEx(1,2);",
+     {"SetCursorPos 1 2", "mouse_event 4", "SetCursorPos 1 2", "mouse_event 8", "SetCursorPos 1 2", "mouse_event 16",
+      "SetCursorPos 1 2", "mouse_event 32", "SetCursorPos 1 2", "mouse_event 64"}},
+    {"plain buttons at the cursor", "LeftDown(); LeftUp(); RightDown(); RightUp(); MiddleDown(); MiddleUp();",
+     {"mouse_event 2", "mouse_event 4", "mouse_event 8", "mouse_event 16", "mouse_event 32", "mouse_event 64"}},
+    {"clicks are two events", "LeftClick(); RightClick(); MiddleClick();",
+     {"mouse_event 2", "mouse_event 4", "mouse_event 8", "mouse_event 16", "mouse_event 32", "mouse_event 64"}},
+    {"a missing y does nothing, not even the move", "LeftDownEx(10);", {}},
+    {"Ex is 16-bit, MoveMouse 32-bit", "LeftDownEx(40000, 10); MoveMouse(40000, 10);", {"SetCursorPos 40000 10"}},
+    {"bad numbers move nothing", "MoveMouse(abc, 1); MoveMouse(1); MoveMouse(\"lx\", 5);", {}},
+    {"key codes are bytes rounded to even", "KeyDown(256); KeyDown(-1); KeyDown(); KeyDown(65.5); KeyUp(64.5);",
+     {"keybd_event 66 0", "keybd_event 64 2"}},
+    {"MoveMouse leaves lx and ly", "LeftDownEx(5, 6); MoveMouse(10, 20); LeftUpEx(lx, ly);",
+     {"SetCursorPos 5 6", "mouse_event 2", "SetCursorPos 10 20", "SetCursorPos 5 6", "mouse_event 4"}},
+    {"a plain button notes the cursor", "MoveMouse(10, 20); LeftUp(); LeftDownEx(lx, ly);",
+     {"SetCursorPos 10 20", "mouse_event 4", "SetCursorPos 10 20", "mouse_event 2"}},
+    {"quoted lx goes through ResolveCoordinate", "LeftDownEx(7, 8); LeftDownEx(\"lx\", 5);",
+     {"SetCursorPos 7 8", "mouse_event 2", "SetCursorPos 7 5", "mouse_event 2"}},
+    {"lx and ly can be crossed", "LeftDownEx(3, 4); LeftUpEx(ly, lx);",
+     {"SetCursorPos 3 4", "mouse_event 2", "SetCursorPos 4 3", "mouse_event 4"}},
+    {"parameters resolve through variables", "String(s, \"42\"); Int(n, 7); KeyDown(s); KeyUp(n); KeyDown($9);",
+     {"keybd_event 42 0", "keybd_event 7 2", "keybd_event 9 0"}},
+    {"a key string is sent whole", "SendKeys(\"+a{LEFT 2}\");", {"SendKeys \"+a{LEFT 2}\""}},
+    {"a rejected key string sends nothing", "SendKeys(\"{FOO}\"); SendKeys(\"(a\");", {}},
+    {"the centre of a 1920 by 1080 screen", "MoveMouseToCenterScreen(); LeftUpEx(lx, ly);",
+     {"SetCursorPos 960 540", "SetCursorPos 0 0", "mouse_event 4"}},
+};
+
+TEST_F(HostTest, MouseAndKeysOnTheInputStream) { checkAll(kMouseAndKeys); }
+
+const Case kTargetWindow[] = {
+    {"Ex buttons send the position in pixels of 15 twips",
+     "SelectWindow(notepad); LeftDownEx(300, 150); LeftUpEx(-30, 0); RightDownEx(1,1); RightUpEx(1,1);"
+     " MiddleDownEx(1,1); MiddleUpEx(1,1);",
+     {"FindWindow \"notepad\" null", "SendMessage 1001 513 0 0x000A0014", "SendMessage 1001 514 0 0x0000FFFE",
+      "SendMessage 1001 516 0 0x00000000", "SendMessage 1001 517 0 0x00000000", "SendMessage 1001 519 0 0x00000000",
+      "SendMessage 1001 520 0 0x00000000"}},
+    {"the target leaves lx, ly and the cursor", "SelectWindow(notepad); LeftDownEx(300, 150); MoveMouse(lx, ly);",
+     {"FindWindow \"notepad\" null", "SendMessage 1001 513 0 0x000A0014", "SetCursorPos 0 0"}},
+    {"keys go as messages with lParam 0x10001", "SelectWindow(notepad); KeyDown(65); KeyUp(65);",
+     {"FindWindow \"notepad\" null", "SendMessage 1001 256 65 0x00010001", "SendMessage 1001 257 65 0x00010001"}},
+    {"plain buttons and key strings ignore the target", "SelectWindow(notepad); LeftDown(); SendKeys(a);",
+     {"FindWindow \"notepad\" null", "mouse_event 2", "SendKeys \"a\""}},
+    {"a failed choice clears the target", "SelectWindow(notepad); SelectWindow(\"a\", \"b\"); KeyDown(65);",
+     {"FindWindow \"notepad\" null", "FindWindow \"a\" \"b\"", "keybd_event 65 0"}},
+    {"FindWindow matches class and title", "FindWindow(notepad, \"Untitled - Notepad\"); KeyDown(1);",
+     {"FindWindow \"notepad\" \"Untitled - Notepad\"", "SendMessage 1001 256 1 0x00010001"}},
+    {"a quoted empty title is no null", "FindWindow(notepad, \"\"); KeyDown(1);",
+     {"FindWindow \"notepad\" \"\"", "keybd_event 1 0"}},
+    {"a sub-window by class, second parameter ignored", "SelectWindow(notepad); SelectSubWindow(edit, b); KeyDown(1);",
+     {"FindWindow \"notepad\" null", "FindWindowEx 1001 \"edit\"", "SendMessage 1002 256 1 0x00010001"}},
+    {"no target: sub-windows among the top level", "FindWindowEx(other); KeyDown(1);",
+     {"FindWindowEx 0 \"other\"", "SendMessage 1003 256 1 0x00010001"}},
+    {"a failed chain starts again at the top level", "SelectWindow(notepad); SelectSubWindow(none); SelectSubWindow(other);",
+     {"FindWindow \"notepad\" null", "FindWindowEx 1001 \"none\"", "FindWindowEx 0 \"other\""}},
+    {"DeselectWindow returns to the input stream", "SelectWindow(notepad); DeselectWindow(); KeyDown(1);",
+     {"FindWindow \"notepad\" null", "keybd_event 1 0"}},
+};
+
+TEST_F(HostTest, TargetWindow) { checkAll(kTargetWindow); }
+
+TEST_F(HostTest, AClosedTargetIsStillUsed) {
+    run("SelectWindow(notepad);");
+    fake.windows.removeWindow(notepad);
+    EXPECT_EQ(play("KeyDown(1);"), (Lines{"SendMessage 1001 256 1 0x00010001"}));
+}
+
+const Case kPrograms[] = {
+    {"quoted or not", "Start(notepad.exe); Start(\"My Notes.txt\");",
+     {"ShellExecute \"Open\" \"notepad.exe\" \"\" 1", "ShellExecute \"Open\" \"My Notes.txt\" \"\" 1"}},
+    {"no file opens nothing", "Start(); StartEx(, , normal);", {}},
+    {"window states", "StartEx(a, , normal); StartEx(a, , Minimized); StartEx(a, \"-x y\", maximized);",
+     {"ShellExecute \"Open\" \"a\" \"\" 1", "ShellExecute \"Open\" \"a\" \"\" 2", "ShellExecute \"Open\" \"a\" \"-x y\" 3"}},
+    {"other states start nothing", "StartEx(a, , hidden); StartEx(a, , \"Minimized\"); StartEx(a);", {}},
+};
+
+TEST_F(HostTest, Programs) { checkAll(kPrograms); }
+
+const Case kPauses[] = {
+    {"nothing positive, nothing waited", "Pause(0); Pause(-5); Pause(abc); Pause(); Pause(0.4);", {}},
+    {"9999 is one wait", "Pause(9999);", {"Wait 9999"}},
+    {"longer pauses wait in pieces of 9999", "Pause(40000);",
+     {"Wait 9999", "Wait 9999", "Wait 9999", "Wait 9999", "Wait 4"}},
+    {"a multiple of the piece ends with 0", "Pause(19998);", {"Wait 9999", "Wait 9999", "Wait 0"}},
+    {"one over the piece", "Pause(10000);", {"Wait 9999", "Wait 1"}},
+    {"the guard rounds the unscaled value", "Pause(0.6);", {"Wait 1"}},
+    {"half speed rounds ties to even", "SetPausePercent(50); Pause(101); Pause(3);", {"Wait 50", "Wait 2"}},
+    {"the scaled length decides the pieces", "SetPausePercent(300); Pause(5000);", {"Wait 9999", "Wait 5001"}},
+    {"0 percent yields once and skips whole units", "SetPausePercent(0); Pause(100); PauseS(5);", {"Wait 0"}},
+    {"a negative factor waits nothing", "SetPausePercent(-50); Pause(100); PauseS(2); PauseM(1); PauseH(1);",
+     {"Wait 0"}},
+    {"a text percent is passed over", "SetPausePercent(abc); Pause(10);", {"Wait 10"}},
+    {"seconds are whole after scaling", "SetPausePercent(50); PauseS(3); PauseH(1);", {"Wait 1000", "Wait 1000"}},
+    {"ignored pauses read nothing", "IgnorePauses(True); Pause(100); PauseS(1); PauseM(1); PauseH(1);", {}},
+    {"only the exact word true", "IgnorePauses(\"True\"); Pause(7);", {"Wait 7"}},
+};
+
+TEST_F(HostTest, Pauses) { checkAll(kPauses); }
+
+TEST_F(HostTest, AMinuteIsSixtyWaitsOfASecond) {
+    EXPECT_EQ(play("PauseM(1);"), Lines(60, "Wait 1000"));
+    EXPECT_EQ(play("PauseS(-1); PauseM(abc);"), Lines{});
+}
+
+TEST_F(HostTest, TheFactorOutlivesTheRun) {
+    run("SetPausePercent(10);");
+    EXPECT_EQ(play("Pause(100);"), (Lines{"Wait 10"}));
+}
+
+TEST_F(HostTest, AFixedFactorPassesOverSetPausePercent) {
+    session.fixedPauseFactor = session.dblPauseFactor = 2.0;
+    EXPECT_EQ(play("SetPausePercent(50); Pause(100);"), (Lines{"Wait 200"}));
+}
+
+TEST_F(HostTest, SetPausePercentByExecuteType) {
+    int counted = 0;
+    session.onWhiteDebugPercent = [&] { ++counted; };
+    engine.SetExecuteType(1);
+    run("SetPausePercent(70);");
+    EXPECT_EQ(session.sPausePercent, "70");
+    EXPECT_EQ(session.dblPauseFactor, 1.0);
+    engine.SetExecuteType(2);
+    run("SetPausePercent(abc);");
+    EXPECT_EQ(session.sPausePercent, "abc");
+    EXPECT_EQ(counted, 1);
+    EXPECT_EQ(session.dblPauseFactor, 1.0);
+}
+
+TEST_F(HostTest, AStopEndsThePauseAndThePiecesToCome) {
+    fake.onYield = [&] {
+        if (fake.transcript.size() == 1) engine.StopExecution();
+    };
+    EXPECT_EQ(play("Pause(40000); KeyDown(1);"), (Lines{"Wait 9999"}));
+    EXPECT_EQ(play("PauseH(1); KeyDown(1);"), (Lines{"Wait 1000"}));
+}
+
+TEST_F(HostTest, StopwatchesReadTheClock) {
+    host::StartEventClock(session);
+    run("Pause(25);");
+    host::StartRunClock(session);
+    EXPECT_EQ(host::ReadEventClock(session), 25);
+    run("Pause(5);");
+    EXPECT_EQ(host::ReadEventClock(session), 30);
+    EXPECT_EQ(host::ReadRunClock(session), 5);
+}
+
+const Case kMisc[] = {
+    {"msgbox: flags 0, empty title", "MsgBox(0x41); MsgBox(); MsgBox(\"a\", \"b\");",
+     {"MessageBox 0 \"\" \"0x41\"", "MessageBox 0 \"\" \"\"", "MessageBox 0 \"\" \"a\""}},
+    {"unknown commands and OrigionalPlayTime do nothing", "Foo(1,2); OrigionalPlayTime(12.5); Timer(); KeyDown(1);",
+     {"keybd_event 1 0"}},
+};
+
+TEST_F(HostTest, Misc) { checkAll(kMisc); }
+
+TEST_F(HostTest, ModeSwitches) {
+    run("DisableRepeat(); RandomFindMode();");
+    EXPECT_FALSE(session.bRepeat);
+    EXPECT_FALSE(session.bFirstFind);
+    run("EnableRepeat(); FirstFindMode();");
+    EXPECT_TRUE(session.bRepeat);
+    EXPECT_TRUE(session.bFirstFind);
+}
+
+TEST_F(HostTest, AnswersTakeTheVariablesType) {
+    struct AnswerCase {
+        const char* declare;
+        bool passed;
+        const char* value;
+        int32_t type;
+    } cases[] = {
+        {"", true, "True", engine::kText},        {"", false, "False", engine::kText},
+        {"Int(r, 7);", true, "0", engine::kLong}, {"Int(r, 7);", false, "1", engine::kLong},
+        {"Double(r, 3);", true, "0", engine::kDouble}, {"Double(r, 3);", false, "1", engine::kDouble},
+    };
+    for (const auto& c : cases) {
+        run(std::string(c.declare) + "IsPixel(r, imagesave0, 1, 2, colorrange0);");
+        host::answerTest(engine, engine.statementCount(), c.passed);
+        EXPECT_EQ(valueOf("r"), c.value) << c.declare << c.passed;
+        EXPECT_EQ(typeOf("r"), c.type) << c.declare << c.passed;
+    }
+}
+
+TEST_F(HostTest, MeasuresTakeTheVariablesType) {
+    run("Int(n, 1); Double(d, 1); GetSaturation(s, imagesave0, 1, 2); GetSaturation(n, i, 1, 2);"
+        "GetSaturation(d, i, 1, 2);");
+    for (int32_t line = 3; line <= 5; ++line) host::answerMeasure(engine, line, [] { return std::optional(2.5); });
+    EXPECT_EQ(valueOf("s"), "2.5");
+    EXPECT_EQ(valueOf("n"), "2");
+    EXPECT_EQ(valueOf("d"), "2.5");
+    host::answerMeasure(engine, 5, [] { return std::optional<double>(); });
+    EXPECT_EQ(valueOf("d"), "2.5");
+}
+
+}  // namespace
+}  // namespace tarvoke::test
