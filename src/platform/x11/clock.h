@@ -1,0 +1,27 @@
+#pragma once
+// The real clock: the yield handles Qt's pending events, and each wait keeps
+// its own absolute deadline on the monotonic clock in a timerfd that the
+// event loop watches, so handlers run while a script sleeps and a nested
+// wait neither shares nor re-arms an outer one.
+
+#include "platform/clock.h"
+
+#include <cstdint>
+
+namespace tarvoke::platform::x11 {
+
+class RealClock : public Clock {
+public:
+    // Lowers the timer slack of the thread, so that wake-ups come on time.
+    RealClock();
+    void yield() override;
+    void wait(int32_t ms) override;
+    void cancelWaits() override { ++m_cancels; }
+    int64_t monotonicMs() override;
+
+private:
+    // Waits started before the latest cancelWaits end; those started after run on.
+    uint64_t m_cancels = 0;
+};
+
+}  // namespace tarvoke::platform::x11

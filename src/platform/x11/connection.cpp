@@ -1,0 +1,92 @@
+// Qt before Xlib: Xlib's macros clash with Qt's names.
+#include <QSocketNotifier>
+
+#include "platform/x11/connection.h"
+
+#include <X11/Xatom.h>
+
+namespace tarvoke::platform::x11 {
+namespace {
+
+unsigned long g_errors = 0;
+unsigned long g_lastErrorSerial = 0;
+
+int countError(Display*, XErrorEvent* error) {
+    ++g_errors;
+    g_lastErrorSerial = error->serial;
+    return 0;
+}
+
+}  // namespace
+
+Connection::Connection() {
+    m_display = XOpenDisplay(nullptr);
+    if (!m_display) return;
+    XSetErrorHandler(countError);
+    m_root = DefaultRootWindow(m_display);
+    // Events are read whenever a role looks at its state; the notifier also
+    // reads them while the script sleeps, so they never pile up.
+    m_notifier = new QSocketNotifier(ConnectionNumber(m_display), QSocketNotifier::Read);
+    QObject::connect(m_notifier, &QSocketNotifier::activated, [this] { drainEvents(); });
+}
+
+Connection::~Connection() {
+    delete m_notifier;
+    if (m_display) XCloseDisplay(m_display);
+}
+
+unsigned long Connection::errorCount() { return g_errors; }
+
+Atom Connection::atom(const char* name) { return XInternAtom(m_display, name, False); }
+
+bool Connection::checked(const std::function<void()>& request) {
+    const unsigned long first = NextRequest(m_display);
+    const unsigned long before = g_errors;
+    request();
+    return g_errors == before || g_lastErrorSerial < first;
+}
+
+void Connection::drainEvents() {
+    while (XEventsQueued(m_display, QueuedAfterReading) > 0) {
+        XEvent event;
+        XNextEvent(m_display, &event);
+        for (auto& handler : m_handlers) handler(event);
+        if (event.type == GenericEvent) XFreeEventData(m_display, &event.xcookie);
+    }
+}
+
+std::optional<std::vector<unsigned long>> Connection::cardinals(Window window, Atom property, Atom type) {
+    Atom actualType = None;
+    int format = 0;
+    unsigned long count = 0, after = 0;
+    unsigned char* data = nullptr;
+    const int status = XGetWindowProperty(m_display, window, property, 0, 1 << 16, False, type, &actualType, &format,
+                                          &count, &after, &data);
+    if (status != Success || actualType != type || format != 32) {
+        if (data) XFree(data);
+        return std::nullopt;
+    }
+    // Xlib hands 32-bit items as longs.
+    const auto* items = reinterpret_cast<const unsigned long*>(data);
+    std::vector<unsigned long> values(items, items + count);
+    XFree(data);
+    return values;
+}
+
+std::optional<std::string> Connection::text(Window window, Atom property) {
+    Atom actualType = None;
+    int format = 0;
+    unsigned long count = 0, after = 0;
+    unsigned char* data = nullptr;
+    const int status = XGetWindowProperty(m_display, window, property, 0, 1 << 16, False, AnyPropertyType, &actualType,
+                                          &format, &count, &after, &data);
+    if (status != Success || actualType == None || format != 8) {
+        if (data) XFree(data);
+        return std::nullopt;
+    }
+    std::string value(reinterpret_cast<const char*>(data), count);
+    XFree(data);
+    return value;
+}
+
+}  // namespace tarvoke::platform::x11

@@ -1,0 +1,62 @@
+#pragma once
+// The one connection to the X server that the roles of the X11 platform
+// share, with the one place where X errors are caught and the one place
+// where events are read and handed to the roles that want them.
+
+// Headers of ours that name things None, Bool or Status come before Xlib,
+// whose macros of those names would break them.
+#include "host/keytable.h"
+
+#include <X11/Xlib.h>
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+class QSocketNotifier;
+
+namespace tarvoke::platform::x11 {
+
+class Connection {
+public:
+    // Opens the display named by DISPLAY; check ok() after.
+    Connection();
+    ~Connection();
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    bool ok() const { return m_display != nullptr; }
+    Display* display() const { return m_display; }
+    Window root() const { return m_root; }
+    Atom atom(const char* name);
+
+    // Runs requests that wait for their answer (queries); false when the
+    // server refused one of them (a window that vanished). A refused request
+    // never ends the program: every X error lands in one handler that
+    // counts it.
+    bool checked(const std::function<void()>& request);
+    // The number of X errors seen since the start; errors of requests that
+    // nobody waits for (a sent event to a closed window) are counted and
+    // otherwise dropped.
+    static unsigned long errorCount();
+
+    // Handlers see every event read from the server, in order.
+    void onEvent(std::function<void(XEvent&)> handler) { m_handlers.push_back(std::move(handler)); }
+    // Reads what the server has sent without waiting, and hands it on.
+    void drainEvents();
+    // Sends what is buffered, without waiting for an answer.
+    void flush() { XFlush(m_display); }
+
+    // Properties of a window; nullopt when absent or the window is gone.
+    std::optional<std::vector<unsigned long>> cardinals(Window window, Atom property, Atom type);
+    std::optional<std::string> text(Window window, Atom property);
+
+private:
+    Display* m_display = nullptr;
+    Window m_root = 0;
+    QSocketNotifier* m_notifier = nullptr;
+    std::vector<std::function<void(XEvent&)>> m_handlers;
+};
+
+}  // namespace tarvoke::platform::x11

@@ -1,0 +1,56 @@
+#pragma once
+// Synthetic input on X: the input stream through XTest, and messages to one
+// window as sent events (which programs that refuse sent events ignore).
+//
+// Every operation queues its requests and flushes them without waiting for
+// the server, except that keysyms needing a spare keycode are bound in one
+// batch and synced first: at most one round trip per operation.
+
+#include <map>
+#include <set>
+
+#include "host/keytable.h"
+#include "platform/input.h"
+#include "platform/x11/connection.h"
+#include "platform/x11/keyboard.h"
+
+namespace tarvoke::platform::x11 {
+
+class X11Input : public Input {
+public:
+    // mapView answers which keysyms the map carries (for the key table's
+    // fallbacks).
+    X11Input(Connection& connection, Keyboard& keyboard, const host::KeyboardView& mapView)
+        : m_x(connection), m_keyboard(keyboard), m_mapView(mapView) {}
+    void setCursorPos(int32_t x, int32_t y) override;
+    Point cursorPos() override;
+    void mouseEvent(uint32_t flags) override;
+    void keyEvent(uint8_t vk, uint32_t flags) override;
+    void sendKeys(const std::string& keys, const std::vector<KeyStroke>& strokes) override;
+    void sendMessage(WindowId window, uint32_t message, uint32_t wParam, uint32_t lParam) override;
+
+    // Releases every key and button that was pressed here and not released.
+    void releaseAll();
+
+private:
+    // The keysym a press of vk stands for; 0 for a physical key or none.
+    KeySym keysymOf(uint8_t vk);
+    KeyCode keycodeForPress(uint8_t vk);
+    void pressKeycode(KeyCode code, bool press);
+    void pressVk(uint8_t vk, bool press);
+    void typeKeysym(KeySym keysym);
+    void sendButton(Window window, uint32_t message, uint32_t lParam);
+    void sendKey(Window window, uint32_t message, uint8_t vk);
+
+    Connection& m_x;
+    Keyboard& m_keyboard;
+    const host::KeyboardView& m_mapView;
+    std::map<uint8_t, KeyCode> m_vkCodes;  // the keycode each pressed number went to
+    std::multiset<KeyCode> m_heldKeys;
+    std::set<unsigned> m_heldButtons;
+};
+
+// The keysym that types one UTF-8 character; NoSymbol for an invalid sequence.
+KeySym keysymOfCharacter(const std::string& character);
+
+}  // namespace tarvoke::platform::x11

@@ -1,0 +1,53 @@
+#pragma once
+// The keyboard map as the X server holds it, kept locally, and the spare
+// keycodes that carry keysyms no key carries. What a virtual-key number
+// means is the key table's business (host/keytable.h); this turns its
+// keysyms and evdev codes into keycodes of the map in force.
+
+#include "platform/x11/connection.h"
+
+#include <cstdint>
+#include <map>
+#include <unordered_map>
+#include <vector>
+
+namespace tarvoke::platform::x11 {
+
+class Keyboard {
+public:
+    explicit Keyboard(Connection& connection);
+    ~Keyboard();
+
+    // Every keycode that carries the keysym at any level.
+    std::vector<KeyCode> keycodesOf(KeySym keysym);
+    // The level (0 plain, 1 shifted, ...) at which a keycode carries the keysym; -1 if not.
+    int levelOf(KeyCode keycode, KeySym keysym);
+    // The X keycode of a physical key (evdev code + 8); 0 when out of range.
+    KeyCode keycodeOfEvdev(uint16_t evdevCode) const;
+
+    // Binds every keysym of the list that no keycode carries yet to a spare
+    // keycode, in one batch, and waits until the server has them (one round
+    // trip, none when nothing needed binding). A binding stays until its
+    // keycode is needed for another keysym and is not held down.
+    void bindSpares(const std::vector<KeySym>& keysyms);
+    void setHeld(KeyCode keycode, bool held);
+
+private:
+    void load();
+    void onEvent(XEvent& event);
+    KeyCode takeSpare();
+
+    Connection& m_x;
+    int m_min = 8;
+    int m_max = 255;
+    int m_perKeycode = 1;
+    std::vector<KeySym> m_map;  // (keycode - m_min) * m_perKeycode + level
+    bool m_stale = false;
+    std::vector<KeyCode> m_spares;          // keycodes that carry nothing in the server's map
+    std::vector<KeyCode> m_bound;           // spares in use, least recently bound first
+    std::map<KeyCode, int> m_held;
+    int m_ownChanges = 0;                   // mapping notices that our own bindings will cause
+    std::unordered_map<KeySym, std::vector<KeyCode>> m_codesOf;  // cache of keycodesOf, cleared with the map
+};
+
+}  // namespace tarvoke::platform::x11

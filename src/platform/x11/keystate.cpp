@@ -1,0 +1,101 @@
+#include "platform/x11/keystate.h"
+
+#include <X11/extensions/XInput2.h>
+
+namespace tarvoke::platform::x11 {
+namespace {
+
+constexpr size_t kButtonBase = 256;
+
+// The key table's questions answered from the map and one test of the
+// table's entries (a keycode, or kButtonBase + a button).
+template <typename Test> class TableView : public host::KeyboardView {
+public:
+    TableView(Keyboard& keyboard, Test test) : m_keyboard(keyboard), m_test(test) {}
+    bool carriesKeysym(uint32_t keysym) const override { return !m_keyboard.keycodesOf(keysym).empty(); }
+    bool keysymDown(uint32_t keysym) const override {
+        for (KeyCode code : m_keyboard.keycodesOf(keysym))
+            if (m_test(code)) return true;
+        return false;
+    }
+    bool physicalDown(uint16_t evdevCode) const override {
+        const KeyCode code = m_keyboard.keycodeOfEvdev(evdevCode);
+        return code != 0 && m_test(code);
+    }
+    bool buttonDown(uint8_t button) const override { return m_test(kButtonBase + button); }
+
+private:
+    Keyboard& m_keyboard;
+    Test m_test;
+};
+
+template <typename Test> std::unique_ptr<host::KeyboardView> makeView(Keyboard& keyboard, Test test) {
+    return std::make_unique<TableView<Test>>(keyboard, test);
+}
+
+}  // namespace
+
+X11KeyState::X11KeyState(Connection& connection, Keyboard& keyboard) : m_x(connection), m_keyboard(keyboard) {
+    m_downView = makeView(keyboard, [this](size_t index) { return index < m_down.size() && m_down[index]; });
+    m_pressedView = makeView(keyboard, [this](size_t index) {
+        return index < m_lastPress.size() && m_lastPress[index] > m_since;
+    });
+    int event = 0, error = 0, major = 2, minor = 0;
+    if (!XQueryExtension(m_x.display(), "XInputExtension", &m_opcode, &event, &error)) return;
+    if (XIQueryVersion(m_x.display(), &major, &minor) != Success) return;
+    unsigned char bits[XIMaskLen(XI_LASTEVENT)] = {};
+    XISetMask(bits, XI_RawKeyPress);
+    XISetMask(bits, XI_RawKeyRelease);
+    XISetMask(bits, XI_RawButtonPress);
+    XISetMask(bits, XI_RawButtonRelease);
+    XIEventMask mask{XIAllMasterDevices, sizeof bits, bits};
+    XISelectEvents(m_x.display(), m_x.root(), &mask, 1);
+    m_x.onEvent([this](XEvent& e) { onEvent(e); });
+    // Keys already down at the start count as down, not as pressed.
+    fillFromServer();
+    m_ok = true;
+}
+
+void X11KeyState::fillFromServer() {
+    char keys[32] = {};
+    XQueryKeymap(m_x.display(), keys);
+    for (size_t code = 0; code < 256; ++code) m_down[code] = (keys[code / 8] >> (code % 8)) & 1;
+    Window root = 0, child = 0;
+    int x = 0, y = 0, winX = 0, winY = 0;
+    unsigned mask = 0;
+    XQueryPointer(m_x.display(), m_x.root(), &root, &child, &x, &y, &winX, &winY, &mask);
+    for (unsigned button = 1; button <= 5; ++button) m_down[kButtonBase + button] = mask & (Button1Mask << (button - 1));
+}
+
+void X11KeyState::onEvent(XEvent& event) {
+    XGenericEventCookie& cookie = event.xcookie;
+    if (event.type != GenericEvent || cookie.extension != m_opcode || !XGetEventData(m_x.display(), &cookie)) return;
+    const auto* raw = static_cast<const XIRawEvent*>(cookie.data);
+    size_t index = 0;
+    bool press = false;
+    switch (cookie.evtype) {
+    case XI_RawKeyPress: index = raw->detail; press = true; break;
+    case XI_RawKeyRelease: index = raw->detail; break;
+    case XI_RawButtonPress: index = kButtonBase + raw->detail; press = true; break;
+    case XI_RawButtonRelease: index = kButtonBase + raw->detail; break;
+    default: return;
+    }
+    if (index >= m_down.size()) return;
+    m_down[index] = press;
+    if (press) m_lastPress[index] = ++m_presses;
+}
+
+bool X11KeyState::isDown(uint8_t vk) {
+    m_x.drainEvents();
+    return host::isVirtualKeyDown(vk, *m_downView);
+}
+
+bool X11KeyState::pressedSinceLastRead(uint8_t vk) {
+    m_x.drainEvents();
+    m_since = m_lastRead[vk];
+    const bool pressed = host::isVirtualKeyDown(vk, *m_pressedView);
+    m_lastRead[vk] = m_presses;
+    return pressed;
+}
+
+}  // namespace tarvoke::platform::x11

@@ -1,0 +1,50 @@
+#pragma once
+// Key and button state from XInput 2 raw events on the root window, kept in
+// a local table: a read looks at the table after taking in the events that
+// have arrived, and never waits for the server. Which keys make a number
+// down is the key table's rule (host::isVirtualKeyDown).
+
+#include <array>
+#include <cstdint>
+#include <memory>
+
+#include "host/keytable.h"
+#include "platform/keystate.h"
+#include "platform/x11/connection.h"
+#include "platform/x11/keyboard.h"
+
+namespace tarvoke::platform::x11 {
+
+class X11KeyState : public KeyState {
+public:
+    X11KeyState(Connection& connection, Keyboard& keyboard);
+    // False when the server lacks XInput 2: every key then reads as up.
+    bool ok() const { return m_ok; }
+
+    bool isDown(uint8_t vk) override;
+    bool pressedSinceLastRead(uint8_t vk) override;
+    // The keyboard map and the keys down, as the key table asks about them.
+    const host::KeyboardView& view() const { return *m_downView; }
+
+private:
+    void onEvent(XEvent& event);
+    void fillFromServer();
+
+    Connection& m_x;
+    Keyboard& m_keyboard;
+    // Views of the table: keys down now, and keys pressed after m_since.
+    std::unique_ptr<host::KeyboardView> m_downView;
+    std::unique_ptr<host::KeyboardView> m_pressedView;
+    uint64_t m_since = 0;
+    bool m_ok = false;
+    int m_opcode = 0;
+    // Keycodes 0..255, then buttons 256 + 1..31: down now, and the number of
+    // the last press of each (presses are counted from 1).
+    std::array<bool, 288> m_down{};
+    std::array<uint64_t, 288> m_lastPress{};
+    uint64_t m_presses = 0;
+    // Per virtual key, the press count at its last "pressed since" read.
+    std::array<uint64_t, 256> m_lastRead{};
+};
+
+}  // namespace tarvoke::platform::x11

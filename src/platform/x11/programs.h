@@ -1,0 +1,47 @@
+#pragma once
+// Starting programs and documents: an executable path or a name found on
+// PATH is spawned directly, anything else is handed to xdg-open. Children
+// are detached (their own session) and reaped at once, so none is left
+// behind as a zombie and none dies with the run.
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/programs.h"
+#include "platform/x11/windows.h"
+
+class QObject;
+
+namespace tarvoke::platform::x11 {
+
+// Splits a text into words as a shell would (blanks, single and double
+// quotes, backslash), without running a shell: nothing is expanded.
+std::vector<std::string> splitWords(const std::string& text);
+
+// The path of an executable named by file: itself when it holds a '/', else
+// the first match on PATH; empty when there is none.
+std::string findExecutable(const std::string& file);
+
+class X11Programs : public Programs {
+public:
+    explicit X11Programs(X11Windows& windows);
+    ~X11Programs() override;
+    void shellExecute(const std::string& verb, const std::string& file, const std::string& parameters,
+                      int32_t show) override;
+
+private:
+    // For up to five seconds, the first client window of process pid is
+    // iconified (show 2) or maximized (show 3), watched from the event loop.
+    void applyStateLater(long pid, int32_t show);
+    void applyState(unsigned long window, int32_t show);
+
+    X11Windows& m_windows;
+    // Owns the timers of the watches still running.
+    std::unique_ptr<QObject> m_watches;
+};
+
+// Spawns argv[0] (a path) detached; the process id, or -1.
+long spawnDetached(const std::vector<std::string>& argv);
+
+}  // namespace tarvoke::platform::x11
