@@ -1,6 +1,7 @@
 // tarvoke-play: runs a script from the command line, headless, in CI jobs
 // and over ssh.
 
+#include <QApplication>
 #include <QCoreApplication>
 #include <cerrno>
 #include <cstdio>
@@ -12,6 +13,7 @@
 #include <sstream>
 #include <variant>
 
+#include "desktop.h"
 #include "engine/sc.h"
 #include "host/dispatch.h"
 #include "host/session.h"
@@ -68,7 +70,6 @@ void printLine(std::string_view line) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv);
     const auto parsed = player::parseOptions(std::vector<std::string>(argv + 1, argv + argc));
     if (std::holds_alternative<player::ShowHelp>(parsed)) {
         std::fputs(player::kUsage, stdout);
@@ -80,12 +81,24 @@ int main(int argc, char** argv) {
 
     auto script = readScript(options.file);
     if (script.index() == 1) return fail(std::get<1>(script));
-    if (!options.dryRun && !options.loadOnly)
-        return fail("acting on the desktop is not available in this build yet; use --dry-run");
+
+    // The desktop is needed to act; a dry run and a load need none.
+    const bool onDesktop = !options.dryRun && !options.loadOnly;
+    if (onDesktop) {
+        if (const std::string problem = player::desktopProblem(); !problem.empty()) return fail(problem);
+        if (const std::string notice = player::waylandNotice(); !notice.empty())
+            std::fprintf(stderr, "tarvoke-play: %s\n", notice.c_str());
+        player::preferX11ForQt();
+    }
+    std::unique_ptr<QCoreApplication> app = onDesktop ? std::make_unique<QApplication>(argc, argv)
+                                                      : std::make_unique<QCoreApplication>(argc, argv);
+    std::unique_ptr<player::Desktop> desktop;
+    if (onDesktop && !(desktop = player::Desktop::open()))
+        return fail(std::string("cannot open the display '") + std::getenv("DISPLAY") + "'");
 
     host::Session session;
     platform::dryrun::DryRunPlatform dryRun(printLine, [] { QCoreApplication::processEvents(); });
-    session.platform = dryRun.platform();
+    session.platform = desktop ? desktop->platform() : dryRun.platform();
     if (options.screen) dryRun.screen().setSize({options.screen->first, options.screen->second});
     session.sScriptFolder = scriptFolder(options.file);
     session.bIgnorePauses = options.ignorePauses;
@@ -102,8 +115,12 @@ int main(int argc, char** argv) {
         playback.stop();
     });
 
+    // Ctrl+0 stops the run with status 0.
+    if (desktop) desktop->pollHotkeys([&] { playback.stop(); });
+
     playback.load(std::move(std::get<0>(script)));
     if (!options.loadOnly) playback.run(options.repeat);
+    if (desktop) desktop->releaseAll();
     if (options.dump) {
         const std::string dump = engine.GetDebug();
         std::fwrite(dump.data(), 1, dump.size(), stdout);

@@ -1,0 +1,51 @@
+#pragma once
+// The real desktop for a run of the player: the X11 platform, Qt message
+// boxes, and the hotkey poll that lets Ctrl+0 stop the run.
+
+#include <QObject>
+#include <functional>
+#include <memory>
+#include <string>
+#include <variant>
+
+#include "messageboxes.h"
+#include "platform/platform.h"
+
+class QTimer;
+
+namespace tarvoke::platform::x11 {
+class X11Platform;
+}
+
+namespace tarvoke::player {
+
+// Whether a run needs the desktop, and the one line to say when it cannot
+// have it; empty when it can.
+std::string desktopProblem();
+// The notice for a Wayland session, said once at start; empty elsewhere.
+std::string waylandNotice();
+// Makes Qt's own windows (message boxes) X11 windows too, unless the user
+// chose a Qt platform; call before the application object is made.
+void preferX11ForQt();
+
+class Desktop {
+public:
+    // nullptr when the display cannot be opened.
+    static std::unique_ptr<Desktop> open();
+    ~Desktop();
+
+    platform::Platform platform();
+    // Polls the hotkeys every millisecond, also inside the run's yields and
+    // pauses; onStop runs when Ctrl+0 is pressed.
+    void pollHotkeys(std::function<void()> onStop);
+    // Releases every key and button that the run pressed and did not release.
+    void releaseAll();
+
+private:
+    Desktop() = default;
+    std::unique_ptr<platform::x11::X11Platform> m_x11;
+    QtMessageBoxes m_messages;
+    std::unique_ptr<QTimer> m_poll;
+};
+
+}  // namespace tarvoke::player
