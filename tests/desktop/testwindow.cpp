@@ -23,6 +23,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <unistd.h>
 
 namespace {
 
@@ -178,6 +179,9 @@ int main(int argc, char** argv) {
     setNames(display, top, options.windowClass, options.title);
     setNames(display, child, options.childClass, options.childTitle);
     askForPosition(display, top, options);
+    const long pid = getpid();
+    XChangeProperty(display, top, XInternAtom(display, "_NET_WM_PID", False), XA_CARDINAL, 32, PropModeReplace,
+                    reinterpret_cast<const unsigned char*>(&pid), 1);
     Atom deleteWindow = XInternAtom(display, "WM_DELETE_WINDOW", False);
     XSetWMProtocols(display, top, &deleteWindow, 1);
     XMapWindow(display, child);

@@ -40,7 +40,8 @@ X11KeyState::X11KeyState(Connection& connection, Keyboard& keyboard) : m_x(conne
     m_pressedView = makeView(keyboard, [this](size_t index) {
         return index < m_lastPress.size() && m_lastPress[index] > m_since;
     });
-    int event = 0, error = 0, major = 2, minor = 0;
+    // 2.2: raw events come also while another client holds a grab.
+    int event = 0, error = 0, major = 2, minor = 2;
     if (!XQueryExtension(m_x.display(), "XInputExtension", &m_opcode, &event, &error)) return;
     if (XIQueryVersion(m_x.display(), &major, &minor) != Success) return;
     unsigned char bits[XIMaskLen(XI_LASTEVENT)] = {};

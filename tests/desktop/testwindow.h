@@ -1,0 +1,113 @@
+#pragma once
+// The test window from C++ desktop tests: started as a child process that
+// logs to a file of its own, read back as parsed events.
+
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace tarvoke::desktoptest {
+
+// One log line: its type and its key=value fields.
+struct Event {
+    std::string type;
+    std::map<std::string, std::string> fields;
+    std::string operator[](const std::string& key) const {
+        auto it = fields.find(key);
+        return it == fields.end() ? std::string() : it->second;
+    }
+    int number(const std::string& key) const { return static_cast<int>(std::strtol((*this)[key].c_str(), nullptr, 0)); }
+};
+
+inline Event parseEvent(const std::string& line) {
+    std::istringstream words(line);
+    Event event;
+    words >> event.type;
+    for (std::string word; words >> word;) {
+        const size_t equals = word.find('=');
+        if (equals != std::string::npos) event.fields[word.substr(0, equals)] = word.substr(equals + 1);
+    }
+    return event;
+}
+
+class TestWindow {
+public:
+    explicit TestWindow(std::vector<std::string> args = {}) {
+        m_log = std::filesystem::temp_directory_path() / ("tarvoke-window-" + std::to_string(getpid()) + "-" +
+                                                          std::to_string(s_count++) + ".log");
+        std::filesystem::remove(m_log);
+        args.insert(args.begin(), {TARVOKE_TESTWINDOW, "--log", m_log.string()});
+        std::vector<char*> argv;
+        for (auto& arg : args) argv.push_back(arg.data());
+        argv.push_back(nullptr);
+        m_pid = fork();
+        if (m_pid == 0) {
+            execv(argv[0], argv.data());
+            _exit(127);
+        }
+        for (int i = 0; i < 500 && ready().type.empty(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        if (ready().type.empty()) throw std::runtime_error("the test window did not become ready");
+        m_ready = ready();
+    }
+    ~TestWindow() {
+        kill(m_pid, SIGTERM);
+        waitpid(m_pid, nullptr, 0);
+        std::filesystem::remove(m_log);
+    }
+
+    unsigned long top() const { return std::strtoul(m_ready["top"].c_str(), nullptr, 16); }
+    unsigned long child() const { return std::strtoul(m_ready["child"].c_str(), nullptr, 16); }
+    // Root position of a point inside the top-level window or the child.
+    int rootX(bool child, int x) const { return m_ready.number(child ? "childx" : "x") + x; }
+    int rootY(bool child, int y) const { return m_ready.number(child ? "childy" : "y") + y; }
+
+    // The logged events of the given types, after the ready line.
+    std::vector<Event> events(const std::vector<std::string>& types) const {
+        std::vector<Event> result;
+        std::ifstream in(m_log);
+        std::string line;
+        std::getline(in, line);
+        while (std::getline(in, line)) {
+            Event event = parseEvent(line);
+            for (const auto& type : types)
+                if (event.type == type) result.push_back(event);
+        }
+        return result;
+    }
+    // Waits up to five seconds for count events of the types.
+    std::vector<Event> waitFor(size_t count, const std::vector<std::string>& types) const {
+        std::vector<Event> found;
+        for (int i = 0; i < 500; ++i) {
+            found = events(types);
+            if (found.size() >= count) break;
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        return found;
+    }
+
+private:
+    Event ready() const {
+        std::ifstream in(m_log);
+        std::string line;
+        if (std::getline(in, line) && line.rfind("ready", 0) == 0) return parseEvent(line);
+        return {};
+    }
+
+    static inline int s_count = 0;
+    std::filesystem::path m_log;
+    pid_t m_pid = -1;
+    Event m_ready;
+};
+
+}  // namespace tarvoke::desktoptest

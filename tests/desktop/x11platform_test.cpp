@@ -1,0 +1,257 @@
+// The X11 platform on a real X server: what it injects arrives in the test
+// window as it should, what it reads matches the desktop.
+
+#include <QCoreApplication>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include "host/sendkeys.h"
+#include "platform/x11/x11platform.h"
+#include "testwindow.h"
+
+namespace tarvoke::platform::x11 {
+namespace {
+
+using desktoptest::Event;
+using desktoptest::TestWindow;
+
+class X11Test : public testing::Test {
+protected:
+    void SetUp() override {
+        m_x11 = X11Platform::open();
+        ASSERT_NE(m_x11, nullptr) << "no X display";
+        m_platform = m_x11->platform(nullptr);
+    }
+    void TearDown() override {
+        if (m_x11) m_x11->input().releaseAll();
+    }
+
+    // Waits up to a second for the key state to say what is expected.
+    bool keyStateBecomes(uint8_t vk, bool down) {
+        for (int i = 0; i < 100; ++i) {
+            if (m_platform.keys->isDown(vk) == down) return true;
+            m_platform.clock->wait(10);
+        }
+        return false;
+    }
+
+    std::unique_ptr<X11Platform> m_x11;
+    Platform m_platform;
+};
+
+std::vector<std::string> describe(const std::vector<Event>& events, const std::vector<std::string>& keys) {
+    std::vector<std::string> lines;
+    for (const Event& event : events) {
+        std::string line = event.type;
+        for (const auto& key : keys) line += " " + key + "=" + event[key];
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+TEST_F(X11Test, ClicksArriveAtTheCursorInOrder) {
+    TestWindow window;
+    m_platform.input->setCursorPos(window.rootX(true, 30), window.rootY(true, 40));
+    for (uint32_t flags : {kLeftDown, kLeftUp, kRightDown, kRightUp, kMiddleDown, kMiddleUp})
+        m_platform.input->mouseEvent(flags);
+    const auto buttons = window.waitFor(6, {"ButtonPress", "ButtonRelease"});
+    EXPECT_EQ(describe(buttons, {"win", "sent", "button", "x", "y"}),
+              (std::vector<std::string>{"ButtonPress win=child sent=0 button=1 x=30 y=40",
+                                        "ButtonRelease win=child sent=0 button=1 x=30 y=40",
+                                        "ButtonPress win=child sent=0 button=3 x=30 y=40",
+                                        "ButtonRelease win=child sent=0 button=3 x=30 y=40",
+                                        "ButtonPress win=child sent=0 button=2 x=30 y=40",
+                                        "ButtonRelease win=child sent=0 button=2 x=30 y=40"}));
+    EXPECT_EQ(m_platform.input->cursorPos(), (Point{window.rootX(true, 30), window.rootY(true, 40)}));
+}
+
+TEST_F(X11Test, KeysArriveWithTheirKeysyms) {
+    TestWindow window;
+    // 65 is "a" pressed alone; 49 the key of "1"; 190 the physical key of ".".
+    for (uint8_t vk : {65, 49, 190, 13}) {
+        m_platform.input->keyEvent(vk, kKeyPress);
+        m_platform.input->keyEvent(vk, kKeyRelease);
+    }
+    const auto keys = window.waitFor(8, {"KeyPress", "KeyRelease"});
+    EXPECT_EQ(describe(keys, {"sent", "keysym"}),
+              (std::vector<std::string>{"KeyPress sent=0 keysym=0x61", "KeyRelease sent=0 keysym=0x61",
+                                        "KeyPress sent=0 keysym=0x31", "KeyRelease sent=0 keysym=0x31",
+                                        "KeyPress sent=0 keysym=0x2e", "KeyRelease sent=0 keysym=0x2e",
+                                        "KeyPress sent=0 keysym=0xff0d", "KeyRelease sent=0 keysym=0xff0d"}));
+}
+
+TEST_F(X11Test, SendKeysTypesEveryCharacter) {
+    TestWindow window;
+    // Upper case, symbols that need Shift, a modifier group, Enter, and
+    // characters no key of the map carries.
+    const std::string keys = "Ab,!{}}+(cd)~\xC3\xA9\xE2\x82\xAC";
+    const auto strokes = host::parseSendKeys(keys);
+    ASSERT_TRUE(strokes.has_value());
+    m_platform.input->sendKeys(keys, *strokes);
+    const std::vector<std::string> expected = {"0x41", "0x62", "0x2c",   "0x21",  "0x7d",
+                                               "0x43", "0x44", "0xff0d", "0xe9", "0x10020ac"};
+    std::vector<std::string> typed;
+    for (int i = 0; i < 100 && typed.size() < expected.size(); ++i) {
+        typed.clear();
+        for (const Event& event : window.events({"KeyPress"}))
+            if (event["keysym"] != "0xffe1" && event["keysym"] != "0xffe2") typed.push_back(event["keysym"]);
+        m_platform.clock->wait(20);
+    }
+    EXPECT_EQ(typed, expected);
+}
+
+TEST_F(X11Test, MessagesReachTheTargetWhileThePointerStays) {
+    TestWindow window;
+    m_platform.input->setCursorPos(5, 5);
+    const Point before = m_platform.input->cursorPos();
+    const WindowId child = static_cast<WindowId>(window.child());
+    // x in the low half, y in the high half, each signed.
+    m_platform.input->sendMessage(child, 513, 0, (12u << 16) | 20u);
+    m_platform.input->sendMessage(child, 514, 0, (12u << 16) | 0xFFFEu);
+    m_platform.input->sendMessage(child, 256, 65, 0x10001);
+    m_platform.input->sendMessage(child, 257, 65, 0x10001);
+    const auto events = window.waitFor(4, {"ButtonPress", "ButtonRelease", "KeyPress", "KeyRelease"});
+    EXPECT_EQ(describe(events, {"win", "sent", "button", "x", "y", "keysym"}),
+              (std::vector<std::string>{"ButtonPress win=child sent=1 button=1 x=20 y=12 keysym=",
+                                        "ButtonRelease win=child sent=1 button=1 x=-2 y=12 keysym=",
+                                        "KeyPress win=child sent=1 button= x=0 y=0 keysym=0x61",
+                                        "KeyRelease win=child sent=1 button= x=0 y=0 keysym=0x61"}));
+    EXPECT_EQ(m_platform.input->cursorPos(), before);
+}
+
+TEST_F(X11Test, MessagesToAVanishedWindowAreDropped) {
+    WindowId gone = 0;
+    {
+        TestWindow window;
+        gone = static_cast<WindowId>(window.top());
+    }
+    m_platform.clock->wait(100);
+    m_platform.input->sendMessage(gone, 513, 0, 0);
+    EXPECT_EQ(m_platform.windows->className(gone), "");
+    EXPECT_EQ(m_platform.windows->title(gone), "");
+    EXPECT_EQ(m_platform.windows->parent(gone), 0u);
+    EXPECT_EQ(m_platform.windows->findWindowEx(gone, 0, std::nullopt, std::nullopt), 0u);
+}
+
+TEST_F(X11Test, WindowsAreFoundByClassAndTitle) {
+    TestWindow window({"--class", "FindMe", "--title", "Find Me Please", "--child-class", "Inner"});
+    const WindowId top = static_cast<WindowId>(window.top());
+    const WindowId child = static_cast<WindowId>(window.child());
+    Windows& windows = *m_platform.windows;
+    EXPECT_EQ(windows.findWindow(std::string("FindMe"), std::string("Find Me Please")), top);
+    EXPECT_EQ(windows.findWindow(std::string("FindMe"), std::nullopt), top);
+    EXPECT_EQ(windows.findWindow(std::nullopt, std::string("Find Me Please")), top);
+    EXPECT_EQ(windows.findWindow(std::string("findme"), std::nullopt), 0u);
+    EXPECT_EQ(windows.findWindow(std::string("FindMe"), std::string("")), 0u);
+    EXPECT_EQ(windows.findWindowEx(top, 0, std::string("Inner"), std::nullopt), child);
+    EXPECT_EQ(windows.findWindowEx(0, 0, std::string("FindMe"), std::nullopt), top);
+    EXPECT_EQ(windows.findWindowEx(top, child, std::string("Inner"), std::nullopt), 0u);
+    EXPECT_EQ(windows.className(top), "FindMe");
+    EXPECT_EQ(windows.title(top), "Find Me Please");
+    EXPECT_EQ(windows.parent(child), top);
+    EXPECT_EQ(windows.parent(top), 0u);
+    EXPECT_EQ(windows.windowFromPoint({window.rootX(true, 3), window.rootY(true, 3)}), child);
+    EXPECT_EQ(windows.windowFromPoint({window.rootX(false, 3), window.rootY(false, 3)}), top);
+}
+
+TEST_F(X11Test, KeyStateFollowsTheKeysAndKeepsThePressBit) {
+    TestWindow window;
+    m_platform.keys->pressedSinceLastRead(162);
+    m_platform.input->keyEvent(162, kKeyPress);  // left Control
+    ASSERT_TRUE(keyStateBecomes(162, true));
+    EXPECT_TRUE(m_platform.keys->isDown(17)) << "the generic Control follows either side";
+    EXPECT_TRUE(m_platform.keys->pressedSinceLastRead(162));
+    EXPECT_FALSE(m_platform.keys->pressedSinceLastRead(162)) << "the bit is taken by the read";
+    m_platform.input->keyEvent(162, kKeyRelease);
+    EXPECT_TRUE(keyStateBecomes(17, false));
+
+    // Keys and buttons pressed by another client count too.
+    ASSERT_EQ(std::system("xdotool keydown shift"), 0);
+    EXPECT_TRUE(keyStateBecomes(16, true));
+    ASSERT_EQ(std::system("xdotool keyup shift mousedown 3"), 0);
+    EXPECT_TRUE(keyStateBecomes(16, false));
+    EXPECT_TRUE(keyStateBecomes(2, true));
+    ASSERT_EQ(std::system("xdotool mouseup 3"), 0);
+    EXPECT_TRUE(keyStateBecomes(2, false));
+}
+
+TEST_F(X11Test, ReleaseAllLetsGoOfWhatWasPressed) {
+    TestWindow window;
+    m_platform.input->keyEvent(16, kKeyPress);
+    m_platform.input->keyEvent(65, kKeyPress);
+    m_platform.input->mouseEvent(kLeftDown);
+    m_x11->input().releaseAll();
+    EXPECT_TRUE(keyStateBecomes(16, false));
+    EXPECT_TRUE(keyStateBecomes(65, false));
+    EXPECT_TRUE(keyStateBecomes(1, false));
+}
+
+TEST_F(X11Test, WaitsEndAtTheirDeadlineOrWhenCancelled) {
+    Clock& clock = *m_platform.clock;
+    int64_t start = clock.monotonicMs();
+    clock.wait(50);
+    EXPECT_GE(clock.monotonicMs() - start, 50);
+
+    QTimer::singleShot(30, [&] { clock.cancelWaits(); });
+    start = clock.monotonicMs();
+    clock.wait(5000);
+    EXPECT_LT(clock.monotonicMs() - start, 1000);
+
+    // A wait nested in a handler of an outer wait ends on its own deadline
+    // and leaves the outer one running to its own.
+    int64_t innerEnd = 0;
+    QTimer::singleShot(10, [&] {
+        clock.wait(20);
+        innerEnd = clock.monotonicMs();
+    });
+    start = clock.monotonicMs();
+    clock.wait(100);
+    EXPECT_GE(clock.monotonicMs() - start, 100);
+    EXPECT_GE(innerEnd - start, 30);
+    EXPECT_LT(innerEnd - start, 100);
+}
+
+TEST_F(X11Test, StartRunsAProgramAndItsWindowAppears) {
+    m_platform.programs->shellExecute("Open", TARVOKE_TESTWINDOW, "--class Started --title 'Started Window'", 3);
+    WindowId found = 0;
+    for (int i = 0; i < 100 && !found; ++i) {
+        m_platform.clock->wait(50);
+        found = m_platform.windows->findWindow(std::string("Started"), std::string("Started Window"));
+    }
+    ASSERT_NE(found, 0u);
+    // The window is maximized (best effort, applied from the event loop).
+    bool maximized = false;
+    for (int i = 0; i < 100 && !maximized; ++i) {
+        m_platform.clock->wait(20);
+        const std::string state = [&] {
+            std::string command = "xprop -id " + std::to_string(found) + " _NET_WM_STATE";
+            std::string out;
+            if (FILE* pipe = popen(command.c_str(), "r")) {
+                char buffer[512];
+                while (fgets(buffer, sizeof buffer, pipe)) out += buffer;
+                pclose(pipe);
+            }
+            return out;
+        }();
+        maximized = state.find("_NET_WM_STATE_MAXIMIZED_HORZ") != std::string::npos;
+    }
+    EXPECT_TRUE(maximized);
+    std::system(("xdotool windowkill " + std::to_string(found)).c_str());
+}
+
+TEST(SplitWords, SplitsLikeAShellWithoutOne) {
+    EXPECT_EQ(splitWords("  a  'b c'  \"d \\\"e\\\"\" f\\ g $HOME"),
+              (std::vector<std::string>{"a", "b c", "d \"e\"", "f g", "$HOME"}));
+    EXPECT_EQ(splitWords(""), std::vector<std::string>{});
+    EXPECT_EQ(splitWords("''"), std::vector<std::string>{""});
+}
+
+}  // namespace
+}  // namespace tarvoke::platform::x11
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
