@@ -9,6 +9,8 @@
 #include <string>
 
 #include "platform/platform.h"
+#include "screen/colorrange.h"
+#include "screen/imagestore.h"
 
 namespace tarvoke::host {
 
@@ -36,6 +38,10 @@ struct Session {
     // Called for each SetPausePercent of a White Debug mode run, whose window
     // counts them.
     std::function<void()> onWhiteDebugPercent;
+
+    // The screen module: the image store and the colour ranges.
+    screen::ImageStore imageTable;
+    screen::ColorRanges colorRanges;
 };
 
 }  // namespace tarvoke::host

@@ -6,6 +6,7 @@
 #include "platform/input.h"
 #include "platform/keystate.h"
 #include "platform/messagebox.h"
+#include "platform/pictures.h"
 #include "platform/programs.h"
 #include "platform/windows.h"
 
@@ -19,6 +20,7 @@ struct Platform {
     ScreenCapture* screen = nullptr;
     Clock* clock = nullptr;
     MessageBoxes* messages = nullptr;
+    Pictures* pictures = nullptr;
 };
 
 }  // namespace tarvoke::platform

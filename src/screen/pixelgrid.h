@@ -5,6 +5,7 @@
 // between rows. Each pixel is one 32-bit word: blue in byte 0, green in
 // byte 1, red in byte 2, byte 3 unused. An empty grid (0 x 0) is an empty slot.
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 

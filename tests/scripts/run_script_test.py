@@ -9,10 +9,12 @@ A script test carries what it expects in comments of its own:
     SetCursorPos 10 20
     #                                 the exact standard output, line by line
 
-The expectation block starts on the line after "# expect:" and ends before
+The player runs in the script's own folder, so that options can name files
+beside it (--screen-image picture.png). The expectation block starts on the line after "# expect:" and ends before
 the line that holds only "#". Lines may end in blanks that matter.
 """
 import difflib
+import os
 import re
 import subprocess
 import sys
@@ -32,7 +34,8 @@ def main():
     with open(script, encoding="utf-8", errors="surrogateescape") as f:
         text = f.read()
     args, want_status, want_output = expectations(text)
-    run = subprocess.run([player, *args, script], capture_output=True, timeout=60)
+    run = subprocess.run([player, *args, os.path.abspath(script)], capture_output=True, timeout=60,
+                         cwd=os.path.dirname(os.path.abspath(script)))
     output = run.stdout.decode("utf-8", errors="surrogateescape")
     failed = False
     if run.returncode != want_status:

@@ -19,6 +19,7 @@
 #include "host/session.h"
 #include "options.h"
 #include "platform/dryrun/dryrun.h"
+#include "platform/qimage/qimagepictures.h"
 #include "playback/playback.h"
 #include "signals.h"
 
@@ -98,8 +99,19 @@ int main(int argc, char** argv) {
 
     host::Session session;
     platform::dryrun::DryRunPlatform dryRun(printLine, [] { QCoreApplication::processEvents(); });
+    platform::qimage::QImagePictures pictures;
+    dryRun.setPictureFiles(&pictures);
+    if (!options.screenImage.empty()) {
+        screen::PixelGrid picture;
+        if (!pictures.load(options.screenImage, picture))
+            return fail("cannot read the picture '" + options.screenImage + "' given to --screen-image");
+        dryRun.screen().setPicture(std::move(picture));
+    }
+    if (options.screen && options.screenImage.empty())
+        dryRun.screen().setSize({options.screen->first, options.screen->second});
     session.platform = desktop ? desktop->platform() : dryRun.platform();
-    if (options.screen) dryRun.screen().setSize({options.screen->first, options.screen->second});
+    // Picture files are really read and written in a dry run too.
+    if (desktop) session.platform.pictures = &pictures;
     session.sScriptFolder = scriptFolder(options.file);
     session.bIgnorePauses = options.ignorePauses;
     if (options.percent) session.fixedPauseFactor = session.dblPauseFactor = *options.percent / 100.0;

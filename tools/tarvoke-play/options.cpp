@@ -6,7 +6,7 @@ namespace tarvoke::player {
 
 const char* const kUsage =
     "usage: tarvoke-play [--dry-run] [--dump] [--load-only] [--ignore-pauses] [--percent P] [--repeat N]\n"
-    "                    [--screen WxH] FILE.tk | -\n"
+    "                    [--screen WxH] [--screen-image FILE] FILE.tk | -\n"
     "\n"
     "Runs a Tarvoke script.\n"
     "  --dry-run        act on nothing: print one line for every action, wait on a virtual clock\n"
@@ -16,6 +16,7 @@ const char* const kUsage =
     "  --percent P      scale every pause to P percent; SetPausePercent statements are passed over\n"
     "  --repeat N       run the script N times on one load, keeping its variables\n"
     "  --screen WxH     the screen size of a dry run (default 1920x1080)\n"
+    "  --screen-image FILE  in a dry run, every capture returns this picture and the screen has its size\n"
     "  -                read the script from standard input\n"
     "Stop a run with Ctrl+0, Ctrl+C or SIGTERM.\n";
 
@@ -71,6 +72,9 @@ ParseResult parseOptions(const std::vector<std::string>& args) {
         } else if (auto screen = valueOf(args, i, "--screen")) {
             options.screen = screenSize(*screen);
             if (!options.screen) return UsageError{"--screen needs WIDTHxHEIGHT such as 1920x1080, not '" + *screen + "'"};
+        } else if (auto picture = valueOf(args, i, "--screen-image")) {
+            if (picture->empty()) return UsageError{"--screen-image needs a picture file"};
+            options.screenImage = *picture;
         } else if (arg.size() > 1 && arg[0] == '-') {
             return UsageError{"unknown option '" + arg + "'"};
         } else {
@@ -80,6 +84,7 @@ ParseResult parseOptions(const std::vector<std::string>& args) {
         }
     }
     if (!haveFile) return UsageError{"no script given"};
+    if (!options.screenImage.empty() && !options.dryRun) return UsageError{"--screen-image needs --dry-run"};
     return options;
 }
 

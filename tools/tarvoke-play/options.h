@@ -19,6 +19,7 @@ struct Options {
     int repeat = 1;
     // --screen WxH: the size of the dry run's screen.
     std::optional<std::pair<int32_t, int32_t>> screen;
+    std::string screenImage;  // dry run: every capture returns this picture
     std::string file;  // "-" is standard input
 };
 

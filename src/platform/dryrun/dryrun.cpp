@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include "platform/dryrun/dryrunpictures.h"
+
 namespace tarvoke::platform::dryrun {
 
 std::string quoted(std::string_view text) {
@@ -68,8 +70,14 @@ void DryRunPrograms::shellExecute(const std::string& verb, const std::string& fi
 
 bool DryRunScreen::capture(screen::PixelGrid& grid) {
     m_sink("CaptureScreen");
-    grid.resize(m_size.width, m_size.height);
+    if (m_picture.empty()) grid.resize(m_size.width, m_size.height);
+    else grid = m_picture;
     return true;
+}
+
+void DryRunScreen::setPicture(screen::PixelGrid picture) {
+    m_picture = std::move(picture);
+    if (!m_picture.empty()) m_size = {m_picture.width, m_picture.height};
 }
 
 void DryRunClock::yield() {
@@ -87,10 +95,15 @@ void DryRunMessageBoxes::show(uint32_t flags, const std::string& title, const st
 }
 
 DryRunPlatform::DryRunPlatform(LineSink sink, std::function<void()> pump)
-    : m_input(sink), m_windows(sink), m_programs(sink), m_screen(sink), m_clock(sink, std::move(pump)), m_messages(sink) {}
+    : m_input(sink), m_windows(sink), m_programs(sink), m_screen(sink), m_clock(sink, std::move(pump)), m_messages(sink),
+      m_pictures(std::make_unique<DryRunPictures>(sink)) {}
+
+DryRunPlatform::~DryRunPlatform() = default;
+
+void DryRunPlatform::setPictureFiles(Pictures* files) { m_pictures->setFiles(files); }
 
 Platform DryRunPlatform::platform() {
-    return {&m_input, &m_keys, &m_windows, &m_programs, &m_screen, &m_clock, &m_messages};
+    return {&m_input, &m_keys, &m_windows, &m_programs, &m_screen, &m_clock, &m_messages, m_pictures.get()};
 }
 
 }  // namespace tarvoke::platform::dryrun

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -70,10 +71,13 @@ public:
     Size screenSize() override { return m_size; }
     bool capture(screen::PixelGrid& grid) override;
     void setSize(Size size) { m_size = size; }
+    // Every capture returns this picture, and the screen takes its size.
+    void setPicture(screen::PixelGrid picture);
 
 private:
     LineSink m_sink;
     Size m_size;
+    screen::PixelGrid m_picture;
 };
 
 class DryRunClock : public Clock {
@@ -102,11 +106,16 @@ private:
 };
 
 // All roles together, printing to one sink.
+class DryRunPictures;
+
 class DryRunPlatform {
 public:
     DryRunPlatform(LineSink sink, std::function<void()> pump);
+    ~DryRunPlatform();
     Platform platform();
     DryRunScreen& screen() { return m_screen; }
+    // Picture files are really read and written through files.
+    void setPictureFiles(Pictures* files);
 
 private:
     DryRunInput m_input;
@@ -116,6 +125,7 @@ private:
     DryRunScreen m_screen;
     DryRunClock m_clock;
     DryRunMessageBoxes m_messages;
+    std::unique_ptr<DryRunPictures> m_pictures;
 };
 
 }  // namespace tarvoke::platform::dryrun

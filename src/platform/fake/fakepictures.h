@@ -1,0 +1,33 @@
+#pragma once
+// Picture files for logic tests: kept in memory by path, so that tests can
+// put pictures where scripts look for them and read back what they saved.
+
+#include <map>
+#include <string>
+
+#include "platform/pictures.h"
+
+namespace tarvoke::platform::fake {
+
+class FakePictures : public Pictures {
+public:
+    bool load(const std::string& path, screen::PixelGrid& grid) override {
+        const auto found = files.find(path);
+        if (found == files.end()) {
+            grid = {};
+            return false;
+        }
+        grid = found->second;
+        return true;
+    }
+    bool save(const std::string& path, const screen::PixelGrid& grid) override {
+        if (grid.empty() || unwritable.count(path)) return false;
+        files[path] = grid;
+        return true;
+    }
+
+    std::map<std::string, screen::PixelGrid> files;
+    std::map<std::string, bool> unwritable;
+};
+
+}  // namespace tarvoke::platform::fake

@@ -1,0 +1,38 @@
+#include "platform/qimage/qimagepictures.h"
+
+#include <QImage>
+#include <QImageReader>
+#include <QByteArray>
+#include <QFile>
+#include <QString>
+#include <cstring>
+
+#include "screen/bmpwriter.h"
+
+namespace tarvoke::platform::qimage {
+
+bool QImagePictures::load(const std::string& path, screen::PixelGrid& grid) {
+    grid = {};
+    // Paths are byte strings; QFile::decodeName gives them back unchanged to the file system.
+    QImageReader reader(QFile::decodeName(QByteArray::fromStdString(path)));
+    reader.setAutoTransform(false);
+    QImage image = reader.read();
+    if (image.isNull()) return false;
+    // RGB32 stores 0xffRRGGBB words: blue in byte 0, as the grid wants.
+    image = image.convertToFormat(QImage::Format_RGB32);
+    if (image.isNull()) return false;
+    grid.resize(image.width(), image.height());
+    for (int y = 0; y < image.height(); ++y) {
+        const auto* in = reinterpret_cast<const uint32_t*>(image.constScanLine(y));
+        uint32_t* out = grid.row(y);
+        for (int x = 0; x < image.width(); ++x) out[x] = in[x] & 0x00FFFFFFu;
+    }
+    return true;
+}
+
+bool QImagePictures::save(const std::string& path, const screen::PixelGrid& grid) {
+    m_lastError.clear();
+    return screen::saveBmpFile(path, grid, m_lastError);
+}
+
+}  // namespace tarvoke::platform::qimage

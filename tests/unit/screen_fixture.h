@@ -1,0 +1,56 @@
+#pragma once
+// An engine on the fake platform with picture files in memory, and grids
+// built by the test.
+
+#include <string>
+
+#include "engine_fixture.h"
+#include "platform/dryrun/dryrunpictures.h"
+#include "platform/fake/fakepictures.h"
+#include "screen/pixelgrid.h"
+
+namespace tarvoke::test {
+
+// A grid of one colour.
+inline screen::PixelGrid filledGrid(int32_t width, int32_t height, uint32_t pixel) {
+    screen::PixelGrid grid;
+    grid.resize(width, height);
+    for (auto& p : grid.pixels) p = pixel;
+    return grid;
+}
+
+inline uint32_t grey(uint8_t level) { return screen::makePixel(level, level, level); }
+
+class ScreenTest : public EngineTest {
+protected:
+    ScreenTest() : dryRunPictures(sink()), screen(sink()) {
+        dryRunPictures.setFiles(&files);
+        session.platform.pictures = &dryRunPictures;
+        session.platform.screen = &screen;
+        session.sScriptFolder = "/scripts/";
+    }
+
+    // Puts grid into slot index, as a load of a picture would.
+    void putImage(int index, const screen::PixelGrid& grid) {
+        files.files["/pictures/" + std::to_string(index)] = grid;
+        session.sScriptFolder = "/pictures/";
+        run("Function(Main);\nLoadImage(" + std::to_string(index) + ", " + std::to_string(index) +
+            ");\nEndFunction();");
+        session.sScriptFolder = "/scripts/";
+        fake.transcript.clear();
+    }
+    // Runs the statements as the body of Main.
+    void runBody(const std::string& body) { run("Function(Main);\n" + body + "\nEndFunction();"); }
+    const screen::PixelGrid* slot(int index) const { return session.imageTable.image(index); }
+
+    platform::fake::FakePictures files;
+    platform::dryrun::DryRunPictures dryRunPictures;
+    platform::dryrun::DryRunScreen screen;
+
+private:
+    platform::dryrun::LineSink sink() {
+        return [this](std::string_view line) { fake.transcript.emplace_back(line); };
+    }
+};
+
+}  // namespace tarvoke::test

@@ -1,0 +1,166 @@
+// Image matching: the filter and verification windows, the reference pixel
+// (1,1), the walk past the sub-image's edge, the find modes.
+
+#include <random>
+
+#include "screen/imagematch.h"
+#include "screen_fixture.h"
+
+namespace tarvoke::test {
+namespace {
+
+using screen::makePixel;
+using screen::PixelGrid;
+
+// A grey-ish pixel whose colour bytes add up to sum.
+uint32_t withSum(int sum) {
+    const int r = std::min(sum, 255), g = std::min(sum - r, 255), b = sum - r - g;
+    return makePixel(static_cast<uint8_t>(r), static_cast<uint8_t>(g), static_cast<uint8_t>(b));
+}
+
+class MatchTest : public ScreenTest {
+protected:
+    std::string answerOf(const std::string& statement) {
+        runBody(statement);
+        return valueOf("r");
+    }
+    std::pair<int, int> last() const { return {session.intLastX, session.intLastY}; }
+};
+
+TEST_F(MatchTest, PointCommandsCompareOnePixelWithSubImagePixel11) {
+    PixelGrid sub = filledGrid(2, 2, makePixel(1, 2, 3));
+    sub.at(1, 1) = grey(128);  // brightness 50, sum 384
+    putImage(1, sub);
+    PixelGrid image = filledGrid(4, 1, 0);
+    image.at(0, 0) = withSum(391);  // 50.9
+    image.at(1, 0) = withSum(393);  // 51.2: passes the filter, fails verification
+    image.at(2, 0) = grey(128);
+    image.at(3, 0) = withSum(385);
+    putImage(0, image);
+    const struct {
+        const char* statement;
+        const char* answer;
+    } cases[] = {
+        {"IsImage(r, 0, 1, 0, 0);", "True"},
+        {"IsImage(r, 0, 1, 1, 0);", "False"},
+        {"IsImageEx(r, 0, 1, 1, 0, 1);", "True"},
+        {"IsImageEx(r, 0, 1, 2, 0, -1);", "True"},   // equal brightness only
+        {"IsImageEx(r, 0, 1, 3, 0, -1);", "False"},
+        {"IsImageEx(r, 0, 1, 2, 0, -2);", "False"},  // the verification window is empty
+        {"IsImageEx(r, 0, 1, 2, 0, abc);", "True"},  // a tolerance that is no number is 0
+        {"IsImage(r, 0, 1, x, 0);", "True"},          // a coordinate that is no number
+        {"IsImage(r, 0, nothing, 2, 0);", "False"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(answerOf(c.statement), c.answer) << c.statement;
+}
+
+TEST_F(MatchTest, RedMatchesGreenOfEqualBrightness) {
+    putImage(1, filledGrid(2, 2, makePixel(255, 0, 0)));
+    putImage(0, filledGrid(3, 3, makePixel(0, 255, 0)));
+    EXPECT_EQ(answerOf("IsImage(r, 0, 1, 1, 1);"), "True");
+}
+
+TEST_F(MatchTest, RowZeroAndColumnZeroOfTheSubImageTakeNoPart) {
+    PixelGrid image = filledGrid(6, 6, grey(40));
+    PixelGrid sub = filledGrid(3, 3, grey(40));
+    for (int i = 0; i < 3; ++i) sub.at(i, 0) = sub.at(0, i) = grey(250);
+    putImage(0, image);
+    putImage(1, sub);
+    EXPECT_EQ(answerOf("IsImageInArea(r, 0, 1, 2, 2, 3, 3);"), "True");
+}
+
+TEST_F(MatchTest, TheSameSlotMatchesItselfAtOneOne) {
+    PixelGrid image;
+    image.resize(9, 7);
+    for (int32_t y = 0; y < 7; ++y)
+        for (int32_t x = 0; x < 9; ++x) image.at(x, y) = withSum((x * 53 + y * 97) % 766);
+    putImage(4, image);
+    EXPECT_EQ(answerOf("IsImageInArea(r, 4, 4, 1, 1, 8, 6);"), "True");
+    EXPECT_EQ(last(), std::make_pair(1, 1));
+}
+
+TEST_F(MatchTest, EmptyAreasAndUnchangedFindsAfterAFailure) {
+    putImage(0, filledGrid(4, 4, grey(10)));
+    putImage(1, filledGrid(2, 2, grey(200)));
+    session.intLastX = 7, session.intLastY = 8;
+    EXPECT_EQ(answerOf("IsImageInArea(r, 0, 1, 3, 0, 0, 3);"), "False");
+    EXPECT_EQ(answerOf("IsImageInArea(r, 0, 1, 0, 0, 2, 2);"), "False");
+    EXPECT_EQ(last(), std::make_pair(7, 8));
+}
+
+TEST_F(MatchTest, FindModesDecideWhichMatchIsNoted) {
+    // Two bright 2 x 2 patches in a dark image; the sub-image is one patch
+    // with the dark surplus to its right and below (3 x 3 with (1,1) bright).
+    PixelGrid image = filledGrid(8, 4, grey(0));
+    for (int x : {1, 5}) image.at(x, 1) = grey(200);
+    PixelGrid sub = filledGrid(3, 3, grey(0));
+    sub.at(1, 1) = grey(200);
+    putImage(0, image);
+    putImage(1, sub);
+    // The walk runs to (x2, y2) = (6, 2): the sub-image covers it only from
+    // candidates whose walk stays within two columns and rows.
+    EXPECT_EQ(answerOf("IsImageInArea(r, 0, 1, 0, 0, 6, 2);"), "True");
+    EXPECT_EQ(last(), std::make_pair(5, 1));  // the first candidate passing the filter fails its walk
+    session.bFirstFind = false;
+    EXPECT_EQ(answerOf("IsImageInArea(r, 0, 1, 0, 0, 7, 3);"), "True");
+    EXPECT_EQ(last(), std::make_pair(5, 1));
+}
+
+TEST_F(MatchTest, RandomModeAnswersWhatTheLastFilteredCandidateGave) {
+    // A match at (1,1), then a later candidate that passes the filter and fails.
+    PixelGrid image = filledGrid(6, 3, grey(0));
+    image.at(1, 1) = grey(100);
+    image.at(4, 2) = withSum(300 + 12);  // filter window is +-3 points, verification +-1
+    PixelGrid sub = filledGrid(2, 2, grey(0));
+    sub.at(1, 1) = grey(100);
+    putImage(0, image);
+    putImage(1, sub);
+    session.bFirstFind = false;
+    EXPECT_EQ(answerOf("IsImageInArea(r, 0, 1, 1, 1, 1, 1);"), "True");
+    EXPECT_EQ(answerOf("IsImageInArea(r, 0, 1, 0, 0, 5, 2);"), "False");
+    EXPECT_EQ(last(), std::make_pair(1, 1));
+}
+
+TEST_F(MatchTest, EmptySlotsReadBlack) {
+    putImage(0, filledGrid(3, 3, 0));
+    EXPECT_EQ(answerOf("IsImage(r, 0, 9, 1, 1);"), "True");      // the empty sub-image has reference 0
+    EXPECT_EQ(answerOf("IsImage(r, 8, 9, 1, 1);"), "True");      // both empty
+    putImage(2, filledGrid(1, 1, grey(255)));                    // no pixel (1,1): black reference
+    EXPECT_EQ(answerOf("IsImage(r, 0, 2, 1, 1);"), "True");
+}
+
+// The fast matcher must give what the plain reading of the rule gives, for
+// every tolerance sign, both modes, areas inside, across and outside the image.
+TEST(ImageMatch, EqualsThePlainRuleOnRandomPictures) {
+    std::mt19937 random(11);
+    auto plane = [&](int w, int h, int levels) {
+        screen::SumPlane p;
+        p.width = w, p.height = h;
+        p.sums.resize(static_cast<size_t>(w) * h);
+        const int base = static_cast<int>(random() % 500);
+        for (auto& s : p.sums) s = static_cast<uint16_t>(base + random() % levels);
+        return p;
+    };
+    const double tolerances[] = {0, 1, 2.5, -1, -2, 10};
+    int matches = 0;
+    for (int trial = 0; trial < 3000; ++trial) {
+        const int levels = 1 + static_cast<int>(random() % 40);
+        const screen::SumPlane image = plane(3 + random() % 30, 3 + random() % 12, levels);
+        const screen::SumPlane sub = plane(1 + random() % 6, 1 + random() % 6, levels);
+        const auto coordinate = [&](int size) { return static_cast<int32_t>(random() % (size + 4)) - 2; };
+        screen::Area area{coordinate(image.width), coordinate(image.height), coordinate(image.width),
+                          coordinate(image.height)};
+        if (trial % 2) area = {0, 0, image.width - 1, image.height - 1};
+        const double t = tolerances[trial % 6];
+        const bool firstFind = trial % 3 != 0;
+        const auto fast = screen::findImage(&image, &sub, t, area, firstFind);
+        const auto plain = screen::findImagePlainly(&image, &sub, t, area, firstFind);
+        ASSERT_EQ(fast.found, plain.found) << trial;
+        ASSERT_EQ(fast.match, plain.match) << trial;
+        matches += plain.match.has_value();
+    }
+    EXPECT_GT(matches, 100);  // the cases are not all misses
+}
+
+}  // namespace
+}  // namespace tarvoke::test

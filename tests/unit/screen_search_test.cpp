@@ -1,0 +1,234 @@
+// Colour ranges, the searches for them, and the saturation tests, through
+// the script commands that scripts use.
+
+#include <random>
+
+#include "screen/colorsearch.h"
+#include "screen/saturation.h"
+#include "screen_fixture.h"
+
+namespace tarvoke::test {
+namespace {
+
+using screen::makePixel;
+using screen::PixelGrid;
+
+const uint32_t kOrange = makePixel(200, 100, 50);
+
+class SearchTest : public ScreenTest {
+protected:
+    // 10 x 8 of grey 128 with orange at (6, 2) and (3, 5).
+    void SetUp() override {
+        PixelGrid grid = filledGrid(10, 8, grey(128));
+        grid.at(6, 2) = kOrange;
+        grid.at(3, 5) = kOrange;
+        putImage(0, grid);
+        runBody("CreateColorRange(colorrange4, 200, 50, 100, 200, 50, 100);");
+    }
+    std::pair<int, int> last() const { return {session.intLastX, session.intLastY}; }
+};
+
+TEST_F(SearchTest, CreateColorRangeStoresRedBlueGreen) {
+    runBody("CreateColorRange(colorrange0, 10, 20, 30, 40, 50, 60);\nCreateColorRange(colorrange12, 1, 2, 3, 4, 5, 6);");
+    const auto& r = session.colorRanges;
+    EXPECT_EQ(r.colorRangeMin[0], (screen::ColorBound{10, 20, 30}));
+    EXPECT_EQ(r.colorRangeMax[0], (screen::ColorBound{40, 50, 60}));
+    EXPECT_EQ(r.colorRangeMin[1], (screen::ColorBound{1, 2, 3}));
+}
+
+TEST_F(SearchTest, CreateColorRangeWithABadPartStoresNothing) {
+    runBody("CreateColorRange(colorrange4, 1, 2, 3, 4, 5, x);\nCreateColorRange(colorrange4, 1, 2, 3, 4, 5, 40000);\n"
+            "CreateColorRange(colorrange, 1, 2, 3, 4, 5, 6);\nCreateColorRange(colorrange0, 1, 2, 3, 4, 5);");
+    EXPECT_EQ(session.colorRanges.colorRangeMin[4], (screen::ColorBound{200, 50, 100}));
+    EXPECT_EQ(session.colorRanges.colorRangeMin[0], (screen::ColorBound{}));
+}
+
+TEST_F(SearchTest, MoveMouseGoesToTheFirstFindInReadingOrder) {
+    const struct {
+        const char* statement;
+        std::vector<std::string> transcript;
+        std::pair<int, int> last;
+    } cases[] = {
+        {"MoveMouseToColorRange(imagesave0, colorrange4);", {"SetCursorPos 6 2"}, {6, 2}},
+        {"MoveMouseToColorRangeEx(0, colorrange4, 0, 3, 9, 7);", {"SetCursorPos 3 5"}, {3, 5}},
+        {"MoveMouseToColorRangeEx(0, colorrange4, 6, 2, 6, 2);", {"SetCursorPos 6 2"}, {6, 2}},
+        {"MoveMouseToColorRangeEx(0, colorrange4, 7, 0, 2, 7);", {}, {0, 0}},        // x2 < x1
+        {"MoveMouseToColorRangeEx(0, colorrange4, -5, -5, 100, 100);", {"SetCursorPos 6 2"}, {6, 2}},
+        {"MoveMouseToColorRangeEx(0, colorrange4, 0, 0, 9, x);", {}, {0, 0}},        // no number
+        {"MoveMouseToColorRange(imagesave1, colorrange4);", {}, {0, 0}},             // empty slot
+        {"MoveMouseToColorRange(nothing, colorrange4);", {}, {0, 0}},
+        // A range name that cannot be read is range 0, which holds black only.
+        {"MoveMouseToColorRange(0, colorrange);", {}, {0, 0}},
+        // The centre of a 10 x 8 screen is (5, 4).
+        {"MoveMouseToColorRangeFromCenterScreen(0, colorrange4, -2, 1, 4, 3);", {"SetCursorPos 3 5"}, {3, 5}},
+        {"MoveMouseToColorRangeFromCenterScreen(0, colorrange4, 0, 0, 4, 3);", {}, {0, 0}},
+    };
+    for (const auto& c : cases) {
+        session.intLastX = session.intLastY = 0;
+        screen.setSize({10, 8});
+        fake.transcript.clear();
+        runBody(c.statement);
+        EXPECT_EQ(fake.transcript, c.transcript) << c.statement;
+        EXPECT_EQ(last(), c.last) << c.statement;
+    }
+}
+
+TEST_F(SearchTest, FindModesDoNotChangeMoveMouse) {
+    session.bFirstFind = false;
+    runBody("MoveMouseToColorRange(0, colorrange4);");
+    EXPECT_EQ(last(), std::make_pair(6, 2));
+}
+
+TEST_F(SearchTest, IsPixelAnswersAndNotesTheFind) {
+    const struct {
+        const char* statements;
+        bool firstFind;
+        const char* answer;
+        std::pair<int, int> last;
+    } cases[] = {
+        {"IsPixel(r, 0, 6, 2, colorrange4);", true, "True", {6, 2}},
+        {"IsPixel(r, 0, 5, 2, colorrange4);", true, "False", {-1, -1}},
+        {"IsPixelIn(r, 0, 0, 0, 9, 7, colorrange4);", true, "True", {6, 2}},
+        {"IsPixelIn(r, 0, 0, 0, 9, 7, colorrange4);", false, "True", {3, 5}},
+        {"IsPixelIn(r, 0, 0, 6, 9, 7, colorrange4);", false, "False", {-1, -1}},
+        // Outside the image nothing is in range, not even black.
+        {"IsPixel(r, 0, 20, 20, colorrange7);", true, "False", {-1, -1}},
+        {"IsPixel(r, 5, 0, 0, colorrange7);", true, "False", {-1, -1}},
+        // A coordinate that cannot be converted skips the test: true.
+        {"IsPixel(r, imagesave0, abc, 5, colorrange0);", true, "True", {-1, -1}},
+        {"IsPixelIn(r, 0, 0, 0, 9, 70000, colorrange4);", true, "True", {-1, -1}},
+        {"IsPixel(r, noimage, 6, 2, colorrange4);", true, "False", {-1, -1}},
+    };
+    for (const auto& c : cases) {
+        session.intLastX = session.intLastY = -1;
+        session.bFirstFind = c.firstFind;
+        runBody(c.statements);
+        EXPECT_EQ(valueOf("r"), c.answer) << c.statements;
+        EXPECT_EQ(last(), c.last) << c.statements;
+    }
+}
+
+TEST_F(SearchTest, NumericVariablesReceiveZeroForTrue) {
+    runBody("Int(i, 7);\nDouble(d, 7);\nIsPixel(i, 0, 6, 2, colorrange4);\nIsPixel(d, 0, 0, 0, colorrange4);");
+    EXPECT_EQ(valueOf("i"), "0");
+    EXPECT_EQ(valueOf("d"), "1");
+}
+
+TEST(ColorSearch, VectorScanFindsEveryPositionAndRespectsTheBox) {
+    // Finds at every offset of a 16-pixel chunk and in the tail, for areas
+    // with and without whole rows; the answer must equal a plain scan.
+    std::mt19937 random(7);
+    PixelGrid grid = filledGrid(37, 9, makePixel(10, 20, 30));
+    screen::ByteBox box{100, 100, 20, 25, 30, 30};
+    for (int trial = 0; trial < 400; ++trial) {
+        PixelGrid g = grid;
+        const int hits = trial % 3;
+        for (int h = 0; h < hits; ++h)
+            g.at(random() % 37, random() % 9) = makePixel(100, static_cast<uint8_t>(20 + random() % 6), 30);
+        g.at(random() % 37, random() % 9) = makePixel(100, 26, 30);  // just outside green
+        const screen::Area area = trial % 2 ? screen::wholeImage(g)
+                                            : screen::Area{int32_t(random() % 10), int32_t(random() % 4),
+                                                           int32_t(20 + random() % 20), int32_t(5 + random() % 6)};
+        std::optional<screen::Position> plain;
+        for (int32_t y = std::max(area.y1, 0); !plain && y <= std::min(area.y2, 8); ++y)
+            for (int32_t x = std::max(area.x1, 0); !plain && x <= std::min(area.x2, 36); ++x)
+                if (screen::inBox(box, g.at(x, y))) plain = screen::Position{x, y};
+        EXPECT_EQ(screen::findFirstInRange(g, box, area), plain) << trial;
+    }
+}
+
+TEST(ColorBox, BoundsBeyondBytesAndReversedBounds) {
+    EXPECT_TRUE(screen::inBox(screen::byteBoxOf({-5, -5, -5}, {300, 300, 300}), makePixel(255, 0, 7)));
+    EXPECT_FALSE(screen::byteBoxOf({10, 0, 0}, {5, 255, 255}).possible);
+    EXPECT_TRUE(screen::inBox(screen::byteBoxOf({}, {}), 0));
+    EXPECT_FALSE(screen::inBox(screen::byteBoxOf({}, {}), makePixel(0, 0, 1)));
+}
+
+TEST(Saturation, BrightnessFigures) {
+    const struct {
+        uint32_t pixel;
+        double saturation;
+    } cases[] = {{grey(128), 50.0}, {makePixel(200, 100, 50), 45.572916666666664}, {grey(255), 99.609375}, {0, 0.0}};
+    for (const auto& c : cases) {
+        const PixelGrid g = filledGrid(1, 1, c.pixel);
+        EXPECT_DOUBLE_EQ(screen::saturationOf(&g, {0, 0, 0, 0}), c.saturation);
+    }
+    PixelGrid two = filledGrid(2, 1, 0);
+    two.at(1, 0) = grey(128);
+    EXPECT_EQ(screen::saturationOf(&two, {0, 0, 1, 0}), 25.0);
+}
+
+TEST(Saturation, PositionsOutsideCopyThePixelReadLast) {
+    PixelGrid g = filledGrid(2, 2, 0);
+    g.at(1, 0) = grey(255);  // read last in row 0
+    g.at(1, 1) = grey(128);
+    const struct {
+        screen::Area area;
+        double sum;  // of red + green + blue over the area
+        int count;
+    } cases[] = {
+        {{0, 0, 3, 0}, 765.0 * 3, 4},          // right of row 0: copies of white
+        {{-2, 1, 1, 1}, 384, 4},                // left of row 1 before any read: black
+        {{-1, 0, 1, 1}, 765.0 * 2 + 384, 6},   // left of row 1 copies the end of row 0
+        {{0, 0, 1, 2}, 765.0 + 384 + 384 * 2, 6},  // the row below copies (1, 1)
+        {{5, 5, 6, 6}, 0, 4},
+    };
+    for (const auto& c : cases)
+        EXPECT_DOUBLE_EQ(screen::saturationOf(&g, c.area), c.sum / 3.0 / c.count / 256.0 * 100.0);
+    EXPECT_EQ(screen::saturationOf(nullptr, {0, 0, 5, 5}), 0.0);
+    EXPECT_EQ(screen::saturationOf(&g, {1, 0, 0, 1}), 0.0);  // x2 < x1
+}
+
+class SaturationTest : public ScreenTest {
+protected:
+    void SetUp() override {
+        PixelGrid grid = filledGrid(3, 1, grey(128));
+        grid.at(1, 0) = makePixel(200, 100, 50);
+        grid.at(2, 0) = 0;
+        putImage(0, grid);
+    }
+};
+
+TEST_F(SaturationTest, TestsAnswerAndNoteTheFirstCorner) {
+    const struct {
+        const char* statement;
+        const char* answer;
+        std::pair<int, int> last;
+    } cases[] = {
+        {"IsSaturation(r, 0, 0, 0, 50);", "True", {0, 0}},
+        {"IsSaturation(r, 0, 0, 0, -50);", "True", {0, 0}},
+        {"IsSaturation(r, 0, 0, 0, 49.9);", "False", {-1, -1}},
+        {"IsSaturationEx(r, 0, 0, 0, 45, 5);", "True", {0, 0}},
+        {"IsSaturationEx(r, 0, 0, 0, 45, -5);", "True", {0, 0}},
+        {"IsSaturationEx(r, 0, 0, 0, 45, 4.9);", "False", {-1, -1}},
+        {"IsSaturationEx(r, 0, 1, 0, 45, 0.6);", "True", {1, 0}},
+        {"IsSaturationInArea(r, 0, 0, 0, 2, 0, x);", "False", {-1, -1}},
+        {"IsSaturationInAreaEx(r, 0, 1, 0, 2, 0, 22.8, 0.1);", "True", {1, 0}},
+        {"IsSaturation(r, 0, q, 0, 50);", "True", {-1, -1}},
+        {"IsSaturation(r, nothing, 0, 0, 50);", "False", {-1, -1}},
+    };
+    for (const auto& c : cases) {
+        session.intLastX = session.intLastY = -1;
+        runBody(c.statement);
+        EXPECT_EQ(valueOf("r"), c.answer) << c.statement;
+        EXPECT_EQ(std::make_pair(int(session.intLastX), int(session.intLastY)), c.last) << c.statement;
+    }
+}
+
+TEST_F(SaturationTest, GetSaturationAnswersInTheVariablesType) {
+    runBody("Int(i, 3);\nDouble(d, 3);\nGetSaturation(t, 0, 1, 0);\nGetSaturation(i, 0, 1, 0);\n"
+            "GetSaturationIn(d, 0, 0, 0, 2, 0);\nGetSaturation(e, nothing, 0, 0);");
+    EXPECT_EQ(valueOf("t"), "45.5729166666667");
+    EXPECT_EQ(valueOf("i"), "46");
+    EXPECT_EQ(valueOf("d"), "31.8576388888889");
+    EXPECT_EQ(valueOf("e"), "0");
+}
+
+TEST_F(SaturationTest, GetSaturationWithABadCoordinateKeepsTheVariable) {
+    runBody("Double(d, 3);\nGetSaturation(d, imagesave0, abc, 5);\nGetSaturation(n, 0, abc, 5);");
+    EXPECT_EQ(valueOf("d"), "3");
+    EXPECT_EQ(valueOf("n"), "n");  // a new text variable holding what GetVariable gave
+}
+
+}  // namespace
+}  // namespace tarvoke::test

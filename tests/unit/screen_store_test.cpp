@@ -1,0 +1,176 @@
+// The image store: how scripts name slots, and what capture, load and save
+// leave behind when they succeed and when they fail.
+
+#include <QImage>
+#include <QTemporaryDir>
+#include <filesystem>
+#include <fstream>
+
+#include "platform/qimage/qimagepictures.h"
+#include "screen/bmpwriter.h"
+#include "screen/imagename.h"
+#include "screen_fixture.h"
+
+namespace tarvoke::test {
+namespace {
+
+using screen::imageIndex;
+using screen::makePixel;
+using screen::PixelGrid;
+
+TEST(ImageName, FollowsTheRemovalAndNumberRule) {
+    const struct {
+        const char* name;
+        std::optional<int16_t> index;
+    } cases[] = {
+        {"imagesave7", 7},      {"7", 7},           {"imagesave7.5", 8},   {"imagesave6.5", 6},
+        {"imagesave50", 50},    {"imagesave51", 51}, {"imagesaveimagesave3", 3},
+        {"ImageSave7", std::nullopt}, {"imagesave", std::nullopt}, {"", std::nullopt},
+        {"imagesave99999", std::nullopt}, {"picture", std::nullopt}, {"imagesave-1", -1},
+    };
+    for (const auto& c : cases) EXPECT_EQ(imageIndex(c.name), c.index) << c.name;
+}
+
+TEST(RangeName, ReadsTheEleventhCharacterOnly) {
+    const struct {
+        const char* name;
+        std::optional<int> index;
+    } cases[] = {{"colorrange0", 0}, {"colorrange9", 9}, {"colorrange10", 1}, {"colorrange12", 1},
+                 {"abcdefghij5", 5}, {"colorrange", std::nullopt}, {"colorrangex", std::nullopt}};
+    for (const auto& c : cases) EXPECT_EQ(screen::rangeIndex(c.name), c.index) << c.name;
+}
+
+class StoreTest : public ScreenTest {};
+
+TEST_F(StoreTest, CaptureFillsTheNamedSlotWithTheScreen) {
+    screen.setPicture(filledGrid(4, 3, grey(9)));
+    runBody("CaptureScreen(imagesave7);\nCaptureScreen(50);\nCaptureScreen(imagesave51);\nCaptureScreen(\"ImageSave2\");");
+    ASSERT_NE(slot(7), nullptr);
+    EXPECT_EQ(slot(7)->width, 4);
+    EXPECT_EQ(slot(7)->pixels, filledGrid(4, 3, grey(9)).pixels);
+    EXPECT_NE(slot(50), nullptr);
+    EXPECT_EQ(slot(2), nullptr);
+    // The out-of-store capture is still made; the text that is no name is not.
+    EXPECT_EQ(fake.transcript, (std::vector<std::string>{"CaptureScreen", "CaptureScreen", "CaptureScreen"}));
+}
+
+TEST_F(StoreTest, SstempFillsTheRecordersCaptureAndNoSlot) {
+    screen.setPicture(filledGrid(2, 2, grey(1)));
+    runBody("CaptureScreen(sstemp);");
+    EXPECT_EQ(session.imageTable.tempCapture().width, 2);
+    for (int i = 0; i < screen::ImageStore::kSlotCount; ++i) EXPECT_EQ(slot(i), nullptr);
+}
+
+TEST_F(StoreTest, LoadResolvesAgainstTheScriptFolder) {
+    files.files["/scripts/pic.bmp"] = filledGrid(3, 2, grey(5));
+    files.files["/scripts/sub/pic.bmp"] = filledGrid(1, 1, grey(6));
+    runBody("LoadImage(1, pic.bmp);\nLoadImage(2, \"\\pic.bmp\");\nLoadImage(3, \"sub\\pic.bmp\");\nLoadImage(4, /pic.bmp);");
+    for (int i : {1, 2, 4}) ASSERT_NE(slot(i), nullptr) << i;
+    EXPECT_EQ(slot(3)->pixels, filledGrid(1, 1, grey(6)).pixels);
+    EXPECT_EQ(fake.transcript[2], "LoadPicture \"/scripts/sub/pic.bmp\"");
+}
+
+TEST_F(StoreTest, FailedLoadEmptiesTheSlot) {
+    putImage(5, filledGrid(2, 2, grey(3)));
+    runBody("LoadImage(5, missing.png);\nLoadImage(imagesave, missing.png);");
+    EXPECT_EQ(slot(5), nullptr);
+    EXPECT_EQ(fake.transcript, (std::vector<std::string>{"LoadPicture \"/scripts/missing.png\""}));
+}
+
+TEST_F(StoreTest, SaveWritesTheSlotWithItsPathUnresolved) {
+    putImage(5, filledGrid(2, 2, grey(3)));
+    runBody("SaveImage(5, \"out\\a.bmp\");");
+    ASSERT_TRUE(files.files.count("out/a.bmp"));
+    EXPECT_EQ(files.files["out/a.bmp"].pixels, filledGrid(2, 2, grey(3)).pixels);
+}
+
+TEST_F(StoreTest, SaveOfAnEmptySlotWritesTheLastPictureThatPassedThrough) {
+    screen.setPicture(filledGrid(2, 1, grey(77)));
+    runBody("CaptureScreen(60);\nSaveImage(9, a.bmp);\nSaveImage(60, b.bmp);");
+    EXPECT_EQ(files.files["a.bmp"].pixels, filledGrid(2, 1, grey(77)).pixels);
+    EXPECT_EQ(files.files["b.bmp"].pixels, filledGrid(2, 1, grey(77)).pixels);
+
+    // A failed load clears the work surface: nothing is left to write.
+    files.files.clear();
+    runBody("LoadImage(1, missing.png);\nSaveImage(9, c.bmp);");
+    EXPECT_FALSE(files.files.count("c.bmp"));
+    EXPECT_EQ(fake.transcript.back(), "SavePicture \"c.bmp\"");
+}
+
+TEST_F(StoreTest, RecaptureReusesTheSlotsBufferAndForgetsItsSums) {
+    screen.setPicture(filledGrid(3, 3, grey(10)));
+    runBody("CaptureScreen(1);");
+    const uint32_t* before = slot(1)->pixels.data();
+    EXPECT_EQ(session.imageTable.sums(1)->sums[0], 30);
+    screen.setPicture(filledGrid(3, 3, grey(20)));
+    runBody("CaptureScreen(1);");
+    EXPECT_EQ(slot(1)->pixels.data(), before);
+    EXPECT_EQ(session.imageTable.sums(1)->sums[0], 60);
+}
+
+// Pictures on disk, through QImage and our bitmap writer.
+class PictureFiles : public ::testing::Test {
+protected:
+    static PixelGrid pattern() {
+        PixelGrid grid;
+        grid.resize(7, 5);  // 7 * 3 bytes: rows need padding in a bitmap
+        for (int32_t y = 0; y < grid.height; ++y)
+            for (int32_t x = 0; x < grid.width; ++x)
+                grid.at(x, y) = makePixel(static_cast<uint8_t>(x * 36), static_cast<uint8_t>(y * 60),
+                                          static_cast<uint8_t>(255 - x * y));
+        return grid;
+    }
+    std::string path(const char* name) const { return m_dir.filePath(name).toStdString(); }
+
+    QTemporaryDir m_dir;
+    platform::qimage::QImagePictures m_pictures;
+};
+
+TEST_F(PictureFiles, BitmapReadsBackPixelForPixelRightSideUp) {
+    ASSERT_TRUE(m_pictures.save(path("a.png"), pattern()));  // a bitmap, whatever the extension
+    std::ifstream in(path("a.png"), std::ios::binary);
+    char magic[2] = {};
+    in.read(magic, 2);
+    EXPECT_EQ(std::string(magic, 2), "BM");
+    PixelGrid back;
+    ASSERT_TRUE(m_pictures.load(path("a.png"), back));
+    EXPECT_EQ(back.width, 7);
+    EXPECT_EQ(back.height, 5);
+    EXPECT_EQ(back.pixels, pattern().pixels);
+}
+
+TEST_F(PictureFiles, PngReadsPixelForPixel) {
+    // A PNG written by Qt itself, read back through the picture files.
+    const PixelGrid grid = pattern();
+    QImage image(grid.width, grid.height, QImage::Format_RGB32);
+    for (int32_t y = 0; y < grid.height; ++y)
+        for (int32_t x = 0; x < grid.width; ++x) image.setPixel(x, y, grid.at(x, y) | 0xFF000000u);
+    ASSERT_TRUE(image.save(QString::fromStdString(path("b.png")), "PNG"));
+    PixelGrid back;
+    ASSERT_TRUE(m_pictures.load(path("b.png"), back));
+    EXPECT_EQ(back.pixels, grid.pixels);
+}
+
+TEST_F(PictureFiles, UnreadableFilesFail) {
+    std::ofstream(path("junk.png")) << "not a picture";
+    PixelGrid back = pattern();
+    EXPECT_FALSE(m_pictures.load(path("junk.png"), back));
+    EXPECT_TRUE(back.empty());
+    EXPECT_FALSE(m_pictures.load(path("missing.bmp"), back));
+}
+
+TEST_F(PictureFiles, FailedSaveLeavesTheExistingFileAsItWas) {
+    std::ofstream(path("keep.bmp")) << "old";
+    EXPECT_FALSE(m_pictures.save(path("keep.bmp"), PixelGrid{}));
+    EXPECT_FALSE(m_pictures.save(path("nofolder/x.bmp"), pattern()));
+    std::ifstream in(path("keep.bmp"));
+    std::string text;
+    in >> text;
+    EXPECT_EQ(text, "old");
+    // Nothing is left beside it.
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(m_dir.path().toStdString()),
+                            std::filesystem::directory_iterator{}), 1);
+}
+
+}  // namespace
+}  // namespace tarvoke::test
