@@ -3,18 +3,20 @@
 
 #include "platform/capture.h"
 #include "platform/x11/connection.h"
+#include "platform/x11/xshmcapture.h"
 
 namespace tarvoke::platform::x11 {
 
 class X11Screen : public ScreenCapture {
 public:
-    explicit X11Screen(Connection& connection) : m_x(connection) {}
+    explicit X11Screen(Connection& connection) : m_x(connection), m_shm(connection) {}
     Size screenSize() override;
-    // A plain XGetImage of the root window.
+    // The root window through shared memory, else a plain XGetImage.
     bool capture(screen::PixelGrid& grid) override;
 
 private:
     Connection& m_x;
+    XShmCapture m_shm;
 };
 
 }  // namespace tarvoke::platform::x11
