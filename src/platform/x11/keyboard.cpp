@@ -3,8 +3,14 @@
 #include <X11/Xutil.h>
 
 #include <algorithm>
+#include <thread>
 
 namespace tarvoke::platform::x11 {
+namespace {
+
+constexpr std::chrono::milliseconds kLookupGrace{200};
+
+}  // namespace
 
 Keyboard::Keyboard(Connection& connection) : m_x(connection) {
     XDisplayKeycodes(m_x.display(), &m_min, &m_max);
@@ -19,6 +25,10 @@ Keyboard::Keyboard(Connection& connection) : m_x(connection) {
 
 Keyboard::~Keyboard() {
     if (m_bound.empty()) return;
+    // Clients look a keysym up when they handle the key event, which can be
+    // a moment after we sent it: give them that moment before the spare
+    // keycodes carry nothing again.
+    std::this_thread::sleep_until(m_lastBinding + kLookupGrace);
     std::vector<KeySym> none(static_cast<size_t>(m_perKeycode), NoSymbol);
     for (KeyCode code : m_bound) XChangeKeyboardMapping(m_x.display(), code, m_perKeycode, none.data(), 1);
     XSync(m_x.display(), False);
@@ -106,6 +116,7 @@ void Keyboard::bindSpares(const std::vector<KeySym>& keysyms) {
         std::copy(row.begin(), row.end(), m_map.begin() + offset);
         m_codesOf.erase(keysym);
         m_bound.push_back(code);
+        m_lastBinding = std::chrono::steady_clock::now();
         ++m_ownChanges;
         changed = true;
     }

@@ -6,6 +6,7 @@
 
 #include "platform/x11/connection.h"
 
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <unordered_map>
@@ -46,6 +47,7 @@ private:
     std::vector<KeyCode> m_spares;          // keycodes that carry nothing in the server's map
     std::vector<KeyCode> m_bound;           // spares in use, least recently bound first
     std::map<KeyCode, int> m_held;
+    std::chrono::steady_clock::time_point m_lastBinding;
     int m_ownChanges = 0;                   // mapping notices that our own bindings will cause
     std::unordered_map<KeySym, std::vector<KeyCode>> m_codesOf;  // cache of keycodesOf, cleared with the map
 };

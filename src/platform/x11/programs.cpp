@@ -101,8 +101,14 @@ long spawnDetached(const std::vector<std::string>& argv) {
         ::setsid();
         const pid_t program = ::fork();
         if (program == 0) {
-            const int null = ::open("/dev/null", O_RDONLY);
-            if (null >= 0) ::dup2(null, 0);
+            // Detached also from our output: a program that outlives the
+            // run must not hold a pipe that someone reads to its end.
+            const int null = ::open("/dev/null", O_RDWR);
+            if (null >= 0) {
+                ::dup2(null, 0);
+                ::dup2(null, 1);
+                ::dup2(null, 2);
+            }
             ::execv(args[0], args.data());
             ::_exit(127);
         }

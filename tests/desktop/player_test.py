@@ -1,0 +1,184 @@
+"""tarvoke-play on the desktop: scripts act on the test window through the X
+server, and a run stops on Ctrl+0, SIGINT and SIGTERM with no key left down."""
+
+import os
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+from testwindow import TestWindow
+
+PLAY = os.environ["TARVOKE_PLAY"]
+
+
+def xdotool(*args):
+    return subprocess.run(["xdotool"] + [str(a) for a in args], check=True, capture_output=True, text=True).stdout
+
+
+def pointer():
+    out = xdotool("getmouselocation", "--shell")
+    fields = dict(line.split("=") for line in out.split())
+    return int(fields["X"]), int(fields["Y"])
+
+
+class Script:
+    """A script in a file of its own, played by tarvoke-play."""
+
+    def __init__(self, text):
+        self.folder = tempfile.TemporaryDirectory(prefix="tarvoke-play-")
+        self.path = os.path.join(self.folder.name, "script.tk")
+        with open(self.path, "w") as out:
+            out.write("Function(Main);\n" + text + "\nEndFunction();\n")
+
+    def run(self, timeout=20):
+        return subprocess.run([PLAY, self.path], capture_output=True, text=True, timeout=timeout,
+                              env=dict(os.environ, TARVOKE_SETTINGS_DIR=self.folder.name))
+
+    def start(self):
+        return subprocess.Popen([PLAY, self.path], stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+                                env=dict(os.environ, TARVOKE_SETTINGS_DIR=self.folder.name))
+
+
+def describe(events, *keys):
+    return [" ".join([e["type"]] + ["%s=%s" % (k, e.get(k, "")) for k in keys]) for e in events]
+
+
+class ActingOnTheDesktop(unittest.TestCase):
+    def test_clicks_and_keys_arrive_in_order(self):
+        with TestWindow() as window:
+            x, y = window.point("child", 25, 35)
+            result = Script("MoveMouse(%d, %d);\nLeftClick();\nRightDown();\nRightUp();\n"
+                            "KeyDown(65);\nKeyUp(65);\nKeyDown(190);\nKeyUp(190);\nMiddleClick();" % (x, y)).run()
+            self.assertEqual(result.returncode, 0, result.stderr)
+            # The window manager holds clicks back for a moment (it grabs
+            # them to raise windows), so keys may overtake them: the order
+            # is checked among the buttons and among the keys.
+            buttons = window.wait_for(6, "ButtonPress", "ButtonRelease")
+            keys = window.wait_for(4, "KeyPress", "KeyRelease")
+        self.assertEqual(describe(buttons, "win", "sent", "button", "x", "y"), [
+            "ButtonPress win=child sent=0 button=1 x=25 y=35",
+            "ButtonRelease win=child sent=0 button=1 x=25 y=35",
+            "ButtonPress win=child sent=0 button=3 x=25 y=35",
+            "ButtonRelease win=child sent=0 button=3 x=25 y=35",
+            "ButtonPress win=child sent=0 button=2 x=25 y=35",
+            "ButtonRelease win=child sent=0 button=2 x=25 y=35",
+        ])
+        # Keys go to the focused window's child under the pointer.
+        self.assertEqual(describe(keys, "win", "sent", "keysym"), [
+            "KeyPress win=child sent=0 keysym=0x61", "KeyRelease win=child sent=0 keysym=0x61",
+            "KeyPress win=child sent=0 keysym=0x2e", "KeyRelease win=child sent=0 keysym=0x2e",
+        ])
+
+    def test_sendkeys_types_character_for_character(self):
+        with TestWindow() as window:
+            result = Script('SendKeys("Hi You! 9{+}\u00e9\u20ac~");').run()
+            self.assertEqual(result.returncode, 0, result.stderr)
+            expected = ["0x48", "0x69", "0x20", "0x59", "0x6f", "0x75", "0x21", "0x20", "0x39", "0x2b",
+                        "0xe9", "0x10020ac", "0xff0d"]
+            deadline = time.monotonic() + 5
+            while True:
+                typed = [e["keysym"] for e in window.events("KeyPress") if e["keysym"] not in ("0xffe1", "0xffe2")]
+                if len(typed) >= len(expected) or time.monotonic() > deadline:
+                    break
+                time.sleep(0.02)
+        self.assertEqual(typed, expected)
+
+    def test_ex_commands_reach_the_selected_window_by_sent_events(self):
+        with TestWindow("--class", "Target", "--title", "Target Window", "--child-class", "TargetChild") as window:
+            xdotool("mousemove", 3, 3)
+            # At 15 twips a pixel, 300 and 150 arrive as 20 and 10.
+            result = Script('SelectWindow("Target", "Target Window");\nLeftDownEx(300, 150);\nLeftUpEx(300, 150);\n'
+                            'KeyDown(66);\nKeyUp(66);\nSelectSubWindow("TargetChild");\nRightDownEx(45, 30);\n'
+                            'RightUpEx(45, 30);\nDeselectWindow();\nMoveMouse(7, 8);').run()
+            self.assertEqual(result.returncode, 0, result.stderr)
+            events = window.wait_for(6, "ButtonPress", "ButtonRelease", "KeyPress", "KeyRelease")
+            self.assertEqual(pointer(), (7, 8), "the pointer moves only with MoveMouse")
+        self.assertEqual(describe(events, "win", "sent", "button", "x", "y", "keysym"), [
+            "ButtonPress win=top sent=1 button=1 x=20 y=10 keysym=",
+            "ButtonRelease win=top sent=1 button=1 x=20 y=10 keysym=",
+            "KeyPress win=top sent=1 button= x=0 y=0 keysym=0x62",
+            "KeyRelease win=top sent=1 button= x=0 y=0 keysym=0x62",
+            "ButtonPress win=child sent=1 button=3 x=3 y=2 keysym=",
+            "ButtonRelease win=child sent=1 button=3 x=3 y=2 keysym=",
+        ])
+
+    def test_start_runs_a_program_whose_window_appears(self):
+        testwindow = os.environ["TARVOKE_TESTWINDOW"]
+        result = Script('StartEx("%s", "--class Launched --title \'Launched Window\'", normal);' % testwindow).run()
+        self.assertEqual(result.returncode, 0, result.stderr)
+        found = []
+        deadline = time.monotonic() + 5
+        while not found and time.monotonic() < deadline:
+            found = subprocess.run(["xdotool", "search", "--class", "Launched"], capture_output=True,
+                                   text=True).stdout.split()
+            time.sleep(0.05)
+        self.assertTrue(found)
+        for window in found:
+            subprocess.run(["xdotool", "windowkill", window])
+
+
+class StoppingARun(unittest.TestCase):
+    LOOP = "KeyDown(160);\nLeftDown();\nWhile(1 = 1);\nEndWhile();"
+    PAUSE = "KeyDown(160);\nLeftDown();\nPause(60000);"
+
+    def stop_within_a_second(self, body, stop, status):
+        with TestWindow() as window:
+            xdotool("mousemove", *window.point("top", 10, 10))
+            script = Script(body)  # kept: its folder goes with it
+            process = script.start()
+            # The run is under way once its Shift press has arrived.
+            self.assertTrue(window.wait_for(1, "KeyPress"), "the run did not start")
+            started = time.monotonic()
+            stop(process)
+            _, errors = process.communicate(timeout=5)
+            self.assertLess(time.monotonic() - started, 1.5)
+            self.assertEqual(process.returncode, status, errors)
+            deadline = time.monotonic() + 5
+            released = []
+            while time.monotonic() < deadline and "0xffe1" not in [e["keysym"] for e in released]:
+                released = window.events("KeyRelease")
+                time.sleep(0.02)
+            buttons = window.wait_for(2, "ButtonPress", "ButtonRelease")
+        self.assertIn("0xffe1", [e["keysym"] for e in released], "the Shift the run pressed is released")
+        self.assertEqual([e["type"] for e in buttons], ["ButtonPress", "ButtonRelease"])
+
+    def ctrl_zero(self, process):
+        xdotool("keydown", "ctrl", "keydown", "0", "sleep", "0.06", "keyup", "0", "keyup", "ctrl")
+
+    def test_ctrl_zero_stops_a_loop(self):
+        self.stop_within_a_second(self.LOOP, self.ctrl_zero, 0)
+
+    def test_ctrl_zero_stops_a_pause(self):
+        self.stop_within_a_second(self.PAUSE, self.ctrl_zero, 0)
+
+    def test_sigint_stops_a_loop(self):
+        self.stop_within_a_second(self.LOOP, lambda p: p.send_signal(signal.SIGINT), 130)
+
+    def test_sigint_stops_a_pause(self):
+        self.stop_within_a_second(self.PAUSE, lambda p: p.send_signal(signal.SIGINT), 130)
+
+    def test_sigterm_stops_a_pause(self):
+        self.stop_within_a_second(self.PAUSE, lambda p: p.send_signal(signal.SIGTERM), 143)
+
+
+class WithoutADisplay(unittest.TestCase):
+    def test_acting_needs_a_display(self):
+        env = {k: v for k, v in os.environ.items() if k != "DISPLAY"}
+        result = subprocess.run([PLAY, "-"], input="Function(Main);\nEndFunction();\n", capture_output=True,
+                                text=True, env=env, timeout=10)
+        self.assertEqual(result.returncode, 2)
+        self.assertIn("DISPLAY is not set", result.stderr)
+
+    def test_a_wayland_session_is_told_once(self):
+        env = dict(os.environ, WAYLAND_DISPLAY="wayland-test")
+        result = subprocess.run([PLAY, "-"], input="Function(Main);\nEndFunction();\n", capture_output=True,
+                                text=True, env=env, timeout=10)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertEqual(result.stderr.count("acts on X11 windows only"), 1)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])
