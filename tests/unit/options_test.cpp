@@ -42,3 +42,24 @@ TEST(PlayerOptions, RejectsBadUsage) {
 
 }  // namespace
 }  // namespace tarvoke::player
+
+namespace tarvoke::player {
+namespace {
+
+TEST(PlayerOptions, RecordTakesAFileAndItsOwnSwitches) {
+    const auto result = parse({"--record", "out.tk", "--force", "--no-mouse-move", "--no-extended-clicks"});
+    ASSERT_TRUE(std::holds_alternative<Options>(result));
+    const auto& options = std::get<Options>(result);
+    EXPECT_EQ(options.record, "out.tk");
+    EXPECT_TRUE(options.force);
+    EXPECT_FALSE(options.mouseMove);
+    EXPECT_FALSE(options.extendedClicks);
+    const std::vector<std::vector<std::string>> bad = {
+        {"--record"}, {"--record", "out.tk", "play.tk"}, {"--record", "out.tk", "--dry-run"}, {"--force", "x.tk"},
+        {"--no-mouse-move", "x.tk"},
+    };
+    for (const auto& args : bad) EXPECT_TRUE(std::holds_alternative<UsageError>(parse(args))) << args.size();
+}
+
+}  // namespace
+}  // namespace tarvoke::player

@@ -21,6 +21,7 @@
 #include "platform/dryrun/dryrun.h"
 #include "platform/qimage/qimagepictures.h"
 #include "playback/playback.h"
+#include "record.h"
 #include "signals.h"
 
 namespace {
@@ -80,11 +81,16 @@ int main(int argc, char** argv) {
         return fail(error->message + " (see tarvoke-play --help)");
     const auto& options = std::get<player::Options>(parsed);
 
-    auto script = readScript(options.file);
-    if (script.index() == 1) return fail(std::get<1>(script));
+    std::variant<std::string, std::string> script;
+    if (options.record) {
+        if (const std::string problem = player::recordingProblem(options); !problem.empty()) return fail(problem);
+    } else {
+        script = readScript(options.file);
+        if (script.index() == 1) return fail(std::get<1>(script));
+    }
 
-    // The desktop is needed to act; a dry run and a load need none.
-    const bool onDesktop = !options.dryRun && !options.loadOnly;
+    // The desktop is needed to act and to record; a dry run and a load need none.
+    const bool onDesktop = options.record || (!options.dryRun && !options.loadOnly);
     if (onDesktop) {
         if (const std::string problem = player::desktopProblem(); !problem.empty()) return fail(problem);
         if (const std::string notice = player::waylandNotice(); !notice.empty())
@@ -116,12 +122,22 @@ int main(int argc, char** argv) {
     session.bIgnorePauses = options.ignorePauses;
     if (options.percent) session.fixedPauseFactor = session.dblPauseFactor = *options.percent / 100.0;
 
+    int status = 0;
+    if (options.record) {
+        player::CommandLineRecorder recorder(options, session);
+        player::StopSignals stopSignals([&](int number) {
+            status = 128 + number;
+            recorder.stop();
+        });
+        desktop->pollHotkeys([&] { recorder.stop(); });
+        return recorder.run() ? status : 1;
+    }
+
     engine::SC engine(session);
     host::HostCommands commands;
     engine.setExternalCommands(&commands);
     playback::Playback playback(engine, session);
 
-    int status = 0;
     player::StopSignals stopSignals([&](int number) {
         status = 128 + number;
         playback.stop();

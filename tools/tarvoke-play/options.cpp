@@ -7,8 +7,9 @@ namespace tarvoke::player {
 const char* const kUsage =
     "usage: tarvoke-play [--dry-run] [--dump] [--load-only] [--ignore-pauses] [--percent P] [--repeat N]\n"
     "                    [--screen WxH] [--screen-image FILE] FILE.tk | -\n"
+    "       tarvoke-play --record FILE.tk [--force] [--no-mouse-move] [--no-extended-clicks]\n"
     "\n"
-    "Runs a Tarvoke script.\n"
+    "Runs a Tarvoke script, or records one.\n"
     "  --dry-run        act on nothing: print one line for every action, wait on a virtual clock\n"
     "  --dump           print the engine's dump (statements, functions, variables) after the last run\n"
     "  --load-only      load the script and run nothing (with --dump: print the dump of the load)\n"
@@ -18,7 +19,11 @@ const char* const kUsage =
     "  --screen WxH     the screen size of a dry run (default 1920x1080)\n"
     "  --screen-image FILE  in a dry run, every capture returns this picture and the screen has its size\n"
     "  -                read the script from standard input\n"
-    "Stop a run with Ctrl+0, Ctrl+C or SIGTERM.\n";
+    "  --record FILE    record the mouse and the keyboard into a new script FILE; Ctrl+0 ends it\n"
+    "  --force          with --record: overwrite FILE if it exists\n"
+    "  --no-mouse-move  with --record: leave out the mouse moves\n"
+    "  --no-extended-clicks  with --record: record clicks without their positions\n"
+    "Stop a run or a recording with Ctrl+0, Ctrl+C or SIGTERM.\n";
 
 namespace {
 
@@ -75,6 +80,15 @@ ParseResult parseOptions(const std::vector<std::string>& args) {
         } else if (auto picture = valueOf(args, i, "--screen-image")) {
             if (picture->empty()) return UsageError{"--screen-image needs a picture file"};
             options.screenImage = *picture;
+        } else if (auto record = valueOf(args, i, "--record")) {
+            if (record->empty()) return UsageError{"--record needs the file to write the recording to"};
+            options.record = *record;
+        } else if (arg == "--force") {
+            options.force = true;
+        } else if (arg == "--no-mouse-move") {
+            options.mouseMove = false;
+        } else if (arg == "--no-extended-clicks") {
+            options.extendedClicks = false;
         } else if (arg.size() > 1 && arg[0] == '-') {
             return UsageError{"unknown option '" + arg + "'"};
         } else {
@@ -83,6 +97,13 @@ ParseResult parseOptions(const std::vector<std::string>& args) {
             haveFile = true;
         }
     }
+    if (options.record) {
+        if (haveFile) return UsageError{"--record writes a new script; it plays none, so leave out '" + options.file + "'"};
+        if (options.dryRun || options.loadOnly) return UsageError{"--record records from the desktop: no --dry-run or --load-only"};
+        return options;
+    }
+    if (options.force || !options.mouseMove || !options.extendedClicks)
+        return UsageError{"--force, --no-mouse-move and --no-extended-clicks go with --record"};
     if (!haveFile) return UsageError{"no script given"};
     if (!options.screenImage.empty() && !options.dryRun) return UsageError{"--screen-image needs --dry-run"};
     return options;

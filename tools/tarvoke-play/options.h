@@ -21,6 +21,12 @@ struct Options {
     std::optional<std::pair<int32_t, int32_t>> screen;
     std::string screenImage;  // dry run: every capture returns this picture
     std::string file;  // "-" is standard input
+
+    // --record FILE: record input into FILE instead of playing a script.
+    std::optional<std::string> record;
+    bool force = false;  // overwrite an existing recording
+    bool mouseMove = true;
+    bool extendedClicks = true;
 };
 
 struct ShowHelp {};

@@ -1,0 +1,117 @@
+#include "record.h"
+
+#include <QTimer>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <stdio.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "host/timing.h"
+#include "recorder/recording.h"
+#include "recorder/sampler.h"
+#include "recorder/windowselection.h"
+
+namespace tarvoke::player {
+namespace {
+
+constexpr int kSampleIntervalMs = 1;
+constexpr int kSecondMs = 1000;
+
+std::string folderOf(const std::string& file) {
+    const std::filesystem::path parent = std::filesystem::path(file).parent_path();
+    return parent.empty() ? "." : parent.string();
+}
+
+// Writes text to a new file beside the target, then renames it into place;
+// without overwrite, an existing target is never replaced.
+std::string writeBesideAndRename(const std::string& target, const std::string& text, bool overwrite) {
+    std::string temporary = folderOf(target) + "/.tarvoke-record-XXXXXX";
+    const int fd = ::mkstemp(temporary.data());
+    if (fd < 0) return std::strerror(errno);
+    ::fchmod(fd, 0644);
+    const bool written = ::write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size()) && ::fsync(fd) == 0;
+    const int writeError = errno;
+    ::close(fd);
+    if (!written) {
+        ::unlink(temporary.c_str());
+        return std::strerror(writeError);
+    }
+    const int renamed = overwrite ? ::rename(temporary.c_str(), target.c_str())
+                                  : ::renameat2(AT_FDCWD, temporary.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE);
+    if (renamed != 0) {
+        const int renameError = errno;
+        ::unlink(temporary.c_str());
+        return renameError == EEXIST ? "it exists now (use --force to overwrite it)" : std::strerror(renameError);
+    }
+    return {};
+}
+
+}  // namespace
+
+std::string recordingProblem(const Options& options) {
+    const std::string& file = *options.record;
+    std::error_code error;
+    if (std::filesystem::is_directory(file, error)) return "cannot record into '" + file + "': it is a folder";
+    if (std::filesystem::exists(file, error) && !options.force)
+        return "'" + file + "' exists; use --force to record over it";
+    if (!std::filesystem::is_directory(folderOf(file), error))
+        return "cannot record into '" + file + "': the folder '" + folderOf(file) + "' is not there";
+    return {};
+}
+
+CommandLineRecorder::CommandLineRecorder(const Options& options, host::Session& session)
+    : m_options(options), m_session(session) {
+    m_clocks.startEventClock = [this] { host::StartEventClock(m_session); };
+    m_clocks.readEventClock = [this] { return host::ReadEventClock(m_session); };
+    m_clocks.startRunClock = [this] { host::StartRunClock(m_session); };
+    m_clocks.readRunClock = [this] { return host::ReadRunClock(m_session); };
+}
+
+bool CommandLineRecorder::run() {
+    platform::Platform& platform = m_session.platform;
+    recorder::SamplerHooks hooks;
+    hooks.windowSelection = [&platform] { return recorder::GetWindowSelection(*platform.windows, *platform.input); };
+    hooks.captureTemp = [this, &platform] { platform.screen->capture(m_tempCapture); };
+    hooks.tempPixel = [this](platform::Point point) {
+        const bool inside = point.x >= 0 && point.y >= 0 && point.x < m_tempCapture.width && point.y < m_tempCapture.height;
+        return inside ? m_tempCapture.at(point.x, point.y) : 0u;
+    };
+    recorder::Sampler sampler(m_state, m_form, recorder::Form::Basic, *platform.keys, *platform.input, m_clocks,
+                              std::move(hooks));
+
+    m_state.bMouseMove = m_options.mouseMove;
+    m_state.bExtendedClicks = m_options.extendedClicks;
+    recorder::startRecording(m_state, m_form, *platform.keys, *platform.input, m_clocks);
+    QTimer seconds, samples;
+    QObject::connect(&seconds, &QTimer::timeout, [this] { recorder::countSecond(m_state, m_clocks); });
+    QObject::connect(&samples, &QTimer::timeout, [&sampler] { sampler.tick(); });
+    seconds.start(kSecondMs);
+    samples.setTimerType(Qt::PreciseTimer);
+    samples.start(kSampleIntervalMs);
+    std::fprintf(stderr, "tarvoke-play: recording into '%s'; press Ctrl+0 to stop\n", m_options.record->c_str());
+    m_loop.exec();
+    samples.stop();
+    seconds.stop();
+    return write(recorder::closeRecording(m_state, m_clocks));
+}
+
+// Nothing recorded is lost: a script that cannot be written goes to
+// standard output instead.
+bool CommandLineRecorder::write(const std::string& script) const {
+    const std::string error = writeBesideAndRename(*m_options.record, script, m_options.force);
+    if (error.empty()) {
+        std::fprintf(stderr, "tarvoke-play: recorded into '%s'\n", m_options.record->c_str());
+        return true;
+    }
+    std::fprintf(stderr, "tarvoke-play: cannot write '%s': %s; the recording follows on standard output\n",
+                 m_options.record->c_str(), error.c_str());
+    std::fwrite(script.data(), 1, script.size(), stdout);
+    std::fputc('\n', stdout);
+    return false;
+}
+
+}  // namespace tarvoke::player

@@ -1,0 +1,38 @@
+#pragma once
+// tarvoke-play --record: the recorder driven from the command line.
+
+#include <QEventLoop>
+#include <string>
+
+#include "host/session.h"
+#include "options.h"
+#include "recorder/recorderstate.h"
+#include "screen/pixelgrid.h"
+
+namespace tarvoke::player {
+
+// Empty when a recording into the file may start, else the one line that
+// says why not (an existing file without --force, a folder that is not there).
+std::string recordingProblem(const Options& options);
+
+class CommandLineRecorder {
+public:
+    CommandLineRecorder(const Options& options, host::Session& session);
+    // Records until stop(), then writes the finished script; false when it
+    // could not be written (the script then goes to standard output).
+    bool run();
+    void stop() { m_loop.quit(); }
+
+private:
+    bool write(const std::string& script) const;
+
+    const Options& m_options;
+    host::Session& m_session;
+    recorder::RecorderState m_state;
+    recorder::FormState m_form;
+    recorder::Stopwatches m_clocks;
+    screen::PixelGrid m_tempCapture;
+    QEventLoop m_loop;
+};
+
+}  // namespace tarvoke::player
