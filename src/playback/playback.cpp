@@ -20,4 +20,57 @@ void Playback::stop() {
     if (m_session.platform.clock) m_session.platform.clock->cancelWaits();
 }
 
+bool Playback::resumeIfPending() {
+    if (!m_bResumePending) return false;
+    if (m_view) m_view->setPlayTimer(true);
+    m_bResumePending = false;
+    return true;
+}
+
+void Playback::start(std::string& sScriptText, bool clearTargetWindow) {
+    ++m_generation;
+    m_engine.SetExecuteType(0);
+    m_engine.Initialize(sScriptText);
+    if (clearTargetWindow) m_session.hTargetWindow = 0;
+    if (m_view) m_view->hideForRun();
+    if (m_view) m_view->setPlayTimer(true);
+}
+
+void Playback::setPlayTarget(int32_t target) {
+    m_lngPlayTarget = target;
+    m_lngPlayCount = 0;
+    m_session.bRepeat = true;
+}
+
+void Playback::tick() {
+    if (m_inTick) return;
+    m_inTick = true;
+    const uint64_t generation = m_generation;
+    m_engine.Execute();
+    m_inTick = false;
+    // A start inside the run has replaced it; the new run begins at the next tick.
+    if (generation != m_generation) return;
+    if (!m_session.bRepeat) {
+        stopPlay();
+    } else if (m_view && m_view->playXSelected()) {
+        ++m_lngPlayCount;
+        if (m_lngPlayCount >= m_lngPlayTarget) stopPlay();
+    }
+}
+
+void Playback::stopPlay() {
+    stop();
+    if (!m_view) return;
+    m_view->setPlayTimer(false);
+    m_view->afterStop();
+    m_view->showAfterRun();
+}
+
+void Playback::pauseScript() {
+    if (m_view) m_view->setPlayTimer(false);
+    m_engine.PauseExecution();
+    if (m_session.platform.clock) m_session.platform.clock->cancelWaits();
+    m_bResumePending = true;
+}
+
 }  // namespace tarvoke::playback

@@ -1,0 +1,52 @@
+#include "app/dialogs.h"
+
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QProcess>
+#include <QStringList>
+
+namespace tarvoke::app {
+
+QString qtFilter(const QString& filter) {
+    const QStringList parts = filter.split('|');
+    QStringList entries;
+    for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
+        const QString pattern = parts[i + 1] == "*.*" ? QStringLiteral("*") : parts[i + 1];
+        entries << parts[i] + " (" + QString(pattern).replace(';', ' ') + ")";
+    }
+    return entries.join(";;");
+}
+
+void QtDialogs::tell(const QString& title, const QString& text, Icon icon) {
+    QMessageBox box(icon == Icon::Stop          ? QMessageBox::Critical
+                    : icon == Icon::Information ? QMessageBox::Information
+                                                : QMessageBox::NoIcon,
+                    title, text, QMessageBox::Ok);
+    box.exec();
+}
+
+bool QtDialogs::askYesNo(const QString& title, const QString& text) {
+    QMessageBox box(QMessageBox::Question, title, text, QMessageBox::Yes | QMessageBox::No);
+    return box.exec() == QMessageBox::Yes;
+}
+
+QString QtDialogs::openFileName(const QString& title, const QString& filter, const QString& defaultExtension) {
+    QFileDialog dialog(nullptr, title, QString(), qtFilter(filter));
+    dialog.setAcceptMode(QFileDialog::AcceptOpen);
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    dialog.setDefaultSuffix(defaultExtension);
+    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
+}
+
+QString QtDialogs::saveFileName(const QString& title, const QString& filter, const QString& defaultExtension) {
+    QFileDialog dialog(nullptr, title, QString(), qtFilter(filter));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    // No question before overwriting: saving over the old script is the point.
+    dialog.setOption(QFileDialog::DontConfirmOverwrite);
+    dialog.setDefaultSuffix(defaultExtension);
+    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
+}
+
+void QtDialogs::openDocument(const QString& path) { QProcess::startDetached("xdg-open", {path}); }
+
+}  // namespace tarvoke::app

@@ -1,0 +1,59 @@
+#pragma once
+// Basic Mode: buttons to record, play, open and save, with no script shown.
+
+#include <QWidget>
+#include <memory>
+
+#include "app/playtimers.h"
+
+class QCheckBox;
+class QLineEdit;
+class QPushButton;
+class QRadioButton;
+class QButtonGroup;
+
+namespace tarvoke::app {
+
+class App;
+
+class FrmBasic : public QWidget {
+public:
+    explicit FrmBasic(App& app);
+
+    PlayTimers& timers() { return *m_timers; }
+
+    QPushButton *cmdRecord, *cmdSave, *cmdOpen, *cmdAdvanced, *cmdCorrectTime, *cmdPlay;
+    QRadioButton *optPlayOnce, *optRepeat, *optPlayX;
+    QLineEdit* txtPlayX;
+    QCheckBox *chkMM, *chkEx;
+    QPushButton *cmdAbout, *cmdReadme;
+
+    void cmdPlay_Click();
+    void StopScript();
+    void cmdOpen_Click();
+    void SaveScript();
+    void cmdAdvanced_Click();
+    void optPlayOnce_Click();
+    void optRepeat_Click();
+    void optPlayX_Click();
+
+    // The hidden txtLog: the script.
+    const QString& text() const { return m_txtLog; }
+    void setText(const QString& text) { m_txtLog = text; }
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    QWidget* buildMainFrame();
+    QWidget* buildPlayFrame();
+    QWidget* buildRecordFrame();
+    QWidget* buildHelpFrame();
+
+    App& m_app;
+    QString m_txtLog;
+    QButtonGroup* m_playOptions = nullptr;
+    std::unique_ptr<PlayTimers> m_timers;
+};
+
+}  // namespace tarvoke::app

@@ -1,0 +1,46 @@
+#include "app/frmchoice.h"
+
+#include <QLabel>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QVBoxLayout>
+
+#include "app/app.h"
+#include "app/frmbasic.h"
+#include "app/frmmain.h"
+
+namespace tarvoke::app {
+
+FrmChoice::FrmChoice(App& app) : m_app(app) {
+    setWindowTitle("Tarvoke");
+    auto* lblChoice = new QLabel("Choose one of the following:");
+    optBasic = new QRadioButton("Start Tarvoke in Basic Mode");
+    optAdvanced = new QRadioButton("Start Tarvoke in Advanced Mode");
+    optBasic->setChecked(true);
+    cmdOK = new QPushButton("OK");
+    cmdOK->setDefault(true);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(lblChoice);
+    layout->addWidget(optBasic);
+    layout->addWidget(optAdvanced);
+    layout->addWidget(cmdOK, 0, Qt::AlignRight);
+    connect(cmdOK, &QPushButton::clicked, this, [this] { cmdOK_Click(); });
+}
+
+void FrmChoice::cmdOK_Click() {
+    m_app.bBasicMode = optBasic->isChecked();
+    m_app.SaveSettings();
+    if (m_app.bBasicMode) {
+        FrmBasic& basic = m_app.frmBasic();
+        basic.show();
+        basic.timers().setInputsTimer(true);
+    } else {
+        m_app.frmMain().show();
+    }
+    hide();
+}
+
+void FrmChoice::closeEvent(QCloseEvent*) { m_app.endProcess(); }
+
+}  // namespace tarvoke::app

@@ -1,0 +1,69 @@
+// tarvoke: the desktop program, with Basic Mode and Advanced Mode.
+
+#include <QApplication>
+#include <QTimer>
+#include <cstdio>
+#include <cstdlib>
+#include <unistd.h>
+
+#include "app/app.h"
+#include "app/frmsplash2.h"
+#include "app/manifest.h"
+#include "app/priority.h"
+#include "app/scriptmessages.h"
+#include "platform/dryrun/dryrun.h"
+
+namespace {
+
+using namespace tarvoke;
+
+bool inWaylandSession() {
+    const char* wayland = std::getenv("WAYLAND_DISPLAY");
+    return wayland && *wayland;
+}
+
+[[noreturn]] void endProcessNow(int status) {
+    std::fflush(nullptr);
+    ::_exit(status);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    // The program acts on X11 windows, so in a Wayland session its own
+    // windows live on XWayland too.
+    const bool wayland = inWaylandSession();
+    if (wayland && !std::getenv("QT_QPA_PLATFORM")) ::setenv("QT_QPA_PLATFORM", "xcb", 1);
+
+    QApplication application(argc, argv);
+    // Windows go out of view while a script runs; only Exit ends the program.
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    const std::filesystem::path programFolder = QCoreApplication::applicationDirPath().toStdString();
+    app::QtDialogs dialogs;
+    app::ScriptMessageBoxes scriptMessages;
+    platform::dryrun::DryRunPlatform quiet([](std::string_view) {}, [] { QCoreApplication::processEvents(); });
+    platform::Platform platform = quiet.platform();
+    platform.messages = &scriptMessages;
+
+    app::App app({programFolder, app::settingsFolder(programFolder) / "settings.dat", platform, &dialogs,
+                  endProcessNow, nullptr});
+
+    // Form_Initialize of the splash.
+    app::WriteManifest();
+    app::raiseProcessPriority();
+    app.session.sScriptFolder = programFolder.string();
+    // Form_Load.
+    app::FrmSplash2& splash = app.frmSplash2();
+    app.LoadSettings();
+    QGuiApplication::setApplicationDisplayName(QString());
+    splash.show();
+    splash.start();
+    if (wayland)
+        QTimer::singleShot(0, [&dialogs] {
+            dialogs.tell("Tarvoke", "Tarvoke acts on X11 windows only: in this Wayland session it can record, "
+                                    "play and look at the windows of X11 programs (XWayland) but not the others.",
+                         app::Dialogs::Icon::Information);
+        });
+    return application.exec();
+}

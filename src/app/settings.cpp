@@ -1,0 +1,64 @@
+#include "app/settings.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <unistd.h>
+
+#include "app/filesave.h"
+
+namespace tarvoke::app {
+
+std::string GetField(const std::string& text, int16_t index) {
+    if (index < 1) return {};
+    int commas = 0;
+    std::string field;
+    for (char c : text) {
+        if (c == ',') {
+            if (++commas == index) return field;
+            continue;
+        }
+        if (commas == index - 1) field += c;
+    }
+    return commas == index - 1 ? field : std::string();
+}
+
+Settings parseSettings(const std::string& text) {
+    auto flag = [&](int16_t index) { return GetField(text, index) == "1"; };
+    return {flag(1), flag(2), flag(3), flag(4), flag(5)};
+}
+
+std::string formatSettings(const Settings& s) {
+    std::string text;
+    for (bool value : {s.bRepeat, s.bMouseMove, s.bExtendedClicks, s.bIgnorePauses, s.bBasicMode})
+        text += value ? "1," : "0,";
+    return text;
+}
+
+std::filesystem::path settingsFolder(const std::filesystem::path& programFolder) {
+    if (const char* dir = std::getenv("TARVOKE_SETTINGS_DIR"); dir && *dir) return dir;
+    if (::access(programFolder.c_str(), W_OK) == 0) return programFolder;
+    std::filesystem::path config;
+    if (const char* xdg = std::getenv("XDG_CONFIG_HOME"); xdg && *xdg)
+        config = xdg;
+    else if (const char* home = std::getenv("HOME"); home && *home)
+        config = std::filesystem::path(home) / ".config";
+    else
+        return programFolder;
+    std::error_code error;
+    std::filesystem::create_directories(config / "tarvoke", error);
+    return config / "tarvoke";
+}
+
+LoadedSettings LoadSettings(const std::filesystem::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    if (!in) return {Settings{}, true};
+    const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    return {parseSettings(text), false};
+}
+
+void SaveSettings(const std::filesystem::path& file, const Settings& settings) {
+    writeFileReplacing(file.string(), formatSettings(settings));
+}
+
+}  // namespace tarvoke::app
