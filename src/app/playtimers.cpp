@@ -6,6 +6,7 @@
 #include <QWindow>
 
 #include "app/app.h"
+#include "playback/hotkeys.h"
 
 namespace tarvoke::app {
 
@@ -68,14 +69,15 @@ bool PlayTimers::playXSelected() const { return isPlayXSelected && isPlayXSelect
 
 void PlayTimers::pollHotkeys() {
     platform::KeyState* keys = m_app.keys();
-    if (!keys || !keys->isDown(17)) return;
-    // Each test reads the key's "pressed since the last read" bit, so a key
-    // held down acts once. All four are tested in every tick.
-    auto pressed = [&](uint8_t vk) { return keys->pressedSinceLastRead(vk) && keys->isDown(vk); };
-    if (pressed(48) && m_actions.stop) m_actions.stop();
-    if (pressed(49) && correctTimeTimerOn() && m_actions.pause) m_actions.pause();
-    if (pressed(56) && !m_app.bRecording && m_actions.record) m_actions.record();
-    if (pressed(57) && !m_app.bRecording && m_actions.play) m_actions.play();
+    if (!keys) return;
+    const auto fired = playback::pollHotkeys(*keys, {correctTimeTimerOn(), m_app.bRecording});
+    for (playback::Hotkey hotkey : fired) {
+        const std::function<void()>& action = hotkey == playback::Hotkey::Stop    ? m_actions.stop
+                                              : hotkey == playback::Hotkey::Pause ? m_actions.pause
+                                              : hotkey == playback::Hotkey::Record ? m_actions.record
+                                                                                   : m_actions.play;
+        if (action) action();
+    }
 }
 
 }  // namespace tarvoke::app

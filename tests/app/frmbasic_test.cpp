@@ -159,6 +159,25 @@ private slots:
         QVERIFY(f.app->session.bRepeat);
     }
 
+    void hotkeysActOnTheWindowInUse() {
+        AppFixture f("1,1,1,0,0,", true);
+        FrmMain& main = f.app->frmMain();
+        main.show();
+        main.mnuFileBasicMode_Click();
+        FrmBasic& basic = f.app->frmBasic();
+        f.keys.press(17);
+        f.keys.press(57);  // Ctrl+9 plays Basic Mode's script
+        basic.timers().pollHotkeys();
+        QVERIFY(basic.timers().playTimerOn() && !basic.isVisible());
+        QVERIFY(!main.timers().playTimerOn());
+        f.keys.press(48);  // Ctrl+0 stops and shows the window at once
+        basic.timers().pollHotkeys();
+        QVERIFY(!basic.timers().playTimerOn() && basic.isVisible());
+        QVERIFY(!main.isVisible());
+        basic.timers().pollHotkeys();  // held down: nothing more
+        QVERIFY(!basic.timers().playTimerOn());
+    }
+
     void playOptionsSetRepeat() {
         AppFixture f;
         FrmBasic& basic = f.app->frmBasic();
