@@ -12,7 +12,7 @@
 namespace tarvoke::app {
 
 FrmChoice::FrmChoice(App& app) : m_app(app) {
-    setWindowTitle("Tarvoke");
+    setWindowTitle("Tarvoke Start");
     auto* lblChoice = new QLabel("Choose one of the following:");
     optBasic = new QRadioButton("Start Tarvoke in Basic Mode");
     optAdvanced = new QRadioButton("Start Tarvoke in Advanced Mode");

@@ -11,7 +11,8 @@
 #include "app/manifest.h"
 #include "app/priority.h"
 #include "app/scriptmessages.h"
-#include "platform/dryrun/dryrun.h"
+#include "platform/qimage/qimagepictures.h"
+#include "platform/x11/x11platform.h"
 
 namespace {
 
@@ -22,7 +23,11 @@ bool inWaylandSession() {
     return wayland && *wayland;
 }
 
+platform::x11::X11Platform* g_desktop = nullptr;
+
+// Keys and buttons that a stopped run left down are let go first.
 [[noreturn]] void endProcessNow(int status) {
+    if (g_desktop) g_desktop->input().releaseAll();
     std::fflush(nullptr);
     ::_exit(status);
 }
@@ -42,9 +47,15 @@ int main(int argc, char** argv) {
     const std::filesystem::path programFolder = QCoreApplication::applicationDirPath().toStdString();
     app::QtDialogs dialogs;
     app::ScriptMessageBoxes scriptMessages;
-    platform::dryrun::DryRunPlatform quiet([](std::string_view) {}, [] { QCoreApplication::processEvents(); });
-    platform::Platform platform = quiet.platform();
-    platform.messages = &scriptMessages;
+    const auto desktop = platform::x11::X11Platform::open();
+    if (!desktop) {
+        std::fprintf(stderr, "tarvoke: cannot open the X display '%s'\n", std::getenv("DISPLAY") ? std::getenv("DISPLAY") : "");
+        return 2;
+    }
+    g_desktop = desktop.get();
+    platform::qimage::QImagePictures pictures;
+    platform::Platform platform = desktop->platform(&scriptMessages);
+    platform.pictures = &pictures;
 
     app::App app({programFolder, app::settingsFolder(programFolder) / "settings.dat", platform, &dialogs,
                   endProcessNow, nullptr});

@@ -1,0 +1,101 @@
+// Speed of the windows: the start of a play of a long recording (load and
+// hide), a keystroke in the editor with a 10 MB script, and how soon Ctrl+0
+// acts while a script runs.
+
+#include <benchmark/benchmark.h>
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QPlainTextEdit>
+#include <QTest>
+#include <chrono>
+
+#include "app/frmmain.h"
+#include "app_fixture.h"
+
+using namespace tarvoke;
+using app::testing::AppFixture;
+
+namespace {
+
+// A recording of statements statements, in the recorder's dialect.
+QString recordedScript(int statements) {
+    QString text = "Function(Main);\nOrigionalPlayTime(1000);\nSetPausePercent(100);\n";
+    for (int i = 0; i < statements / 2; ++i)
+        text += QString("Pause(%1);\nMoveMouse(%2, %3);\n").arg(i % 40).arg(i % 1920).arg(i % 1080);
+    return text + "EndFunction();";
+}
+
+// The clock of the program: a yield handles Qt's pending events.
+class EventLoopClock : public platform::Clock {
+public:
+    void yield() override { QCoreApplication::processEvents(); }
+    void wait(int32_t) override { yield(); }
+    void cancelWaits() override {}
+    int64_t monotonicMs() override { return 0; }
+};
+
+void BM_PlayStartOfARecording(benchmark::State& state) {
+    AppFixture f("1,1,1,0,0,", true);
+    app::FrmMain& main = f.app->frmMain();
+    main.setText(recordedScript(static_cast<int>(state.range(0))));
+    for (auto _ : state) {
+        state.PauseTiming();
+        main.show();
+        QCoreApplication::processEvents();
+        state.ResumeTiming();
+        main.mnuScriptPlay_Click();  // stop, copy, load, hide, timer on
+        state.PauseTiming();
+        main.mnuScriptStop_Click();
+        state.ResumeTiming();
+    }
+}
+BENCHMARK(BM_PlayStartOfARecording)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(5);
+
+void BM_KeystrokeIn10MBScript(benchmark::State& state) {
+    AppFixture f("1,1,1,0,0,", true);
+    app::FrmMain& main = f.app->frmMain();
+    QString text = recordedScript(20);
+    while (text.size() < 10 * 1024 * 1024) text += recordedScript(20000);
+    main.setText(text);
+    main.resize(800, 600);
+    main.show();
+    QCoreApplication::processEvents();
+    main.txtLog->moveCursor(QTextCursor::End);
+    main.txtLog->setFocus();
+    for (auto _ : state) {
+        QTest::keyClick(main.txtLog, Qt::Key_X);
+        main.txtLog->viewport()->repaint();
+    }
+}
+BENCHMARK(BM_KeystrokeIn10MBScript)->Unit(benchmark::kMillisecond)->Iterations(50);
+
+void BM_HotkeyStopsARun(benchmark::State& state) {
+    AppFixture f("1,1,1,0,0,", true);
+    EventLoopClock clock;
+    f.app->session.platform.clock = &clock;
+    app::FrmMain& main = f.app->frmMain();
+    main.setText("Function(Main);\nWhile(1 = 1);\nPause(5);\nEndWhile();\nEndFunction();");
+    for (auto _ : state) {
+        QElapsedTimer pressed;
+        QTimer::singleShot(5, [&] {
+            f.keys.press(17);
+            f.keys.press(48);
+            pressed.start();
+        });
+        main.mnuScriptPlay_Click();
+        f.app->playback.tick();  // returns once Ctrl+0 has stopped the run
+        state.SetIterationTime(pressed.nsecsElapsed() / 1e9);
+        f.keys.releaseAll();
+    }
+}
+BENCHMARK(BM_HotkeyStopsARun)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(50);
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    QApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}

@@ -1,0 +1,138 @@
+"""The program on a real desktop: the first window for each settings.dat, a
+play that hides the window and clicks the test window, and the hotkeys
+Ctrl+0 and Ctrl+9 during a run."""
+
+import os
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+from testwindow import TestWindow
+
+
+def xdotool(*args, check=True):
+    return subprocess.run(["xdotool"] + [str(a) for a in args], capture_output=True, text=True, check=check)
+
+
+def visible_windows(title):
+    """Ids of the visible windows whose title is exactly title."""
+    out = xdotool("search", "--onlyvisible", "--name", "^%s$" % title, check=False).stdout
+    return out.split()
+
+
+def wait_until(condition, timeout):
+    deadline = time.monotonic() + timeout
+    while time.monotonic() < deadline:
+        if condition():
+            return True
+        time.sleep(0.02)
+    return condition()
+
+
+def hold(keys, ms=100):
+    """Holds a chord long enough for a poll every millisecond to see it."""
+    xdotool("keydown", keys)
+    time.sleep(ms / 1000.0)
+    xdotool("keyup", keys)
+
+
+class Program:
+    """tarvoke started with its own settings folder."""
+
+    def __init__(self, settings=None):
+        self.folder = tempfile.TemporaryDirectory(prefix="tarvoke-app-")
+        self.settings = os.path.join(self.folder.name, "settings.dat")
+        if settings is not None:
+            with open(self.settings, "w") as f:
+                f.write(settings)
+
+    def __enter__(self):
+        env = dict(os.environ, TARVOKE_SETTINGS_DIR=self.folder.name)
+        env.pop("QT_QPA_PLATFORM", None)
+        self.process = subprocess.Popen([os.environ["TARVOKE_APP"]], env=env)
+        return self
+
+    def __exit__(self, *exc):
+        self.process.kill()
+        self.process.wait()
+        self.folder.cleanup()
+
+    def window(self, title, timeout=10):
+        assert wait_until(lambda: visible_windows(title), timeout), "no window %r" % title
+        return visible_windows(title)[0]
+
+    def enter_script(self, text):
+        """Replaces the editor's text of Advanced Mode by typing."""
+        window = self.window("Tarvoke")
+        xdotool("windowactivate", "--sync", window)
+        xdotool("key", "--clearmodifiers", "ctrl+a", "Delete")
+        xdotool("type", "--delay", "1", text)
+        time.sleep(0.2)
+
+
+def click_script(x, y, tail=""):
+    return "Function(Main);\nMoveMouse(%d, %d);\nLeftClick();\n%sEndFunction();" % (x, y, tail)
+
+
+class StartWindow(unittest.TestCase):
+    def test_each_settings_file_shows_its_window(self):
+        for settings, title in [(None, "Tarvoke Start"), ("1,1,1,0,1,", "Tarvoke Basic Mode"),
+                                ("0,0,0,1,0,", "Tarvoke")]:
+            with self.subTest(settings=settings), Program(settings) as program:
+                program.window(title)
+                self.assertTrue(os.path.exists(program.settings))
+
+
+class PlayFromAdvancedMode(unittest.TestCase):
+    def test_play_hides_the_window_and_clicks_reach_the_test_window(self):
+        with TestWindow() as target, Program("1,1,1,0,0,") as program:
+            x, y = target.point("top", 30, 30)
+            program.enter_script(click_script(x, y, "DisableRepeat();\n"))
+            hold("ctrl+9")
+            presses = target.wait_for(1, "ButtonPress")
+            self.assertEqual([(p["win"], p["x"], p["y"]) for p in presses[:1]], [("top", "30", "30")])
+            # Played once (the script turned repeating off): the window is back.
+            program.window("Tarvoke", timeout=5)
+            time.sleep(0.3)
+            self.assertEqual(len(target.events("ButtonPress")), 1)
+
+    def test_repeat_runs_until_the_script_turns_it_off(self):
+        counter = ("If(done = 1);\nElse();\nInt(n, 0);\nInt(done, 1);\nEndIf();\nAdd(n, 1);\n"
+                   "If(n = 3);\nDisableRepeat();\nEndIf();\n")
+        with TestWindow() as target, Program("1,1,1,0,0,") as program:
+            x, y = target.point("top", 30, 30)
+            program.enter_script(click_script(x, y, counter))
+            hold("ctrl+9")
+            program.window("Tarvoke", timeout=5)
+            time.sleep(0.3)
+            self.assertEqual(len(target.events("ButtonPress")), 3)
+
+    def test_ctrl0_brings_the_window_back_within_a_second(self):
+        for body in ["While(1 = 1);\nEndWhile();\n", "Pause(60000);\n"]:
+            with self.subTest(body=body), TestWindow() as target, Program("1,1,1,0,0,") as program:
+                x, y = target.point("top", 30, 30)
+                program.enter_script(click_script(x, y, body))
+                hold("ctrl+9")
+                target.wait_for(1, "ButtonPress")
+                self.assertTrue(wait_until(lambda: not visible_windows("Tarvoke"), 2))
+                time.sleep(0.2)
+                hold("ctrl+0")
+                self.assertTrue(wait_until(lambda: visible_windows("Tarvoke"), 1.0))
+
+    def test_ctrl9_plays_again_while_the_window_is_hidden(self):
+        with TestWindow() as target, Program("1,1,1,0,0,") as program:
+            x, y = target.point("top", 30, 30)
+            program.enter_script(click_script(x, y, "Pause(60000);\n"))
+            hold("ctrl+9")
+            self.assertEqual(len(target.wait_for(1, "ButtonPress")), 1)
+            self.assertFalse(visible_windows("Tarvoke"))
+            hold("ctrl+9")
+            self.assertEqual(len(target.wait_for(2, "ButtonPress")), 2)
+            hold("ctrl+0")
+            self.assertTrue(wait_until(lambda: visible_windows("Tarvoke"), 1.0))
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])
