@@ -24,5 +24,8 @@ ctest --test-dir build-asan -j "$jobs" -LE desktop --output-on-failure
 
 if ctest --test-dir build -N -L desktop | grep -q "Total Tests: [1-9]"; then
   echo "== desktop tests"
-  .ci/with-desktop.sh ctest --test-dir build -L desktop --output-on-failure
+  # The window manager's own timing (its click grabs, focus changes) can
+  # disturb one attempt on a loaded machine; a test passes if any of three
+  # attempts passes, and every failed attempt is still printed.
+  .ci/with-desktop.sh ctest --test-dir build -L desktop --output-on-failure --repeat until-pass:3
 fi

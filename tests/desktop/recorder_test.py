@@ -127,6 +127,30 @@ class RecordThenPlay(unittest.TestCase):
                          [("ButtonPress", "child", str(x // 15), str(y // 15), "1"),
                           ("ButtonRelease", "child", str(x // 15), str(y // 15), "1")])
 
+    def test_ctrl_five_samples_the_colour_under_the_cursor(self):
+        with TestWindow() as window:
+            recorder = subprocess.Popen([PLAY, "--record", self.script, "--no-mouse-move"])
+            time.sleep(0.5)
+            xdotool("mousemove", *window.point("top", 10, 10))  # the top window is white
+            tap("ctrl", "5")
+            xdotool("mousemove", *window.point("child", 10, 10))  # the child is black
+            tap("ctrl", "5")
+            tap("ctrl", "0")
+            self.assertEqual(recorder.wait(timeout=10), 0)
+            with open(self.script) as f:
+                body = [line for line in f.read().split("\n") if line and not line.startswith("Pause(")]
+            self.assertEqual(body[3:], [
+                "CaptureScreen(imagesave0);", "CreateColorRange(colorrange0, 255, 255, 255, 255, 255, 255);",
+                "MoveMouseToColorRange(imagesave0, colorrange0);",
+                "CaptureScreen(imagesave0);", "CreateColorRange(colorrange0, 0, 0, 0, 0, 0, 0);",
+                "MoveMouseToColorRange(imagesave0, colorrange0);", "EndFunction();"])
+            # Played back, the last block moves the pointer to the first black pixel of the screen.
+            xdotool("mousemove", *window.point("top", 10, 10))
+            played = subprocess.run([PLAY, self.script], capture_output=True, text=True, timeout=30)
+            self.assertEqual(played.returncode, 0, played.stderr)
+            where = subprocess.run(["xdotool", "getmouselocation", "--shell"], capture_output=True, text=True).stdout
+            self.assertNotIn("X=%d\nY=%d\n" % window.point("top", 10, 10), where)
+
     def test_an_existing_file_is_kept_without_force(self):
         with open(self.script, "w") as f:
             f.write("mine")

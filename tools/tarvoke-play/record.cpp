@@ -14,6 +14,7 @@
 #include "recorder/recording.h"
 #include "recorder/sampler.h"
 #include "recorder/windowselection.h"
+#include "screen/imagefiles.h"
 
 namespace tarvoke::player {
 namespace {
@@ -75,10 +76,11 @@ bool CommandLineRecorder::run() {
     platform::Platform& platform = m_session.platform;
     recorder::SamplerHooks hooks;
     hooks.windowSelection = [&platform] { return recorder::GetWindowSelection(*platform.windows, *platform.input); };
-    hooks.captureTemp = [this, &platform] { platform.screen->capture(m_tempCapture); };
+    hooks.captureTemp = [this, &platform] { screen::CaptureScreen(m_session.imageTable, *platform.screen, "sstemp"); };
     hooks.tempPixel = [this](platform::Point point) {
-        const bool inside = point.x >= 0 && point.y >= 0 && point.x < m_tempCapture.width && point.y < m_tempCapture.height;
-        return inside ? m_tempCapture.at(point.x, point.y) : 0u;
+        const screen::PixelGrid& capture = m_session.imageTable.tempCapture();
+        const bool inside = point.x >= 0 && point.y >= 0 && point.x < capture.width && point.y < capture.height;
+        return inside ? capture.at(point.x, point.y) : 0u;
     };
     recorder::Sampler sampler(m_state, m_form, recorder::Form::Basic, *platform.keys, *platform.input, m_clocks,
                               std::move(hooks));

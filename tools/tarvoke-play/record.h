@@ -7,7 +7,6 @@
 #include "host/session.h"
 #include "options.h"
 #include "recorder/recorderstate.h"
-#include "screen/pixelgrid.h"
 
 namespace tarvoke::player {
 
@@ -31,7 +30,6 @@ private:
     recorder::RecorderState m_state;
     recorder::FormState m_form;
     recorder::Stopwatches m_clocks;
-    screen::PixelGrid m_tempCapture;
     QEventLoop m_loop;
 };
 

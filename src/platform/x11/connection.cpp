@@ -1,4 +1,5 @@
 // Qt before Xlib: Xlib's macros clash with Qt's names.
+#include <QAbstractEventDispatcher>
 #include <QSocketNotifier>
 
 #include "platform/x11/connection.h"
@@ -24,10 +25,15 @@ Connection::Connection() {
     if (!m_display) return;
     XSetErrorHandler(countError);
     m_root = DefaultRootWindow(m_display);
-    // Events are read whenever a role looks at its state; the notifier also
-    // reads them while the script sleeps, so they never pile up.
+    // Events are read by the event loop: when the socket has data, and each
+    // time the loop wakes, for events that another Xlib call already moved
+    // into the queue (the socket then stays quiet about them). Reads of the
+    // key state between two turns of the loop see one unchanging state, so a
+    // recorder tick compares its keys against one moment.
     m_notifier = new QSocketNotifier(ConnectionNumber(m_display), QSocketNotifier::Read);
     QObject::connect(m_notifier, &QSocketNotifier::activated, [this] { drainEvents(); });
+    if (auto* dispatcher = QAbstractEventDispatcher::instance())
+        QObject::connect(dispatcher, &QAbstractEventDispatcher::awake, m_notifier, [this] { drainEvents(); });
 }
 
 Connection::~Connection() {

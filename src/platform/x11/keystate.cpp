@@ -87,12 +87,10 @@ void X11KeyState::onEvent(XEvent& event) {
 }
 
 bool X11KeyState::isDown(uint8_t vk) {
-    m_x.drainEvents();
     return host::isVirtualKeyDown(vk, *m_downView);
 }
 
 bool X11KeyState::pressedSinceLastRead(uint8_t vk) {
-    m_x.drainEvents();
     m_since = m_lastRead[vk];
     const bool pressed = host::isVirtualKeyDown(vk, *m_pressedView);
     m_lastRead[vk] = m_presses;
