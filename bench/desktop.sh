@@ -1,0 +1,24 @@
+#!/usr/bin/env bash
+# The desktop benchmarks: pause accuracy beside Python and Qt, and the
+# injection rate beside xdotool and xte on a private Xvfb. Called by
+# bench/run.sh after the engine benchmarks, or alone.
+# usage: bench/desktop.sh [BUILD_FOLDER]
+set -euo pipefail
+cd "$(dirname "$0")/.."
+build=${1:-build-bench}
+
+if ! dpkg-query -W -f='${Status}' xautomation 2>/dev/null | grep -q "install ok installed"; then
+  sudo=""
+  [ "$(id -u)" -ne 0 ] && sudo="sudo"
+  $sudo apt-get install -y -qq --no-install-recommends xautomation
+fi
+
+cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DTARVOKE_BENCHMARKS=ON >/dev/null
+cmake --build "$build" -j "$(nproc)" --target tarvoke_pause_accuracy tarvoke-play tarvoke-testwindow
+
+echo "== pause accuracy"
+python3 bench/pause_accuracy.py "$build/bin/tarvoke_pause_accuracy" 50
+# Without a window manager: openbox's click-to-raise grab drops clicks that
+# come faster than it replays them, whichever tool sends them.
+echo "== injection rate (Xvfb, no window manager)"
+.ci/with-desktop.sh --no-wm python3 bench/injection_rate.py "$build/bin/tarvoke-play" "$build/bin/tarvoke-testwindow" 1000
