@@ -69,8 +69,21 @@ def main():
     def xte():
         subprocess.run(["xte"] + ["mouseclick 1"] * clicks, check=True)
 
+    empty = os.path.join(folder, "empty.tk")
+    with open(empty, "w") as out:
+        out.write("Function(Main);\nIgnorePauses(true);\nEndFunction();\n")
+    startups = []
+    for _ in range(5):
+        started = time.monotonic()
+        subprocess.run([play, empty], check=True, env=env, stderr=subprocess.DEVNULL)
+        startups.append(time.monotonic() - started)
+    startup = sorted(startups)[len(startups) // 2]
+
     rates = {}
     rates["tarvoke-play"], _ = measure("tarvoke-play", tarvoke, testwindow, clicks)
+    print("%-14s start-up of the player alone %.3f s: the clicks themselves take about %.3f s (%.0f clicks/s)" %
+          ("", startup, max(0.0, clicks / rates["tarvoke-play"] - startup) if rates["tarvoke-play"] else 0,
+           clicks / max(1e-6, clicks / rates["tarvoke-play"] - startup) if rates["tarvoke-play"] else 0))
     rates["xdotool loop"], _ = measure("xdotool loop", xdotool_loop, testwindow, clicks)
     rates["xte"], _ = measure("xte", xte, testwindow, clicks)
     ratio = rates["tarvoke-play"] / rates["xdotool loop"] if rates["xdotool loop"] else float("inf")
