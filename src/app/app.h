@@ -16,6 +16,7 @@
 #include "host/session.h"
 #include "platform/platform.h"
 #include "playback/playback.h"
+#include "recorder/recorderstate.h"
 
 namespace tarvoke::app {
 
@@ -47,14 +48,14 @@ public:
     engine::SC engine{session};
     host::HostCommands commands;
     playback::Playback playback{engine, session};
+    // bRecording, bHotkeyRecord and the growing recording, shared by both windows.
+    recorder::RecorderState recorder;
 
     // Module-level state of the windows.
     bool bMouseMove = true;
     bool bExtendedClicks = true;
     bool bBasicMode = true;
     bool bFirstRun = false;
-    bool bRecording = false;
-    bool bHotkeyRecord = false;
     std::string sScriptText;
     std::string sFilePath;
 

@@ -41,10 +41,12 @@ FrmBasic::FrmBasic(App& app) : m_app(app) {
     layout->setColumnStretch(1, 1);
     layout->setRowStretch(2, 1);
 
+    m_recordTimers = std::make_unique<RecordTimers>(app, recorder::Form::Basic);
     m_timers = std::make_unique<PlayTimers>(
         app, *this,
-        HotkeyActions{[this] { StopScript(); }, [this] { m_app.playback.pauseScript(); }, [] {},
+        HotkeyActions{[this] { StopScript(); }, [this] { m_app.playback.pauseScript(); }, [this] { cmdRecord_Click(); },
                       [this] { cmdPlay_Click(); }});
+    m_timers->onAfterStop = [this] { closeRecording(); };
     m_timers->isPlayXSelected = [this] { return optPlayX->isChecked(); };
 
     // Form_Load: the controls show the settings as loaded.
@@ -73,8 +75,8 @@ QWidget* FrmBasic::buildMainFrame() {
     cmdAdvanced = button("Advanced Mode");
     cmdCorrectTime = button("Correct Time");
     cmdPlay = button("Play");
-    cmdRecord->setEnabled(false);
     cmdCorrectTime->setEnabled(false);
+    connect(cmdRecord, &QPushButton::clicked, this, [this] { cmdRecord_Click(); });
     connect(cmdSave, &QPushButton::clicked, this, [this] { SaveScript(); });
     connect(cmdOpen, &QPushButton::clicked, this, [this] { cmdOpen_Click(); });
     connect(cmdAdvanced, &QPushButton::clicked, this, [this] { cmdAdvanced_Click(); });
@@ -142,6 +144,24 @@ void FrmBasic::optRepeat_Click() {
 void FrmBasic::optPlayX_Click() { m_app.session.bRepeat = false; }
 
 void FrmBasic::StopScript() { m_app.playback.stopPlay(); }
+
+void FrmBasic::cmdRecord_Click() {
+    StopScript();
+    // The untouched template is no script to lose.
+    if (!m_txtLog.isEmpty() && m_txtLog != kTemplate && !confirmRecording(m_app)) return;
+    setWindowTitle(kBareCaption + " - Untitled");
+    m_timers->hideForRun();
+    m_recordTimers->start();
+}
+
+// A branch of Stop: the recording becomes the unsaved script.
+void FrmBasic::closeRecording() {
+    const std::optional<std::string> script = m_recordTimers->closeIfRecording();
+    if (!script) return;
+    m_txtLog = QString::fromStdString(*script);
+    setWindowTitle(kBareCaption + " - Untitled");
+    m_app.sFilePath.clear();
+}
 
 void FrmBasic::cmdPlay_Click() {
     if (m_app.playback.resumeIfPending()) return;

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "app/playtimers.h"
+#include "app/recordtimers.h"
 
 class QCheckBox;
 class QLineEdit;
@@ -29,6 +30,7 @@ public:
     QPushButton *cmdAbout, *cmdReadme;
 
     void cmdPlay_Click();
+    void cmdRecord_Click();
     void StopScript();
     void cmdOpen_Click();
     void SaveScript();
@@ -49,11 +51,13 @@ private:
     QWidget* buildPlayFrame();
     QWidget* buildRecordFrame();
     QWidget* buildHelpFrame();
+    void closeRecording();
 
     App& m_app;
     QString m_txtLog;
     QButtonGroup* m_playOptions = nullptr;
     std::unique_ptr<PlayTimers> m_timers;
+    std::unique_ptr<RecordTimers> m_recordTimers;
 };
 
 }  // namespace tarvoke::app

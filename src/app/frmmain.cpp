@@ -39,11 +39,19 @@ FrmMain::FrmMain(App& app) : m_app(app) {
     buildMenus();
     setText(kTemplate);
 
+    m_recordTimers = std::make_unique<RecordTimers>(app, recorder::Form::Main);
+    auto hotkeyRecord = [this] {
+        m_app.recorder.bHotkeyRecord = true;
+        StartRecording();
+    };
     m_timers = std::make_unique<PlayTimers>(
         app, *this,
-        HotkeyActions{[this] { mnuScriptStop_Click(); }, [this] { m_app.playback.pauseScript(); }, [] {},
+        HotkeyActions{[this] { mnuScriptStop_Click(); }, [this] { m_app.playback.pauseScript(); }, hotkeyRecord,
                       [this] { mnuScriptPlay_Click(); }});
-    m_timers->onAfterStop = [this] { mnuScriptRepeat->setChecked(m_app.session.bRepeat); };
+    m_timers->onAfterStop = [this] {
+        closeRecording();
+        mnuScriptRepeat->setChecked(m_app.session.bRepeat);
+    };
 
     // Form_Load: Advanced Mode always starts with these on.
     m_app.session.bRepeat = true;
@@ -104,7 +112,7 @@ void FrmMain::buildMenus() {
     mnuScriptRepeat = add(script, "Repeat", QKeySequence(), [this] { mnuScriptRepeat_Click(); });
     mnuScriptRepeat->setCheckable(true);
     script->addSeparator();
-    mnuScriptRecord = later(script, "Record");
+    mnuScriptRecord = add(script, "Record", QKeySequence(), [this] { mnuScriptRecord_Click(); });
     script->addSeparator();
     mnuScriptStop = add(script, "Stop", QKeySequence(), [this] { mnuScriptStop_Click(); });
     script->addSeparator();
@@ -258,5 +266,26 @@ void FrmMain::mnuScriptRepeat_Click() {
 }
 
 void FrmMain::mnuScriptStop_Click() { m_app.playback.stopPlay(); }
+
+void FrmMain::mnuScriptRecord_Click() {
+    m_app.recorder.bHotkeyRecord = false;
+    StartRecording();
+}
+
+void FrmMain::StartRecording() {
+    mnuScriptStop_Click();
+    if (!text().isEmpty() && !confirmRecording(m_app)) return;
+    m_timers->hideForRun();
+    m_recordTimers->start();
+}
+
+// A branch of Stop: the recording becomes the editor's unsaved script.
+void FrmMain::closeRecording() {
+    const std::optional<std::string> script = m_recordTimers->closeIfRecording();
+    if (!script) return;
+    setText(QString::fromStdString(*script));
+    setWindowTitle("Tarvoke - Untitled");
+    m_app.sFilePath.clear();
+}
 
 }  // namespace tarvoke::app

@@ -7,6 +7,7 @@
 
 #include "app/findtext.h"
 #include "app/playtimers.h"
+#include "app/recordtimers.h"
 
 class QAction;
 class QPlainTextEdit;
@@ -49,6 +50,7 @@ public:
     void mnuScriptPlay_Click();
     void mnuScriptPlaySelection_Click();
     void mnuScriptRepeat_Click();
+    void mnuScriptRecord_Click();
     void mnuScriptStop_Click();
     void FindIt();
 
@@ -61,10 +63,13 @@ protected:
 private:
     void buildMenus();
     void writeScript(const std::string& path);
+    void StartRecording();
+    void closeRecording();
 
     App& m_app;
     FindState m_find;
     std::unique_ptr<PlayTimers> m_timers;
+    std::unique_ptr<RecordTimers> m_recordTimers;
 };
 
 }  // namespace tarvoke::app

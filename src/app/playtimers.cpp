@@ -70,7 +70,7 @@ bool PlayTimers::playXSelected() const { return isPlayXSelected && isPlayXSelect
 void PlayTimers::pollHotkeys() {
     platform::KeyState* keys = m_app.keys();
     if (!keys) return;
-    const auto fired = playback::pollHotkeys(*keys, {correctTimeTimerOn(), m_app.bRecording});
+    const auto fired = playback::pollHotkeys(*keys, {correctTimeTimerOn(), m_app.recorder.bRecording});
     for (playback::Hotkey hotkey : fired) {
         const std::function<void()>& action = hotkey == playback::Hotkey::Stop    ? m_actions.stop
                                               : hotkey == playback::Hotkey::Pause ? m_actions.pause

@@ -134,5 +134,38 @@ class PlayFromAdvancedMode(unittest.TestCase):
             self.assertTrue(wait_until(lambda: visible_windows("Tarvoke"), 1.0))
 
 
+def a_presses(target):
+    return [e for e in target.events("KeyPress") if e["keysym"] == "0x61"]
+
+
+class RecordFromAdvancedMode(unittest.TestCase):
+    def test_ctrl8_records_until_ctrl0_and_the_editor_plays_it_back(self):
+        with TestWindow() as target, Program("1,1,1,0,0,") as program:
+            program.enter_script("")
+            hold("ctrl+8")
+            self.assertTrue(wait_until(lambda: not visible_windows("Tarvoke"), 2))
+            time.sleep(0.2)
+            x, y = target.point("top", 40, 40)
+            xdotool("mousemove", x, y)
+            time.sleep(0.1)
+            xdotool("mousedown", 1)
+            time.sleep(0.1)
+            xdotool("mouseup", 1)
+            time.sleep(0.1)
+            hold("a", 80)
+            hold("ctrl+0")
+            # The recording is the editor's unsaved script.
+            program.window("Tarvoke - Untitled", timeout=2)
+            pressed = len(target.events("ButtonPress"))
+            typed = len(a_presses(target))
+            xdotool("mousemove", 5, 5)
+            hold("ctrl+9")
+            presses = target.wait_for(pressed + 1, "ButtonPress")[pressed:]
+            self.assertEqual([(p["win"], p["x"], p["y"]) for p in presses[:1]], [("top", "40", "40")])
+            self.assertTrue(wait_until(lambda: len(a_presses(target)) > typed, 5))
+            hold("ctrl+0")
+            self.assertTrue(wait_until(lambda: visible_windows("Tarvoke - Untitled"), 1.0))
+
+
 if __name__ == "__main__":
     unittest.main(argv=sys.argv[:1])

@@ -310,7 +310,8 @@ private slots:
             {main.mnuEditFindNext, "F3"},   {main.mnuEditReplace, "Ctrl+R"}, {main.mnuEditSelectAll, "Ctrl+A"},
             {main.mnuScriptPlaySelection, "Ctrl+E"}, {main.mnuScriptPlay, ""}, {main.mnuScriptStop, ""}};
         for (const auto& [action, keys] : expected) QCOMPARE(action->shortcut(), QKeySequence(keys));
-        for (QAction* later : {main.mnuFileCompile, main.mnuScriptRecord, main.mnuScriptCorrectTime, main.mnuScriptDebug})
+        QVERIFY(main.mnuScriptRecord->isEnabled());
+        for (QAction* later : {main.mnuFileCompile, main.mnuScriptCorrectTime, main.mnuScriptDebug})
             QVERIFY(!later->isEnabled());
     }
 

@@ -1,0 +1,46 @@
+#pragma once
+// The recording timers of a main window: tmrRecord ticks the sampler every
+// millisecond, tmrRecTime counts the seconds. The recorder's state is the
+// program's (App::recorder); the button flags and the last move are the
+// window's own.
+
+#include <QObject>
+#include <QTimer>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "recorder/recorderstate.h"
+#include "recorder/sampler.h"
+
+class QString;
+
+namespace tarvoke::app {
+
+class App;
+
+// Asked before a recording replaces the script in the editor; true for Yes.
+bool confirmRecording(App& app);
+
+class RecordTimers : public QObject {
+public:
+    RecordTimers(App& app, recorder::Form kind);
+
+    // Resets the recorder, takes the settings' mouse-move and extended-click
+    // choices, and starts both timers. The window hides itself before.
+    void start();
+    // The finished script when a recording ran, after stopping its timers.
+    std::optional<std::string> closeIfRecording();
+
+    bool recordTimerOn() const { return m_tmrRecord.isActive(); }
+
+private:
+    App& m_app;
+    recorder::FormState m_form;
+    recorder::Stopwatches m_clocks;
+    std::unique_ptr<recorder::Sampler> m_sampler;
+    QTimer m_tmrRecord;
+    QTimer m_tmrRecTime;
+};
+
+}  // namespace tarvoke::app
