@@ -1,12 +1,27 @@
 // The load: Initialize turns a script text into the statement and function
 // tables and finds where a run begins and ends. Every text loads.
 
+#include <algorithm>
+#include <cassert>
+
 #include "engine/commands.h"
 #include "engine/numeric.h"
 #include "engine/sc.h"
 #include "engine/scripttext.h"
 
 namespace tarvoke::engine {
+namespace {
+
+// The number of a command name; -1 for a name in neither list. The name is
+// lower-case already unless quotes kept capitals in it.
+int32_t commandNumber(std::string_view name) {
+    if (std::any_of(name.begin(), name.end(), [](char c) { return c >= 'A' && c <= 'Z'; }))
+        return commandNumber(lowerAscii(name));
+    const int32_t builtin = builtinCommandNumber(name);
+    return builtin >= 0 ? builtin : hostCommandNumber(name);
+}
+
+}  // namespace
 
 SC::SC(host::Session& session) : m_session(session) { resetTables(); }
 
@@ -16,6 +31,7 @@ void SC::resetTables() {
     m_lngStartLine = 1;
     m_lngEndLine = 0;
     m_statements.assign(1, Statement{});
+    m_parameterStore.clear();
     m_functions.clear();
     m_callStack.assign(1, 0);
     m_lngCallDepth = 0;
@@ -32,41 +48,66 @@ void SC::Initialize(std::string& sInputCode) {
     int32_t functionsSeen = 0;
     int32_t ordinalOfMain = 0;
 
-    sInputCode = RemoveLineBreaks(StripSource(sInputCode));
+    std::string normalised = StripSource(sInputCode);
+    std::erase_if(normalised, [](char c) { return c == '\n' || c == '\r'; });  // RemoveLineBreaks, in place
+    sInputCode = std::move(normalised);
+    reserveTables(sInputCode);
 
     // A ";" ends a statement only when the buffer holds both brackets
     // somewhere; otherwise it is dropped and the text runs on. Quotes do not
-    // matter here, and text behind the last ";" is ignored.
+    // matter here, and text behind the last ";" is ignored. Most statements
+    // are one piece between two ";" and are parsed where they stand.
     std::string buffer;
-    bool hasOpen = false;
-    bool hasClose = false;
-    for (char c : sInputCode) {
-        if (c != ';') {
-            buffer += c;
-            hasOpen |= c == '(';
-            hasClose |= c == ')';
-        } else if (hasOpen && hasClose) {
+    bool hasOpen = false, hasClose = false;
+    const std::string_view code = sInputCode;
+    for (size_t start = 0, end; (end = code.find(';', start)) != std::string_view::npos; start = end + 1) {
+        const std::string_view piece = code.substr(start, end - start);
+        hasOpen |= piece.find('(') != std::string_view::npos;
+        hasClose |= piece.find(')') != std::string_view::npos;
+        if (!(hasOpen && hasClose)) {
+            buffer += piece;
+            continue;
+        }
+        if (buffer.empty()) {
+            parseStatement(piece, functionsSeen, ordinalOfMain);
+        } else {
+            buffer += piece;
             parseStatement(buffer, functionsSeen, ordinalOfMain);
             buffer.clear();
-            hasOpen = hasClose = false;
         }
+        hasOpen = hasClose = false;
     }
     findJumps();
     m_blnRunning = false;
 }
 
-void SC::parseStatement(const std::string& buffer, int32_t& functionsSeen, int32_t& ordinalOfMain) {
+// Every statement ends at a ";" and holds at most one parameter more than
+// its commas, so these bounds hold; pages reserved and never written cost
+// nothing, while growing the tables would copy them.
+void SC::reserveTables(const std::string& code) {
+    size_t semicolons = 0, commas = 0;
+    for (char c : code) {
+        semicolons += c == ';';
+        commas += c == ',';
+    }
+    m_statements.reserve(semicolons + 1);
+    m_parameterStore.reserve(commas + semicolons);
+}
+
+void SC::parseStatement(std::string_view buffer, int32_t& functionsSeen, int32_t& ordinalOfMain) {
     ++m_lngStatementCount;
     Statement& statement = m_statements.emplace_back();
     const int32_t line = m_lngStatementCount;
 
-    std::string name(GetCommandName(buffer));
-    statement.functionID = ReturnFunctionID(name);
+    statement.functionID = commandNumber(GetCommandName(buffer));
     const std::string_view parameterText = GetParameterText(buffer);
     // Nine or more parameters keep none of them.
     if (CountParameters(parameterText) <= 8) {
-        const auto pieces = SplitParameters(parameterText);
-        for (size_t k = 0; k < pieces.size(); ++k) statement.sParameter[k] = pieces[k];
+        assert(m_parameterStore.size() + CountParameters(parameterText) <= m_parameterStore.capacity());
+        statement.sParameter.m_first = m_parameterStore.data() + m_parameterStore.size();
+        forEachParameter(parameterText, [this](std::string_view piece) { m_parameterStore.emplace_back(piece); });
+        statement.sParameter.m_count = static_cast<uint32_t>(m_parameterStore.data() + m_parameterStore.size() -
+                                                             statement.sParameter.m_first);
     }
 
     if (statement.functionID == static_cast<int32_t>(Command::Function)) {

@@ -12,20 +12,13 @@
 #include <unordered_map>
 #include <vector>
 
+#include "engine/statement.h"
+
 namespace tarvoke::host {
 struct Session;
 }
 
 namespace tarvoke::engine {
-
-struct Statement {
-    int32_t functionID = -1;
-    std::array<std::string, 8> sParameter;  // sParameter1 .. sParameter8 at [0] .. [7]
-    // Found once at load, with the same result as counting at run time:
-    // the line an if/else/while skip stops at, the while an endwhile goes
-    // back to, the function a call enters; kEndsRun where the skip runs off.
-    int32_t jump = 0;
-};
 
 struct FunctionEntry {
     std::string sName;
@@ -55,6 +48,9 @@ public:
     static constexpr int32_t kEndsRun = -1;
 
     explicit SC(host::Session& session);
+    // Statements point into the engine's own parameter store.
+    SC(const SC&) = delete;
+    SC& operator=(const SC&) = delete;
 
     // Load. sInputCode receives the normalised text.
     void Initialize(std::string& sInputCode);
@@ -108,7 +104,8 @@ private:
     };
 
     void resetTables();
-    void parseStatement(const std::string& buffer, int32_t& functionsSeen, int32_t& ordinalOfMain);
+    void reserveTables(const std::string& code);
+    void parseStatement(std::string_view buffer, int32_t& functionsSeen, int32_t& ordinalOfMain);
     void findJumps();
     bool runStatement();
     void ExecuteBuiltin();
@@ -128,6 +125,10 @@ private:
     std::function<void()> m_countStatement;
 
     std::vector<Statement> m_statements;  // [0] stays empty
+    // The texts of all parameters, statement after statement. Reserved at
+    // load for the most the text can hold, so it never moves while the
+    // statements point into it.
+    std::vector<std::string> m_parameterStore;
     int32_t m_lngStatementCount = 0;
     std::vector<FunctionEntry> m_functions;  // in script order
     int32_t m_lngStartLine = 1;

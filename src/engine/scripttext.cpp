@@ -3,8 +3,10 @@
 namespace tarvoke::engine {
 
 std::string StripSource(std::string_view text) {
-    std::string out;
-    out.reserve(text.size());
+    // Written through a pointer into a buffer of the full size: this runs
+    // over every byte of multi-megabyte recordings.
+    std::string out(text.size(), '\0');
+    char* write = out.data();
     bool inQuotes = false;
     bool inComment = false;
     for (size_t i = 0; i < text.size(); ++i) {
@@ -27,13 +29,14 @@ std::string StripSource(std::string_view text) {
         if (inComment) continue;
         if (c == '"') {
             inQuotes = !inQuotes;
-            out += c;
+            *write++ = c;
         } else if (inQuotes) {
-            out += c;
+            *write++ = c;
         } else if (c != ' ') {
-            out += lowerAscii(c);
+            *write++ = lowerAscii(c);
         }
     }
+    out.resize(static_cast<size_t>(write - out.data()));
     return out;
 }
 

@@ -22,6 +22,17 @@ std::string_view GetParameterText(std::string_view buffer);
 int CountParameters(std::string_view parameterText);
 // Splits at every comma.
 std::vector<std::string_view> SplitParameters(std::string_view parameterText);
+// Hands each piece SplitParameters gives to `take`, in order, without a vector.
+template <typename Take>
+void forEachParameter(std::string_view parameterText, Take&& take) {
+    if (parameterText.empty()) return;
+    for (size_t start = 0;;) {
+        const size_t comma = parameterText.find(',', start);
+        take(parameterText.substr(start, comma == std::string_view::npos ? std::string_view::npos : comma - start));
+        if (comma == std::string_view::npos) return;
+        start = comma + 1;
+    }
+}
 
 bool IsHexText(std::string_view text);
 inline char lowerAscii(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c + 32) : c; }

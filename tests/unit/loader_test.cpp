@@ -6,7 +6,8 @@ namespace {
 using Params = std::vector<std::string>;
 
 Params paramsOf(const engine::Statement& statement) {
-    Params params(statement.sParameter.begin(), statement.sParameter.end());
+    Params params;
+    for (size_t k = 0; k < statement.sParameter.size(); ++k) params.push_back(statement.sParameter[k]);
     while (!params.empty() && params.back().empty()) params.pop_back();
     return params;
 }

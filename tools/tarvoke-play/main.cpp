@@ -14,6 +14,7 @@
 #include <variant>
 
 #include "desktop.h"
+#include "eventloop.h"
 #include "engine/sc.h"
 #include "host/dispatch.h"
 #include "host/session.h"
@@ -97,8 +98,11 @@ int main(int argc, char** argv) {
             std::fprintf(stderr, "tarvoke-play: %s\n", notice.c_str());
         player::preferX11ForQt();
     }
-    std::unique_ptr<QCoreApplication> app = onDesktop ? std::make_unique<QApplication>(argc, argv)
-                                                      : std::make_unique<QCoreApplication>(argc, argv);
+    std::unique_ptr<QCoreApplication> app;
+    {
+        const player::UnixEventDispatcherChoice dispatcher;
+        app = onDesktop ? std::make_unique<QApplication>(argc, argv) : std::make_unique<QCoreApplication>(argc, argv);
+    }
     std::unique_ptr<player::Desktop> desktop;
     if (onDesktop && !(desktop = player::Desktop::open()))
         return fail(std::string("cannot open the display '") + std::getenv("DISPLAY") + "'");

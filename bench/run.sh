@@ -1,0 +1,26 @@
+#!/usr/bin/env bash
+# Builds the benchmarks in Release and runs them, then prints a summary
+# against the targets: load, run loop without and with the real yield,
+# variable look-up. Usage: bench/run.sh [extra Google Benchmark options]
+set -euo pipefail
+cd "$(dirname "$0")/.."
+.ci/install-deps.sh
+
+build=build-bench
+cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DTARVOKE_BENCHMARKS=ON >/dev/null
+cmake --build "$build" -j "$(nproc)" --target tarvoke_bench tarvoke-play
+
+out=$(mktemp -d)
+trap 'rm -rf "$out"' EXIT
+echo "== benchmarks (the player's event dispatcher)"
+"$build/bin/tarvoke_bench" --benchmark_out="$out/main.json" --benchmark_out_format=json "$@"
+echo "== the yield with Qt's default GLib dispatcher, for comparison"
+"$build/bin/tarvoke_bench" --benchmark_filter='Yield|ProcessEvents' \
+  --benchmark_out="$out/glib.json" --benchmark_out_format=json "$@" --glib
+
+echo "== the player end to end: tarvoke-play --dry-run on a loop of 300,001 statements"
+passes=100000
+printf 'Function(Main);\nInt(i, 0);\nWhile(i < %d);\n  Add(i, 1);\nEndWhile();\nEndFunction();\n' $passes >"$out/loop.tk"
+/usr/bin/env time -f '%e %U %S' -o "$out/player.time" "$build/bin/tarvoke-play" --dry-run "$out/loop.tk"
+
+python3 bench/summary.py "$out/main.json" "$out/glib.json" "$out/player.time" $((3 * passes + 3))

@@ -1,0 +1,67 @@
+#!/usr/bin/env python3
+"""Prints the benchmark figures against their targets.
+
+usage: summary.py MAIN.json GLIB.json PLAYER.time STATEMENTS
+CPU times are used: on a shared machine the wall clock also counts the time
+other programs held the processor.
+"""
+import json
+import sys
+
+
+def load(path):
+    with open(path) as f:
+        return {b["name"]: b for b in json.load(f)["benchmarks"] if b.get("run_type") == "iteration"}
+
+
+def ms(b):
+    scale = {"ns": 1e-6, "us": 1e-3, "ms": 1.0, "s": 1e3}[b["time_unit"]]
+    return b["cpu_time"] * scale
+
+
+def ns(b):
+    scale = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}[b["time_unit"]]
+    return b["cpu_time"] * scale
+
+
+def verdict(ok):
+    return "ok" if ok else "MISSED"
+
+
+def main():
+    main_runs, glib_runs = load(sys.argv[1]), load(sys.argv[2])
+    with open(sys.argv[3]) as f:
+        wall, user, system = (float(x) for x in f.read().split()[-3:])
+    statements = int(sys.argv[4])
+
+    print("\n== summary (CPU time)")
+    loads = {mb: ms(main_runs[f"BM_LoadRecording/{mb}"]) for mb in (1, 4, 10)}
+    print("Load of a recording:  " + ", ".join(f"{mb} MB {t:.0f} ms" for mb, t in loads.items()) +
+          f"  ({loads[10] / 10:.1f} ms per MB at 10 MB, {loads[1]:.1f} at 1 MB)"
+          f"  target < 1000 ms at 10 MB: {verdict(loads[10] < 1000)}")
+
+    per = {name: main_runs[name]["per_statement"] * 1e9 for name in main_runs if "per_statement" in main_runs[name]}
+    arithmetic = per["BM_ArithmeticLoop/100000"]
+    print(f"Run loop, no yield:   {arithmetic:.0f} ns per statement (While/Add), mixed {per['BM_MixedLoop']:.0f} ns"
+          f"  target < 100 ns: {verdict(arithmetic < 100)}")
+    skips = [per[f"BM_IfSkip/{n}"] for n in (1, 100, 10000)] + [per[f"BM_WhileSkip/{n}"] for n in (1, 100, 10000)]
+    print(f"Skips over 1/100/10000 statements: if {skips[0]:.0f}/{skips[1]:.0f}/{skips[2]:.0f} ns,"
+          f" while {skips[3]:.0f}/{skips[4]:.0f}/{skips[5]:.0f} ns per statement (flat: no rescan)")
+
+    yield_loop = per["BM_YieldLoop/100000"]
+    glib_loop = glib_runs["BM_YieldLoop/100000"]["per_statement"] * 1e9
+    print(f"With the real yield:  {yield_loop:.0f} ns per statement, {1e9 / yield_loop:,.0f} statements/s"
+          f" (processEvents alone {ns(main_runs['BM_ProcessEvents']):.0f} ns;"
+          f" GLib dispatcher {glib_loop:.0f} ns per statement)  target <= 2000 ns: {verdict(yield_loop <= 2000)}")
+    player_cpu = (user + system) / statements * 1e9
+    print(f"tarvoke-play --dry-run, {statements:,} statements: {user + system:.2f} s CPU ({wall:.2f} s wall),"
+          f" {player_cpu:.0f} ns per statement including start-up and load")
+
+    lookups = [ns(main_runs[f"BM_GetVariable/{n}"]) for n in (10, 1000, 100000)]
+    loops = [per[f"BM_LoopAmongVariables/{n}"] for n in (10, 1000, 100000)]
+    print(f"Variable look-up with 10/1,000/100,000 variables: {lookups[0]:.0f}/{lookups[1]:.0f}/{lookups[2]:.0f} ns;"
+          f" a loop among them {loops[0]:.0f}/{loops[1]:.0f}/{loops[2]:.0f} ns per statement")
+
+
+if __name__ == "__main__":
+    main()
