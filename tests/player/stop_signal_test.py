@@ -14,9 +14,24 @@ import time
 SCRIPT = "Function(Main);\nWhile(1=1);\nEndWhile();\nEndFunction();\n"
 
 
+def catches(pid, number):
+    """Whether the process has a handler of its own for the signal."""
+    try:
+        with open(f"/proc/{pid}/status") as f:
+            caught = next(line for line in f if line.startswith("SigCgt:"))
+    except (OSError, StopIteration):
+        return False
+    return bool(int(caught.split()[1], 16) >> (number - 1) & 1)
+
+
 def stop_with(player, script, number, want_status):
     run = subprocess.Popen([player, "--dry-run", script], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-    time.sleep(0.5)
+    # A slow start (sanitizers, a busy machine) must not meet the signal
+    # before the player handles it; then the loop runs a little.
+    deadline = time.monotonic() + 30
+    while not catches(run.pid, number) and run.poll() is None and time.monotonic() < deadline:
+        time.sleep(0.01)
+    time.sleep(0.3)
     if run.poll() is not None:
         return f"the loop ended by itself with status {run.returncode}"
     run.send_signal(number)
