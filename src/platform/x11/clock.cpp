@@ -19,14 +19,10 @@ timespec monotonicNow() {
     return now;
 }
 
-timespec addMs(timespec time, int32_t ms) {
-    time.tv_sec += ms / 1000;
-    time.tv_nsec += static_cast<long>(ms % 1000) * 1000000L;
-    if (time.tv_nsec >= 1000000000L) {
-        time.tv_nsec -= 1000000000L;
-        ++time.tv_sec;
-    }
-    return time;
+int64_t nanoseconds(timespec time) { return static_cast<int64_t>(time.tv_sec) * 1'000'000'000 + time.tv_nsec; }
+
+timespec fromNanoseconds(int64_t ns) {
+    return timespec{static_cast<time_t>(ns / 1'000'000'000), static_cast<long>(ns % 1'000'000'000)};
 }
 
 }  // namespace
@@ -50,9 +46,14 @@ void RealClock::wait(int32_t ms) {
         yield();
         return;
     }
+    // Only the outermost wait is laid end to end with the one before it.
+    const int64_t nowNs = nanoseconds(monotonicNow());
+    const int64_t deadlineNs = m_depth == 0 ? m_schedule.deadlineFor(nowNs, ms) : nowNs + int64_t{ms} * 1'000'000;
+    if (m_depth > 0) m_schedule.interrupted();
     itimerspec deadline{};
-    deadline.it_value = addMs(monotonicNow(), ms);
+    deadline.it_value = fromNanoseconds(deadlineNs);
     timerfd_settime(fd, TFD_TIMER_ABSTIME, &deadline, nullptr);
+    ++m_depth;
 
     bool due = false;
     const uint64_t cancels = m_cancels;
@@ -69,6 +70,10 @@ void RealClock::wait(int32_t ms) {
         while (!due && cancels == m_cancels) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
     ::close(fd);
+    if (--m_depth == 0) {
+        if (due) m_schedule.reached(deadlineNs);
+        else m_schedule.interrupted();
+    }
 }
 
 }  // namespace tarvoke::platform::x11

@@ -5,6 +5,7 @@
 // wait neither shares nor re-arms an outer one.
 
 #include "platform/clock.h"
+#include "platform/waitschedule.h"
 
 #include <cstdint>
 
@@ -22,6 +23,8 @@ public:
 private:
     // Waits started before the latest cancelWaits end; those started after run on.
     uint64_t m_cancels = 0;
+    int m_depth = 0;  // waits in progress, nested in each other
+    WaitSchedule m_schedule;
 };
 
 }  // namespace tarvoke::platform::x11

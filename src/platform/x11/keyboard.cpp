@@ -67,15 +67,15 @@ int Keyboard::levelOf(KeyCode keycode, KeySym keysym) {
     return -1;
 }
 
-std::vector<KeyCode> Keyboard::keycodesOf(KeySym keysym) {
+const std::vector<KeyCode>& Keyboard::keycodesOf(KeySym keysym) {
+    static const std::vector<KeyCode> kNone;
     if (m_stale) load();
-    if (keysym == NoSymbol) return {};
+    if (keysym == NoSymbol) return kNone;
     if (auto it = m_codesOf.find(keysym); it != m_codesOf.end()) return it->second;
     std::vector<KeyCode> codes;
     for (int code = m_min; code <= m_max; ++code)
         if (levelOf(static_cast<KeyCode>(code), keysym) >= 0) codes.push_back(static_cast<KeyCode>(code));
-    m_codesOf.emplace(keysym, codes);
-    return codes;
+    return m_codesOf.emplace(keysym, std::move(codes)).first->second;
 }
 
 KeyCode Keyboard::keycodeOfEvdev(uint16_t evdevCode) const {

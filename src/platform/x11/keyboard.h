@@ -20,7 +20,9 @@ public:
     ~Keyboard();
 
     // Every keycode that carries the keysym at any level.
-    std::vector<KeyCode> keycodesOf(KeySym keysym);
+    // The reference lives until the keyboard map changes; the key state reads
+    // it on every tick, so it is never copied.
+    const std::vector<KeyCode>& keycodesOf(KeySym keysym);
     // The level (0 plain, 1 shifted, ...) at which a keycode carries the keysym; -1 if not.
     int levelOf(KeyCode keycode, KeySym keysym);
     // The X keycode of a physical key (evdev code + 8); 0 when out of range.

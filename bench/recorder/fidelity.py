@@ -1,0 +1,171 @@
+#!/usr/bin/env python3
+"""Record-then-replay fidelity, beside cnee, on the private X server.
+
+The same 30-second sequence of key taps and clicks (up to 50 key events per
+second) is played into a test window by xdotool while a recorder records it;
+the recording is then replayed into a fresh test window. For each recorder
+the report gives the events lost, the events reordered and the mean and worst
+timing error of the replay against the original (server times, aligned on the
+first event). Last, the CPU use of our sampler while the user does nothing.
+
+Run by bench/run.sh (or: .ci/with-desktop.sh bench/recorder/fidelity.py build/bin).
+"""
+import difflib
+import os
+import random
+import signal
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+sys.path.insert(0, os.path.join(HERE, "..", "..", "tests", "desktop"))
+from testwindow import TestWindow  # noqa: E402
+
+BIN = os.path.abspath(sys.argv[1] if len(sys.argv) > 1 else "build/bin")
+PLAY = os.path.join(BIN, "tarvoke-play")
+os.environ.setdefault("TARVOKE_TESTWINDOW", os.path.join(BIN, "tarvoke-testwindow"))
+SECONDS = 30
+LEAD = 1.0
+STOP_KEYSYMS = {"0xffe3", "0xffe4", "0x30"}  # Control_L, Control_R, 0: our stop hotkey
+
+
+def sequence(window, seed=7):
+    """xdotool commands for SECONDS seconds: bursts of typing at 25 taps (50
+    key events) per second, quiet gaps, and a click now and then."""
+    rng = random.Random(seed)
+    commands, t = [], 0.0
+    while t < SECONDS:
+        if rng.random() < 0.15:
+            x, y = window.point("child", rng.randint(5, 150), rng.randint(5, 80))
+            commands += ["mousemove", x, y, "sleep", 0.05, "mousedown", 1, "sleep", 0.06, "mouseup", 1, "sleep", 0.1]
+            t += 0.21
+        for _ in range(rng.randint(5, 25)):
+            key = rng.choice("abcdefghijklmnopqrstuvwxyz")
+            commands += ["keydown", key, "sleep", 0.02, "keyup", key, "sleep", 0.02]
+            t += 0.04
+        gap = rng.uniform(0.1, 0.6)
+        commands += ["sleep", round(gap, 3)]
+        t += gap
+    return [str(c) for c in commands]
+
+
+def inputs(window):
+    events = []
+    for e in window.events("KeyPress", "KeyRelease", "ButtonPress", "ButtonRelease"):
+        if e.get("keysym") in STOP_KEYSYMS:
+            continue
+        events.append(((e["type"], e.get("keysym") or e.get("button")), int(e["time"])))
+    return events
+
+
+def press_stop_hotkey():
+    for step in (["keydown", "ctrl"], ["keydown", "0"], ["sleep", "0.08"], ["keyup", "0"], ["keyup", "ctrl"]):
+        subprocess.run(["xdotool", *step], check=True)
+
+
+class Tarvoke:
+    name = "tarvoke"
+
+    def record(self, path, drive):
+        recorder = subprocess.Popen([PLAY, "--record", path, "--force"], stderr=subprocess.DEVNULL)
+        time.sleep(LEAD)
+        drive()
+        time.sleep(0.3)
+        press_stop_hotkey()
+        recorder.wait(timeout=20)
+
+    def replay(self, path):
+        subprocess.run([PLAY, path], check=True, timeout=SECONDS * 3)
+
+
+class Cnee:
+    name = "cnee"
+
+    def record(self, path, drive):
+        recorder = subprocess.Popen(["cnee", "--record", "--keyboard", "--mouse", "-o", path,
+                                     "--seconds-to-record", str(int(LEAD + SECONDS + 8)), "-e", os.devnull])
+        time.sleep(LEAD)
+        drive()
+        time.sleep(0.3)
+        recorder.send_signal(signal.SIGINT)
+        try:
+            recorder.wait(timeout=20)
+        except subprocess.TimeoutExpired:
+            recorder.kill()
+
+    def replay(self, path):
+        subprocess.run(["cnee", "--replay", "-f", path, "-e", os.devnull], timeout=SECONDS * 3)
+
+
+def compare(original, replayed):
+    a = [what for what, _ in original]
+    b = [what for what, _ in replayed]
+    matcher = difflib.SequenceMatcher(a=a, b=b, autojunk=False)
+    pairs = [(i + k, j + k) for i, j, n in matcher.get_matching_blocks() for k in range(n)]
+    remaining = list(b)
+    lost = 0
+    for what in a:
+        if what in remaining:
+            remaining.remove(what)
+        else:
+            lost += 1
+    reordered = len(a) - lost - len(pairs)
+    errors = []
+    if pairs:
+        (i0, j0) = pairs[0]
+        errors = [abs((replayed[j][1] - replayed[j0][1]) - (original[i][1] - original[i0][1])) for i, j in pairs]
+    return {"events": len(a), "lost": lost, "reordered": reordered,
+            "mean_ms": statistics.mean(errors) if errors else float("nan"),
+            "worst_ms": max(errors) if errors else float("nan")}
+
+
+def measure(tool, folder):
+    path = os.path.join(folder, tool.name + ".rec")
+    with TestWindow() as window:
+        commands = sequence(window)
+        tool.record(path, lambda: subprocess.run(["xdotool", *commands], check=True))
+        original = inputs(window)
+    with TestWindow() as window:
+        tool.replay(path)
+        time.sleep(0.5)
+        replayed = inputs(window)
+    return compare(original, replayed)
+
+
+def idle_cpu_percent(folder, seconds=10):
+    recorder = subprocess.Popen([PLAY, "--record", os.path.join(folder, "idle.tk"), "--force"], stderr=subprocess.DEVNULL)
+    time.sleep(1)
+
+    def ticks():
+        with open("/proc/%d/stat" % recorder.pid) as f:
+            fields = f.read().rsplit(")", 1)[1].split()
+        return int(fields[11]) + int(fields[12])
+
+    start, began = ticks(), time.monotonic()
+    time.sleep(seconds)
+    used = (ticks() - start) / os.sysconf("SC_CLK_TCK")
+    elapsed = time.monotonic() - began
+    recorder.send_signal(signal.SIGINT)
+    recorder.wait(timeout=10)
+    return 100.0 * used / elapsed
+
+
+def main():
+    with tempfile.TemporaryDirectory(prefix="tarvoke-fidelity-") as folder:
+        results = {tool.name: measure(tool, folder) for tool in (Tarvoke(), Cnee())}
+        cpu = idle_cpu_percent(folder)
+    print("record then replay, %d s, up to 50 key events/s:" % SECONDS)
+    print("%-8s %7s %5s %9s %8s %8s" % ("tool", "events", "lost", "reordered", "mean ms", "worst ms"))
+    for name, r in results.items():
+        print("%-8s %7d %5d %9d %8.2f %8.1f" % (name, r["events"], r["lost"], r["reordered"], r["mean_ms"], r["worst_ms"]))
+    ours, theirs = results["tarvoke"], results["cnee"]
+    if theirs["mean_ms"] > 0:
+        print("mean timing error, tarvoke / cnee: %.2f" % (ours["mean_ms"] / theirs["mean_ms"]))
+    print("sampler CPU while idle: %.2f%% of one core" % cpu)
+
+
+if __name__ == "__main__":
+    main()
