@@ -24,3 +24,14 @@ printf 'Function(Main);\nInt(i, 0);\nWhile(i < %d);\n  Add(i, 1);\nEndWhile();\n
 /usr/bin/env time -f '%e %U %S' -o "$out/player.time" "$build/bin/tarvoke-play" --dry-run "$out/loop.tk"
 
 python3 bench/summary.py "$out/main.json" "$out/glib.json" "$out/player.time" $((3 * passes + 3))
+
+echo "== the desktop: pause accuracy, injection rate"
+bench/desktop.sh "$build"
+echo "== screen analysis"
+bench/screen/run.sh
+echo "== the recorder: record then replay, beside cnee"
+cmake --build "$build" --target tarvoke-testwindow >/dev/null
+bench/recorder/run.sh "$build"
+echo "== the windows: play start, editor keystroke, hotkey"
+cmake --build "$build" --target app_bench >/dev/null
+.ci/with-desktop.sh "$build/bin/app_bench"
