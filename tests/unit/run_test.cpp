@@ -3,6 +3,15 @@
 namespace tarvoke::test {
 namespace {
 
+// A clock whose yield runs a handler, as a hotkey would inside a run.
+struct YieldHookClock : platform::Clock {
+    std::function<void()> onYield;
+    void yield() override { onYield(); }
+    void wait(int32_t) override {}
+    void cancelWaits() override {}
+    int64_t monotonicMs() override { return 0; }
+};
+
 class RunTest : public EngineTest {
 protected:
     // Runs a script and gives the lines it ran, in order.
@@ -108,13 +117,7 @@ TEST_F(RunTest, RunsAgainOnOneLoadWithItsVariables) {
 
 TEST_F(RunTest, StopDuringAYieldEndsAfterOneMoreStatement) {
     int yields = 0;
-    struct StoppingClock : platform::Clock {
-        std::function<void()> onYield;
-        void yield() override { onYield(); }
-        void wait(int32_t) override {}
-        void cancelWaits() override {}
-        int64_t monotonicMs() override { return 0; }
-    } clock;
+    YieldHookClock clock;
     clock.onYield = [&] {
         if (++yields == 3) engine.StopExecution();
     };
@@ -128,13 +131,7 @@ TEST_F(RunTest, StopDuringAYieldEndsAfterOneMoreStatement) {
 }
 
 TEST_F(RunTest, PauseKeepsTheLine) {
-    struct PausingClock : platform::Clock {
-        std::function<void()> onYield;
-        void yield() override { onYield(); }
-        void wait(int32_t) override {}
-        void cancelWaits() override {}
-        int64_t monotonicMs() override { return 0; }
-    } clock;
+    YieldHookClock clock;
     int yields = 0;
     clock.onYield = [&] {
         if (++yields == 2) engine.PauseExecution();
