@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds Tarvoke and runs every test: the logic and
-# script tests in parallel, a sanitizer pass over the core and the player,
+# script tests in parallel, a sanitizer pass over the core and the player, a
+# bounded fuzzing run of the script loader,
 # and the desktop tests one at a time on a private X server.
 set -euo pipefail
 cd "$(dirname "$0")"
@@ -21,6 +22,9 @@ cmake -S . -B build-asan -G Ninja -DCMAKE_BUILD_TYPE=Debug -DTARVOKE_SANITIZE=ON
   -DTARVOKE_BENCHMARKS=OFF >/dev/null
 cmake --build build-asan -j "$jobs"
 ctest --test-dir build-asan -j "$jobs" -LE desktop --output-on-failure
+
+echo "== fuzzing the script loader (libFuzzer, 25 s)"
+tests/fuzz/run.sh 25
 
 if ctest --test-dir build -N -L desktop | grep -q "Total Tests: [1-9]"; then
   echo "== desktop tests"

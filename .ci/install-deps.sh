@@ -8,6 +8,7 @@ packages=(
   qt6-base-dev libgl-dev
   libx11-dev libxtst-dev libxi-dev libxext-dev
   libgtest-dev libgmock-dev libbenchmark-dev
+  clang-14 libclang-rt-14-dev
   xvfb openbox x11-utils xdotool
 )
 

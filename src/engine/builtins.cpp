@@ -59,8 +59,15 @@ std::optional<std::string> cut(const std::string& text, const std::string& start
     return text.substr(static_cast<size_t>(*start) - 1, static_cast<size_t>(*length));
 }
 
-std::string replaceAll(const std::string& text, const std::string& find, const std::string& with) {
+// Empty when the result would be longer than limit.
+std::optional<std::string> replaceAll(const std::string& text, const std::string& find, const std::string& with,
+                                      size_t limit) {
     if (find.empty()) return text;
+    if (with.size() > find.size()) {
+        size_t hits = 0;
+        for (size_t hit = 0; (hit = text.find(find, hit)) != std::string::npos; hit += find.size()) ++hits;
+        if (text.size() + hits * (with.size() - find.size()) > limit) return std::nullopt;
+    }
     std::string out;
     size_t start = 0;
     for (size_t hit; (hit = text.find(find, start)) != std::string::npos; start = hit + find.size())
@@ -149,7 +156,7 @@ void SC::runTextCommand(int32_t functionID) {
     if (functionID == static_cast<int32_t>(Command::Parse)) {
         if (auto piece = cut(text, second, third)) m_value.sValue = std::move(*piece);
     } else {
-        m_value.sValue = replaceAll(text, second, third);
+        if (auto replaced = replaceAll(text, second, third, m_maxTextBytes)) m_value.sValue = std::move(*replaced);
     }
     AddSetVariable(p[0], kText, 11);
 }

@@ -73,6 +73,9 @@ public:
 
     // Wiring.
     void setExternalCommands(ExternalCommands* commands) { m_external = commands; }
+    // The longest text a variable holds, 2^31 - 1 bytes as the language's
+    // texts; a step that would make a longer one fails. Tests lower it.
+    void setMaxTextBytes(size_t bytes) { m_maxTextBytes = bytes; }
     // Called for every statement run while the execute type is 2.
     void setStatementCounter(std::function<void()> counter) { m_countStatement = std::move(counter); }
 
@@ -144,6 +147,7 @@ private:
     std::vector<Variable<double>> m_doubleVariables;
     std::unordered_map<std::string, NameSlots> m_names;
     ValueSlot m_value;
+    size_t m_maxTextBytes = 2147483647;
 };
 
 }  // namespace tarvoke::engine

@@ -209,18 +209,26 @@ void SC::AddSetVariable(const std::string& sVariableName, int32_t sVariableType,
 
 void SC::applyToText(std::string& value, int32_t FUNCTION_ID) {
     const bool textOperand = m_value.lngValueType == kText;
+    // A text that would outgrow the longest text the language holds is a
+    // failed step: the variable stays as it was.
+    auto fits = [this](size_t size) { return size <= m_maxTextBytes; };
     switch (FUNCTION_ID) {
     case 11: value = slotText(m_value); break;
-    case 12: value += slotText(m_value); break;
+    case 12: {
+        const std::string operand = slotText(m_value);
+        if (fits(value.size() + operand.size())) value += operand;
+        break;
+    }
     case 13:
     case 14: removeAll(value, slotText(m_value)); break;
     case 15: {
         if (textOperand) {
-            value += m_value.sValue;
+            if (fits(value.size() + m_value.sValue.size())) value += m_value.sValue;
             break;
         }
         const auto times = m_value.lngValueType == kLong ? roundToInt16(m_value.lngValue) : roundToInt16(m_value.dblValue);
         if (!times) return;
+        if (*times > 0 && !fits(value.size() * static_cast<size_t>(*times))) return;
         std::string repeated;
         for (int16_t i = 0; i < *times; ++i) repeated += value;
         value = std::move(repeated);

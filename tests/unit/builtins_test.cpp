@@ -105,6 +105,28 @@ INSTANTIATE_TEST_SUITE_P(Text, BuiltinCases, ::testing::Values(
     Case{"string(s, abc); replace(s, \"\", x);", "s", 8, "abc"},
     Case{"string(s, aaa); replace(s, aa, a);", "s", 8, "aa"}));
 
+TEST_F(BuiltinsTest, ATextNeverOutgrowsTheLimit) {
+    // Steps that would pass the limit fail and leave the text; those that
+    // reach it exactly succeed. Without the limit a loop of Multiply grows a
+    // text until memory runs out.
+    engine.setMaxTextBytes(8);
+    struct Limit {
+        const char* script;
+        const char* value;
+    } cases[] = {
+        {"string(s, abcd); multiply(s, 2);", "abcdabcd"},
+        {"string(s, abcd); multiply(s, 3);", "abcd"},
+        {"string(s, abcd); add(s, efgh); add(s, i);", "abcdefgh"},
+        {"string(s, abcd); multiply(s, efghi);", "abcd"},
+        {"string(s, aaaa); replace(s, a, bb);", "bbbbbbbb"},
+        {"string(s, aaaaa); replace(s, a, bb);", "aaaaa"},
+    };
+    for (const Limit& c : cases) {
+        run(c.script);
+        EXPECT_EQ(valueOf("s"), c.value) << c.script;
+    }
+}
+
 TEST_F(BuiltinsTest, MessageStyles) {
     run("message(hello); message(0x4142, normal, title); message(Hello World, Critical, x);"
         "message(a, reading, t); message(a, bogus, t); message(a, \"\", t);");
