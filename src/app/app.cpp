@@ -58,6 +58,16 @@ FrmBasic& App::frmBasic() {
     return *m_frmBasic;
 }
 
+void App::showModeWindow() {
+    if (bBasicMode) {
+        FrmBasic& basic = frmBasic();
+        basic.show();
+        basic.timers().setInputsTimer(true);
+    } else {
+        frmMain().show();
+    }
+}
+
 void App::hideChoice() {
     if (m_frmChoice) m_frmChoice->hide();
 }

@@ -73,6 +73,8 @@ public:
     FrmChoice& frmChoice();
     FrmMain& frmMain();
     FrmBasic& frmBasic();
+    // Shows the window of the saved mode, with Basic Mode's hotkey poll on.
+    void showModeWindow();
     bool frmMainLoaded() const { return m_frmMain != nullptr; }
     bool frmBasicLoaded() const { return m_frmBasic != nullptr; }
     void hideChoice();

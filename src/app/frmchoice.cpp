@@ -31,13 +31,7 @@ FrmChoice::FrmChoice(App& app) : m_app(app) {
 void FrmChoice::cmdOK_Click() {
     m_app.bBasicMode = optBasic->isChecked();
     m_app.SaveSettings();
-    if (m_app.bBasicMode) {
-        FrmBasic& basic = m_app.frmBasic();
-        basic.show();
-        basic.timers().setInputsTimer(true);
-    } else {
-        m_app.frmMain().show();
-    }
+    m_app.showModeWindow();
     hide();
 }
 

@@ -77,12 +77,8 @@ void FrmSplash2::ShowStartWindow() {
     m_app.SaveSettings();
     if (m_app.bFirstRun) {
         m_app.frmChoice().show();
-    } else if (m_app.bBasicMode) {
-        FrmBasic& basic = m_app.frmBasic();
-        basic.show();
-        basic.timers().setInputsTimer(true);
     } else {
-        m_app.frmMain().show();
+        m_app.showModeWindow();
     }
     hide();
 }
