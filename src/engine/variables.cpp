@@ -89,6 +89,7 @@ std::string slotText(const ValueSlot& slot) {
 
 bool SC::readLastPosition(const std::string& name, int32_t& value) const {
     if (name.size() != 2 || name[0] != 'l') return false;
+    if (name[1] == 'x' || name[1] == 'y') m_session.settleLastClick();
     if (name[1] == 'x') value = m_session.intLastX;
     else if (name[1] == 'y') value = m_session.intLastY;
     else return false;

@@ -13,7 +13,8 @@ constexpr uint32_t kKeyMessageLParam = 0x10001;
 
 }  // namespace
 
-std::optional<int16_t> ResolveCoordinate(const Session& session, std::string_view text) {
+std::optional<int16_t> ResolveCoordinate(Session& session, std::string_view text) {
+    if (text == "lx" || text == "ly") session.settleLastClick();
     if (text == "lx") return session.intLastX;
     if (text == "ly") return session.intLastY;
     return engine::TextToInt16(text);
@@ -45,16 +46,13 @@ void SendKeyUp(Session& session, uint8_t code) {
 
 void plainButton(Session& session, uint32_t firstFlag, uint32_t secondFlag) {
     platform::Input& input = *session.platform.input;
-    session.ptCursor = input.cursorPos();
+    // The position is asked for before the button goes down, and the
+    // display answers in order, so it is the one at the click. An earlier
+    // position that cannot fail the 16-bit rule is overtaken unread.
+    if (session.pendingClickPoint && !session.pendingClickPoint->fitsInt16()) session.settleLastClick();
+    session.pendingClickPoint = input.askCursorPos();
     input.mouseEvent(firstFlag);
     if (secondFlag != 0) input.mouseEvent(secondFlag);
-    // A position beyond 16 bits ends the step before "lx" and "ly" change.
-    const auto x = engine::roundToInt16(session.ptCursor.x);
-    if (!x) return;
-    session.intLastX = *x;
-    const auto y = engine::roundToInt16(session.ptCursor.y);
-    if (!y) return;
-    session.intLastY = *y;
 }
 
 void exButton(Session& session, const std::string& xText, const std::string& yText, uint32_t message, uint32_t flag) {
@@ -69,6 +67,7 @@ void exButton(Session& session, const std::string& xText, const std::string& yTe
     }
     session.platform.input->setCursorPos(*x, *y);
     session.platform.input->mouseEvent(flag);
+    session.pendingClickPoint.reset();
     session.intLastX = *x;
     session.intLastY = *y;
 }

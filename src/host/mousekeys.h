@@ -17,7 +17,7 @@ namespace tarvoke::host {
 constexpr int32_t kTwipsPerPixel = 15;
 
 // "lx", "ly" or a 16-bit number; empty when the text is none of these.
-std::optional<int16_t> ResolveCoordinate(const Session& session, std::string_view text);
+std::optional<int16_t> ResolveCoordinate(Session& session, std::string_view text);
 
 // The lParam of a button message: x and y divided by the twips per pixel
 // (truncating), y in the high half, x in the low, each two's complement.

@@ -48,7 +48,10 @@ class ScreenCommands {
 public:
     ScreenCommands(SC& engine, int32_t line)
         : m_engine(engine), m_session(engine.session()), m_line(line), m_p(engine, line),
-          m_last{m_session.intLastX, m_session.intLastY} {}
+          m_last{m_session.intLastX, m_session.intLastY} {
+        // The searches write "lx" and "ly" one by one.
+        m_session.settleLastClick();
+    }
 
     void loadImage() {
         const std::string image = m_p.text(1), path = m_p.text(2);

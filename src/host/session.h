@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -26,6 +27,11 @@ struct Session {
     int16_t intLastX = 0;
     int16_t intLastY = 0;
     platform::Point ptCursor;
+    // A plain click notes where the cursor was for "lx" and "ly" without
+    // waiting for the display's answer. Whoever reads or writes the two
+    // settles it first.
+    std::unique_ptr<platform::PendingPoint> pendingClickPoint;
+    void settleLastClick();
     std::string sScriptFolder;
 
     // Set by the player's --percent: the pause factor is fixed and

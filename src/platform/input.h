@@ -2,6 +2,7 @@
 // Synthetic input: the input stream at the cursor, and messages to one window.
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -31,11 +32,38 @@ struct KeyStroke {
     bool operator==(const KeyStroke&) const = default;
 };
 
+// A cursor position asked for and not read yet.
+class PendingPoint {
+public:
+    virtual ~PendingPoint() = default;
+    // The position at the moment it was asked for; the first call may wait
+    // for the answer.
+    virtual Point get() = 0;
+    // Whether both coordinates are sure to fit in 16 bits (the display's
+    // are, by its protocol), so that a newer position may replace this one
+    // unread.
+    virtual bool fitsInt16() const { return false; }
+};
+
+// A position known at once.
+class KnownPoint : public PendingPoint {
+public:
+    explicit KnownPoint(Point point) : m_point(point) {}
+    Point get() override { return m_point; }
+
+private:
+    Point m_point;
+};
+
 class Input {
 public:
     virtual ~Input() = default;
     virtual void setCursorPos(int32_t x, int32_t y) = 0;
     virtual Point cursorPos() = 0;
+    // Asks where the cursor is without waiting for the answer, for a caller
+    // that may not look at it for a while, or never: a click that notes its
+    // position.
+    virtual std::unique_ptr<PendingPoint> askCursorPos() { return std::make_unique<KnownPoint>(cursorPos()); }
     // A button event at the cursor; flags is one of MouseFlags.
     virtual void mouseEvent(uint32_t flags) = 0;
     virtual void keyEvent(uint8_t vk, uint32_t flags) = 0;

@@ -33,8 +33,8 @@ class Script:
         with open(self.path, "w") as out:
             out.write("Function(Main);\n" + text + "\nEndFunction();\n")
 
-    def run(self, timeout=20):
-        return subprocess.run([PLAY, self.path], capture_output=True, text=True, timeout=timeout,
+    def run(self, *options, timeout=20):
+        return subprocess.run([PLAY, *options, self.path], capture_output=True, text=True, timeout=timeout,
                               env=dict(os.environ, TARVOKE_SETTINGS_DIR=self.folder.name))
 
     def start(self):
@@ -105,6 +105,16 @@ class ActingOnTheDesktop(unittest.TestCase):
             "ButtonRelease win=child sent=1 button=3 x=3 y=2 keysym=",
         ])
 
+    def test_a_plain_click_notes_where_it_happened(self):
+        # Moved by xdotool's warp, which the server reports to no raw-event
+        # listener: the position must come from the server itself.
+        xdotool("mousemove", 321, 234)
+        result = Script("LeftClick();\nMoveMouse(5, 6);\nInt(a, 0);\nAdd(a, lx);\nInt(b, 0);\nAdd(b, ly);").run(
+            "--dump")
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertIn("Long: a, value: 321\n", result.stdout)
+        self.assertIn("Long: b, value: 234\n", result.stdout)
+
     def test_start_runs_a_program_whose_window_appears(self):
         testwindow = os.environ["TARVOKE_TESTWINDOW"]
         result = Script('StartEx("%s", "--class Launched --title \'Launched Window\'", normal);' % testwindow).run()
@@ -162,6 +172,43 @@ class StoppingARun(unittest.TestCase):
 
     def test_sigterm_stops_a_pause(self):
         self.stop_within_a_second(self.PAUSE, lambda p: p.send_signal(signal.SIGTERM), 143)
+
+
+def windows_named(title):
+    return subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "^%s$" % title], capture_output=True,
+                          text=True).stdout.split()
+
+
+def wait_until(condition, timeout=5):
+    deadline = time.monotonic() + timeout
+    while not condition() and time.monotonic() < deadline:
+        time.sleep(0.02)
+    return condition()
+
+
+class MessageBoxes(unittest.TestCase):
+    def test_the_run_waits_until_the_box_is_closed(self):
+        with TestWindow() as window:
+            x, y = window.point("top", 30, 40)
+            script = Script("Message(Hello there, information, Greeting);\nMoveMouse(%d, %d);\nLeftClick();" % (x, y))
+            process = script.start()
+            self.assertTrue(wait_until(lambda: windows_named("Greeting")), "no message box appeared")
+            time.sleep(0.3)
+            self.assertEqual(window.events("ButtonPress"), [], "the run went on past the open box")
+            box = windows_named("Greeting")[0]
+            xdotool("windowactivate", "--sync", box, "key", "--clearmodifiers", "Return")
+            _, errors = process.communicate(timeout=10)
+            self.assertEqual(process.returncode, 0, errors)
+            self.assertEqual(len(window.wait_for(2, "ButtonPress", "ButtonRelease")), 2)
+
+    def test_a_stop_closes_the_open_box(self):
+        script = Script("Message(Still here, normal, Unanswered);\nPause(60000);")
+        process = script.start()
+        self.assertTrue(wait_until(lambda: windows_named("Unanswered")), "no message box appeared")
+        process.send_signal(signal.SIGINT)
+        _, errors = process.communicate(timeout=5)
+        self.assertEqual(process.returncode, 130, errors)
+        self.assertTrue(wait_until(lambda: not windows_named("Unanswered")), "the box stayed open")
 
 
 class WithoutADisplay(unittest.TestCase):

@@ -27,10 +27,6 @@ std::string waylandNotice() {
     return isSet("WAYLAND_DISPLAY") ? "this is a Wayland session: tarvoke-play acts on X11 windows only" : "";
 }
 
-void preferX11ForQt() {
-    if (!isSet("QT_QPA_PLATFORM")) setenv("QT_QPA_PLATFORM", "xcb", 1);
-}
-
 std::unique_ptr<Desktop> Desktop::open() {
     std::unique_ptr<Desktop> desktop(new Desktop());
     desktop->m_x11 = platform::x11::X11Platform::open();

@@ -1,6 +1,7 @@
 #pragma once
-// The real desktop for a run of the player: the X11 platform, Qt message
-// boxes, and the hotkey poll that lets Ctrl+0 stop the run.
+// The real desktop for a run of the player: the X11 platform, message boxes
+// shown by a helper program, and the hotkey poll that lets Ctrl+0 stop the
+// run.
 
 #include <QObject>
 #include <functional>
@@ -24,9 +25,6 @@ namespace tarvoke::player {
 std::string desktopProblem();
 // The notice for a Wayland session, said once at start; empty elsewhere.
 std::string waylandNotice();
-// Makes Qt's own windows (message boxes) X11 windows too, unless the user
-// chose a Qt platform; call before the application object is made.
-void preferX11ForQt();
 
 class Desktop {
 public:
@@ -40,11 +38,13 @@ public:
     void pollHotkeys(std::function<void()> onStop);
     // Releases every key and button that the run pressed and did not release.
     void releaseAll();
+    // Closes the message boxes of the run that are still open.
+    void closeMessages() { m_messages.closeAll(); }
 
 private:
     Desktop() = default;
     std::unique_ptr<platform::x11::X11Platform> m_x11;
-    QtMessageBoxes m_messages;
+    HelperMessageBoxes m_messages;
     std::unique_ptr<QTimer> m_poll;
 };
 

@@ -1,7 +1,6 @@
 // tarvoke-play: runs a script from the command line, headless, in CI jobs
 // and over ssh.
 
-#include <QApplication>
 #include <QCoreApplication>
 #include <cerrno>
 #include <cstdio>
@@ -96,12 +95,11 @@ int main(int argc, char** argv) {
         if (const std::string problem = player::desktopProblem(); !problem.empty()) return fail(problem);
         if (const std::string notice = player::waylandNotice(); !notice.empty())
             std::fprintf(stderr, "tarvoke-play: %s\n", notice.c_str());
-        player::preferX11ForQt();
     }
     std::unique_ptr<QCoreApplication> app;
     {
         const player::UnixEventDispatcherChoice dispatcher;
-        app = onDesktop ? std::make_unique<QApplication>(argc, argv) : std::make_unique<QCoreApplication>(argc, argv);
+        app = std::make_unique<QCoreApplication>(argc, argv);
     }
     std::unique_ptr<player::Desktop> desktop;
     if (onDesktop && !(desktop = player::Desktop::open()))
@@ -142,13 +140,18 @@ int main(int argc, char** argv) {
     engine.setExternalCommands(&commands);
     playback::Playback playback(engine, session);
 
+    // A stopped run does not wait for a message box left open.
+    const auto stopRun = [&] {
+        playback.stop();
+        if (desktop) desktop->closeMessages();
+    };
     player::StopSignals stopSignals([&](int number) {
         status = 128 + number;
-        playback.stop();
+        stopRun();
     });
 
     // Ctrl+0 stops the run with status 0.
-    if (desktop) desktop->pollHotkeys([&] { playback.stop(); });
+    if (desktop) desktop->pollHotkeys(stopRun);
 
     playback.load(std::move(std::get<0>(script)));
     if (!options.loadOnly) playback.run(options.repeat);

@@ -1,8 +1,13 @@
 #include "platform/x11/input.h"
 
 #include <X11/XKBlib.h>
+#include <X11/Xlib-xcb.h>
 #include <X11/extensions/XTest.h>
 #include <X11/keysym.h>
+#include <xcb/xcb.h>
+
+#include <cstdlib>
+#include <optional>
 
 namespace tarvoke::platform::x11 {
 namespace {
@@ -31,6 +36,32 @@ constexpr ButtonMessage kButtonMessages[] = {
 
 constexpr uint32_t kKeyDownMessage = 256;
 constexpr uint32_t kKeyUpMessage = 257;
+
+// A pointer query sent through the connection's XCB side, which lets a
+// request go out now and its answer be read later.
+class PointerQuery : public PendingPoint {
+public:
+    PointerQuery(Display* display, Window root)
+        : m_connection(XGetXCBConnection(display)), m_cookie(xcb_query_pointer(m_connection, root)) {}
+    ~PointerQuery() override {
+        if (!m_point) xcb_discard_reply(m_connection, m_cookie.sequence);
+    }
+    Point get() override {
+        if (!m_point) {
+            xcb_query_pointer_reply_t* reply = xcb_query_pointer_reply(m_connection, m_cookie, nullptr);
+            m_point = reply ? Point{reply->root_x, reply->root_y} : Point{};
+            std::free(reply);
+        }
+        return *m_point;
+    }
+    // Root coordinates travel as 16-bit numbers.
+    bool fitsInt16() const override { return true; }
+
+private:
+    xcb_connection_t* m_connection;
+    xcb_query_pointer_cookie_t m_cookie;
+    std::optional<Point> m_point;
+};
 
 }  // namespace
 
@@ -74,6 +105,11 @@ Point X11Input::cursorPos() {
     unsigned mask = 0;
     XQueryPointer(m_x.display(), m_x.root(), &root, &child, &x, &y, &winX, &winY, &mask);
     return {x, y};
+}
+
+std::unique_ptr<PendingPoint> X11Input::askCursorPos() {
+    // Goes out with the next flush, ahead of what is queued after it.
+    return std::make_unique<PointerQuery>(m_x.display(), m_x.root());
 }
 
 void X11Input::mouseEvent(uint32_t flags) {

@@ -24,6 +24,7 @@ public:
         : m_x(connection), m_keyboard(keyboard), m_mapView(mapView) {}
     void setCursorPos(int32_t x, int32_t y) override;
     Point cursorPos() override;
+    std::unique_ptr<PendingPoint> askCursorPos() override;
     void mouseEvent(uint32_t flags) override;
     void keyEvent(uint8_t vk, uint32_t flags) override;
     void sendKeys(const std::string& keys, const std::vector<KeyStroke>& strokes) override;

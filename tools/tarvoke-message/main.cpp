@@ -1,0 +1,33 @@
+// tarvoke-message: shows one message box of a script for the player, so
+// that the player itself needs no widgets and starts in a few milliseconds.
+// Usage: tarvoke-message FLAGS, with the title, one NUL byte and the text
+// on standard input. Exits when the box is closed.
+
+#include <QApplication>
+#include <cstdio>
+#include <iostream>
+#include <iterator>
+#include <string>
+
+#include "app/scriptmessages.h"
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::fputs("usage: tarvoke-message FLAGS < title NUL text\n", stderr);
+        return 2;
+    }
+    char* end = nullptr;
+    const unsigned long flags = std::strtoul(argv[1], &end, 10);
+    if (*argv[1] == '\0' || *end != '\0') {
+        std::fprintf(stderr, "tarvoke-message: the flags '%s' are not a number\n", argv[1]);
+        return 2;
+    }
+    const std::string input((std::istreambuf_iterator<char>(std::cin)), std::istreambuf_iterator<char>());
+    const size_t split = input.find('\0');
+    const std::string title = split == std::string::npos ? std::string() : input.substr(0, split);
+    const std::string text = split == std::string::npos ? input : input.substr(split + 1);
+
+    QApplication app(argc, argv);
+    tarvoke::app::ScriptMessageBoxes().show(static_cast<uint32_t>(flags), title, text);
+    return 0;
+}
