@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
   cmake ninja-build g++ pkg-config python3
   qt6-base-dev libgl-dev
-  libx11-dev libx11-xcb-dev libxcb1-dev libxtst-dev libxi-dev libxext-dev
+  libx11-dev libx11-xcb-dev libxcb1-dev libxcb-xtest0-dev libxtst-dev libxi-dev libxext-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   clang-14 libclang-rt-14-dev
   xvfb openbox x11-utils xdotool

@@ -10,6 +10,8 @@
 #include "platform/x11/x11platform.h"
 #include "testwindow.h"
 
+#include <X11/extensions/XTest.h>
+
 namespace tarvoke::platform::x11 {
 namespace {
 
@@ -64,6 +66,34 @@ TEST_F(X11Test, ClicksArriveAtTheCursorInOrder) {
                                         "ButtonPress win=child sent=0 button=2 x=30 y=40",
                                         "ButtonRelease win=child sent=0 button=2 x=30 y=40"}));
     EXPECT_EQ(m_platform.input->cursorPos(), (Point{window.rootX(true, 30), window.rootY(true, 40)}));
+}
+
+// The cursor is asked for again after a move by any device, and at least
+// every warp check for warps, which make no move event.
+TEST_F(X11Test, CursorFollowsMovesAndWarpsOfOtherPrograms) {
+    Display* other = XOpenDisplay(nullptr);
+    ASSERT_NE(other, nullptr);
+    const Window root = DefaultRootWindow(other);
+    const auto readsAfterLoop = [this](Point expected) {
+        for (int i = 0; i < 100; ++i) {
+            m_platform.clock->wait(1);
+            if (m_platform.input->cursorPos() == expected) return true;
+        }
+        return false;
+    };
+    struct Move {
+        const char* how;
+        Point to;
+    };
+    for (const Move& move : {Move{"xtest", {101, 202}}, Move{"warp", {303, 404}}, Move{"xtest", {55, 66}}}) {
+        SCOPED_TRACE(move.how);
+        m_platform.input->cursorPos();  // the position is known before the move
+        if (std::string(move.how) == "warp") XWarpPointer(other, None, root, 0, 0, 0, 0, move.to.x, move.to.y);
+        else XTestFakeMotionEvent(other, -1, move.to.x, move.to.y, CurrentTime);
+        XSync(other, False);
+        EXPECT_TRUE(readsAfterLoop(move.to));
+    }
+    XCloseDisplay(other);
 }
 
 TEST_F(X11Test, KeysArriveWithTheirKeysyms) {

@@ -41,11 +41,13 @@ platform::Platform Desktop::platform() { return m_x11->platform(&m_messages); }
 void Desktop::pollHotkeys(std::function<void()> onStop) {
     m_poll = std::make_unique<QTimer>();
     m_poll->setInterval(kPollIntervalMs);
-    QObject::connect(m_poll.get(), &QTimer::timeout, [this, onStop = std::move(onStop)] {
-        for (playback::Hotkey hotkey : playback::pollHotkeys(m_x11->keys()))
-            if (hotkey == playback::Hotkey::Stop) onStop();
-    });
+    QObject::connect(m_poll.get(), &QTimer::timeout, [this, onStop = std::move(onStop)] { pollHotkeysOnce(onStop); });
     m_poll->start();
+}
+
+void Desktop::pollHotkeysOnce(const std::function<void()>& onStop) {
+    for (playback::Hotkey hotkey : playback::pollHotkeys(m_x11->keys()))
+        if (hotkey == playback::Hotkey::Stop) onStop();
 }
 
 void Desktop::releaseAll() { m_x11->input().releaseAll(); }

@@ -36,6 +36,8 @@ public:
     // Polls the hotkeys every millisecond, also inside the run's yields and
     // pauses; onStop runs when Ctrl+0 is pressed.
     void pollHotkeys(std::function<void()> onStop);
+    // One poll, for a caller with a timer of its own.
+    void pollHotkeysOnce(const std::function<void()>& onStop);
     // Releases every key and button that the run pressed and did not release.
     void releaseAll();
     // Closes the message boxes of the run that are still open.

@@ -131,8 +131,9 @@ int main(int argc, char** argv) {
             status = 128 + number;
             recorder.stop();
         });
-        desktop->pollHotkeys([&] { recorder.stop(); });
-        return recorder.run() ? status : 1;
+        // The sampler's timer polls the hotkeys too: one wake-up a millisecond.
+        const auto stopOnCtrlZero = [&] { desktop->pollHotkeysOnce([&] { recorder.stop(); }); };
+        return recorder.run(stopOnCtrlZero) ? status : 1;
     }
 
     engine::SC engine(session);

@@ -72,7 +72,7 @@ CommandLineRecorder::CommandLineRecorder(const Options& options, host::Session& 
     m_clocks.readRunClock = [this] { return host::ReadRunClock(m_session); };
 }
 
-bool CommandLineRecorder::run() {
+bool CommandLineRecorder::run(const std::function<void()>& afterTick) {
     platform::Platform& platform = m_session.platform;
     recorder::SamplerHooks hooks;
     hooks.windowSelection = [&platform] { return recorder::GetWindowSelection(*platform.windows, *platform.input); };
@@ -90,7 +90,10 @@ bool CommandLineRecorder::run() {
     recorder::startRecording(m_state, m_form, *platform.keys, *platform.input, m_clocks);
     QTimer seconds, samples;
     QObject::connect(&seconds, &QTimer::timeout, [this] { recorder::countSecond(m_state, m_clocks); });
-    QObject::connect(&samples, &QTimer::timeout, [&sampler] { sampler.tick(); });
+    QObject::connect(&samples, &QTimer::timeout, [&sampler, &afterTick] {
+        sampler.tick();
+        afterTick();
+    });
     seconds.start(kSecondMs);
     samples.setTimerType(Qt::PreciseTimer);
     samples.start(kSampleIntervalMs);

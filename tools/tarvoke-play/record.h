@@ -2,6 +2,7 @@
 // tarvoke-play --record: the recorder driven from the command line.
 
 #include <QEventLoop>
+#include <functional>
 #include <string>
 
 #include "host/session.h"
@@ -19,7 +20,8 @@ public:
     CommandLineRecorder(const Options& options, host::Session& session);
     // Records until stop(), then writes the finished script; false when it
     // could not be written (the script then goes to standard output).
-    bool run();
+    // afterTick runs after each tick of the sampler.
+    bool run(const std::function<void()>& afterTick);
     void stop() { m_loop.quit(); }
 
 private:

@@ -5,6 +5,7 @@
 #include "platform/x11/connection.h"
 
 #include <X11/Xatom.h>
+#include <X11/Xlib-xcb.h>
 
 namespace tarvoke::platform::x11 {
 namespace {
@@ -24,16 +25,17 @@ Connection::Connection() {
     m_display = XOpenDisplay(nullptr);
     if (!m_display) return;
     XSetErrorHandler(countError);
+    m_xcb = XGetXCBConnection(m_display);
     m_root = DefaultRootWindow(m_display);
     // Events are read by the event loop: when the socket has data, and each
-    // time the loop wakes, for events that another Xlib call already moved
-    // into the queue (the socket then stays quiet about them). Reads of the
-    // key state between two turns of the loop see one unchanging state, so a
-    // recorder tick compares its keys against one moment.
+    // time the loop wakes after a call that may have moved events into a
+    // queue (the socket then stays quiet about them). Reads of the key state
+    // between two turns of the loop see one unchanging state, so a recorder
+    // tick compares its keys against one moment.
     m_notifier = new QSocketNotifier(ConnectionNumber(m_display), QSocketNotifier::Read);
     QObject::connect(m_notifier, &QSocketNotifier::activated, [this] { drainEvents(); });
     if (auto* dispatcher = QAbstractEventDispatcher::instance())
-        QObject::connect(dispatcher, &QAbstractEventDispatcher::awake, m_notifier, [this] { drainEvents(); });
+        QObject::connect(dispatcher, &QAbstractEventDispatcher::awake, m_notifier, [this] { drainAfterTraffic(); });
 }
 
 Connection::~Connection() {
@@ -52,7 +54,26 @@ bool Connection::checked(const std::function<void()>& request) {
     return g_errors == before || g_lastErrorSerial < first;
 }
 
+void Connection::flushXcb() {
+    // A flush reads too, when the server has sent something meanwhile.
+    xcb_flush(m_xcb);
+    ++m_xcbTraffic;
+}
+
+// Every Xlib request moves the request count on, and every direct use of
+// the XCB side is noted: with neither since the last drain, and nothing in
+// Xlib's queue, only the socket can bring events, and its notifier reads
+// them. An idle turn of the loop then costs no system call here.
+void Connection::drainAfterTraffic() {
+    if (NextRequest(m_display) == m_drainedRequest && m_xcbTraffic == m_drainedXcbTraffic &&
+        XQLength(m_display) == 0)
+        return;
+    drainEvents();
+}
+
 void Connection::drainEvents() {
+    m_drainedRequest = NextRequest(m_display);
+    m_drainedXcbTraffic = m_xcbTraffic;
     while (XEventsQueued(m_display, QueuedAfterReading) > 0) {
         XEvent event;
         XNextEvent(m_display, &event);

@@ -8,6 +8,7 @@
 #include "host/keytable.h"
 
 #include <X11/Xlib.h>
+#include <xcb/xcb.h>
 
 #include <functional>
 #include <optional>
@@ -28,6 +29,9 @@ public:
 
     bool ok() const { return m_display != nullptr; }
     Display* display() const { return m_display; }
+    // The same connection through XCB, for requests whose answers are read
+    // later; Xlib and XCB keep one order of requests.
+    xcb_connection_t* xcb() const { return m_xcb; }
     Window root() const { return m_root; }
     Atom atom(const char* name);
 
@@ -47,15 +51,29 @@ public:
     void drainEvents();
     // Sends what is buffered, without waiting for an answer.
     void flush() { XFlush(m_display); }
+    // Sends what the XCB side has buffered.
+    void flushXcb();
+    // To be called after reading an answer through the XCB side, which may
+    // move events into XCB's queue.
+    void noteXcbRead() { ++m_xcbTraffic; }
 
     // Properties of a window; nullopt when absent or the window is gone.
     std::optional<std::vector<unsigned long>> cardinals(Window window, Atom property, Atom type);
     std::optional<std::string> text(Window window, Atom property);
 
 private:
+    // Drains when a call since the last drain may have moved events into a
+    // queue, where the socket no longer tells of them.
+    void drainAfterTraffic();
+
     Display* m_display = nullptr;
+    xcb_connection_t* m_xcb = nullptr;
     Window m_root = 0;
     QSocketNotifier* m_notifier = nullptr;
+    unsigned long m_xcbTraffic = 0;
+    // The next request and the XCB traffic at the last drain.
+    unsigned long m_drainedRequest = 0;
+    unsigned long m_drainedXcbTraffic = 0;
     std::vector<std::function<void(XEvent&)>> m_handlers;
 };
 

@@ -1,10 +1,10 @@
 #include "platform/x11/input.h"
 
 #include <X11/XKBlib.h>
-#include <X11/Xlib-xcb.h>
 #include <X11/extensions/XTest.h>
 #include <X11/keysym.h>
 #include <xcb/xcb.h>
+#include <xcb/xtest.h>
 
 #include <cstdlib>
 #include <optional>
@@ -41,14 +41,15 @@ constexpr uint32_t kKeyUpMessage = 257;
 // request go out now and its answer be read later.
 class PointerQuery : public PendingPoint {
 public:
-    PointerQuery(Display* display, Window root)
-        : m_connection(XGetXCBConnection(display)), m_cookie(xcb_query_pointer(m_connection, root)) {}
+    PointerQuery(Connection& connection, Window root)
+        : m_x(connection), m_cookie(xcb_query_pointer(m_x.xcb(), root)) {}
     ~PointerQuery() override {
-        if (!m_point) xcb_discard_reply(m_connection, m_cookie.sequence);
+        if (!m_point) xcb_discard_reply(m_x.xcb(), m_cookie.sequence);
     }
     Point get() override {
         if (!m_point) {
-            xcb_query_pointer_reply_t* reply = xcb_query_pointer_reply(m_connection, m_cookie, nullptr);
+            xcb_query_pointer_reply_t* reply = xcb_query_pointer_reply(m_x.xcb(), m_cookie, nullptr);
+            m_x.noteXcbRead();
             m_point = reply ? Point{reply->root_x, reply->root_y} : Point{};
             std::free(reply);
         }
@@ -58,7 +59,7 @@ public:
     bool fitsInt16() const override { return true; }
 
 private:
-    xcb_connection_t* m_connection;
+    Connection& m_x;
     xcb_query_pointer_cookie_t m_cookie;
     std::optional<Point> m_point;
 };
@@ -97,30 +98,47 @@ KeySym keysymOfCharacter(const std::string& character) {
 void X11Input::setCursorPos(int32_t x, int32_t y) {
     XTestFakeMotionEvent(m_x.display(), -1, x, y, CurrentTime);
     m_x.flush();
+    m_cursor.reset();
 }
 
 Point X11Input::cursorPos() {
+    const auto now = std::chrono::steady_clock::now();
+    if (m_cursor && m_keys.motions() == m_cursorMotions && now - m_cursorAsked < kWarpCheck) return *m_cursor;
+    // Counted before asking: a move that lands after the answer asks again.
+    m_cursorMotions = m_keys.motions();
+    m_cursorAsked = now;
     Window root = 0, child = 0;
     int x = 0, y = 0, winX = 0, winY = 0;
     unsigned mask = 0;
     XQueryPointer(m_x.display(), m_x.root(), &root, &child, &x, &y, &winX, &winY, &mask);
-    return {x, y};
+    m_cursor = Point{x, y};
+    return *m_cursor;
 }
 
 std::unique_ptr<PendingPoint> X11Input::askCursorPos() {
     // Goes out with the next flush, ahead of what is queued after it.
-    return std::make_unique<PointerQuery>(m_x.display(), m_x.root());
+    return std::make_unique<PointerQuery>(m_x, m_x.root());
+}
+
+bool X11Input::queueButton(uint32_t flags) {
+    for (const ButtonFlag& entry : kButtonFlags) {
+        if (entry.flag != flags) continue;
+        xcb_test_fake_input(m_x.xcb(), entry.press ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE,
+                            static_cast<uint8_t>(entry.button), XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+        if (entry.press) m_heldButtons.insert(entry.button);
+        else m_heldButtons.erase(entry.button);
+        return true;
+    }
+    return false;
 }
 
 void X11Input::mouseEvent(uint32_t flags) {
-    for (const ButtonFlag& entry : kButtonFlags) {
-        if (entry.flag != flags) continue;
-        XTestFakeButtonEvent(m_x.display(), entry.button, entry.press, CurrentTime);
-        if (entry.press) m_heldButtons.insert(entry.button);
-        else m_heldButtons.erase(entry.button);
-        m_x.flush();
-        return;
-    }
+    if (queueButton(flags)) m_x.flushXcb();
+}
+
+void X11Input::mouseClick(uint32_t downFlags, uint32_t upFlags) {
+    const bool down = queueButton(downFlags);
+    if (queueButton(upFlags) || down) m_x.flushXcb();
 }
 
 KeySym X11Input::keysymOf(uint8_t vk) {

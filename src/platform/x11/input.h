@@ -4,28 +4,39 @@
 //
 // Every operation queues its requests and flushes them without waiting for
 // the server, except that keysyms needing a spare keycode are bound in one
-// batch and synced first: at most one round trip per operation.
+// batch and synced first: at most one round trip per operation. Buttons and
+// cursor queries go through the connection's XCB side, so that a click with
+// the query before it leaves in one write.
 
+#include <chrono>
 #include <map>
+#include <optional>
 #include <set>
 
 #include "host/keytable.h"
 #include "platform/input.h"
 #include "platform/x11/connection.h"
 #include "platform/x11/keyboard.h"
+#include "platform/x11/keystate.h"
 
 namespace tarvoke::platform::x11 {
 
 class X11Input : public Input {
 public:
-    // mapView answers which keysyms the map carries (for the key table's
-    // fallbacks).
-    X11Input(Connection& connection, Keyboard& keyboard, const host::KeyboardView& mapView)
-        : m_x(connection), m_keyboard(keyboard), m_mapView(mapView) {}
+    static constexpr std::chrono::milliseconds kWarpCheck{10};
+
+    // The key state answers which keysyms the map carries (for the key
+    // table's fallbacks) and counts the pointer's moves.
+    X11Input(Connection& connection, Keyboard& keyboard, const X11KeyState& keys)
+        : m_x(connection), m_keyboard(keyboard), m_keys(keys), m_mapView(keys.view()) {}
     void setCursorPos(int32_t x, int32_t y) override;
+    // Asks the server only after the pointer has moved, and at least every
+    // kWarpCheck, since another program's warp makes no move event: the
+    // recorder reads this every millisecond.
     Point cursorPos() override;
     std::unique_ptr<PendingPoint> askCursorPos() override;
     void mouseEvent(uint32_t flags) override;
+    void mouseClick(uint32_t downFlags, uint32_t upFlags) override;
     void keyEvent(uint8_t vk, uint32_t flags) override;
     void sendKeys(const std::string& keys, const std::vector<KeyStroke>& strokes) override;
     void sendMessage(WindowId window, uint32_t message, uint32_t wParam, uint32_t lParam) override;
@@ -40,12 +51,19 @@ private:
     void pressKeycode(KeyCode code, bool press);
     void pressVk(uint8_t vk, bool press);
     void typeKeysym(KeySym keysym);
+    // Queues a button event; false for flags that name none.
+    bool queueButton(uint32_t flags);
     void sendButton(Window window, uint32_t message, uint32_t lParam);
     void sendKey(Window window, uint32_t message, uint8_t vk);
 
     Connection& m_x;
     Keyboard& m_keyboard;
+    const X11KeyState& m_keys;
     const host::KeyboardView& m_mapView;
+    // The cursor as last asked, the move count and the time of asking.
+    std::optional<Point> m_cursor;
+    uint64_t m_cursorMotions = 0;
+    std::chrono::steady_clock::time_point m_cursorAsked;
     std::map<uint8_t, KeyCode> m_vkCodes;  // the keycode each pressed number went to
     std::multiset<KeyCode> m_heldKeys;
     std::set<unsigned> m_heldButtons;

@@ -49,6 +49,7 @@ X11KeyState::X11KeyState(Connection& connection, Keyboard& keyboard) : m_x(conne
     XISetMask(bits, XI_RawKeyRelease);
     XISetMask(bits, XI_RawButtonPress);
     XISetMask(bits, XI_RawButtonRelease);
+    XISetMask(bits, XI_RawMotion);
     XIEventMask mask{XIAllMasterDevices, sizeof bits, bits};
     XISelectEvents(m_x.display(), m_x.root(), &mask, 1);
     m_x.onEvent([this](XEvent& e) { onEvent(e); });
@@ -79,6 +80,7 @@ void X11KeyState::onEvent(XEvent& event) {
     case XI_RawKeyRelease: index = raw->detail; break;
     case XI_RawButtonPress: index = kButtonBase + raw->detail; press = true; break;
     case XI_RawButtonRelease: index = kButtonBase + raw->detail; break;
+    case XI_RawMotion: ++m_motions; return;
     default: return;
     }
     if (index >= m_down.size()) return;

@@ -1,7 +1,8 @@
 #pragma once
 // Key and button state from XInput 2 raw events on the root window, kept in
 // a local table: a read looks at the table after taking in the events that
-// have arrived, and never waits for the server. Which keys make a number
+// have arrived, and never waits for the server. Raw motion is counted too,
+// so that the cursor need not be asked for while it stands still. Which keys make a number
 // down is the key table's rule (host::isVirtualKeyDown).
 
 #include <array>
@@ -25,6 +26,9 @@ public:
     bool pressedSinceLastRead(uint8_t vk) override;
     // The keyboard map and the keys down, as the key table asks about them.
     const host::KeyboardView& view() const { return *m_downView; }
+    // Counts the pointer's moves by any device, ours included; a warp of the
+    // pointer by another program is not among them.
+    uint64_t motions() const { return m_motions; }
 
 private:
     void onEvent(XEvent& event);
@@ -43,6 +47,7 @@ private:
     std::array<bool, 288> m_down{};
     std::array<uint64_t, 288> m_lastPress{};
     uint64_t m_presses = 0;
+    uint64_t m_motions = 0;
     // Per virtual key, the press count at its last "pressed since" read.
     std::array<uint64_t, 256> m_lastRead{};
 };
