@@ -1,11 +1,6 @@
 #include "screen/bmpwriter.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
+#include "platform/filesave.h"
 
 namespace tarvoke::screen {
 namespace {
@@ -19,22 +14,6 @@ void put16(uint8_t* at, uint32_t value) {
 void put32(uint8_t* at, uint32_t value) {
     put16(at, value & 0xFFFF);
     put16(at + 2, value >> 16);
-}
-
-bool writeAll(int fd, const std::vector<uint8_t>& bytes) {
-    size_t done = 0;
-    while (done < bytes.size()) {
-        const ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) return false;
-        done += static_cast<size_t>(n);
-    }
-    return true;
-}
-
-// A name in the target's folder that no other save uses at the same time.
-std::string besideName(const std::string& path, int attempt) {
-    return path + ".tarvoke-" + std::to_string(::getpid()) + "-" + std::to_string(attempt) + ".tmp";
 }
 
 }  // namespace
@@ -78,23 +57,12 @@ bool saveBmpFile(const std::string& path, const PixelGrid& grid, std::string& er
         error = grid.empty() ? "there is no picture to save" : "the picture is too large for a bitmap file";
         return false;
     }
-    std::string temporary;
-    int fd = -1;
-    for (int attempt = 0; fd < 0 && attempt < 100; ++attempt) {
-        temporary = besideName(path, attempt);
-        fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-        if (fd < 0 && errno != EEXIST) break;
-    }
-    if (fd < 0) {
-        error = std::strerror(errno);
-        return false;
-    }
-    int failure = writeAll(fd, bytes) ? 0 : (errno ? errno : EIO);
-    if (::close(fd) != 0 && failure == 0) failure = errno;
-    if (failure == 0 && ::rename(temporary.c_str(), path.c_str()) != 0) failure = errno;
-    if (failure != 0) {
-        error = std::strerror(failure);
-        ::unlink(temporary.c_str());
+    // A new file's bits, also over an old picture: the file is made anew.
+    const platform::SaveResult saved = platform::saveFile(
+        path, std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()),
+        {.mode = platform::newFileMode()});
+    if (!saved) {
+        error = saved.reason();
         return false;
     }
     return true;

@@ -1,16 +1,11 @@
 #include "record.h"
 
 #include <QTimer>
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
-#include <fcntl.h>
 #include <filesystem>
-#include <stdio.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include "host/timing.h"
+#include "platform/filesave.h"
 #include "recorder/recording.h"
 #include "recorder/sampler.h"
 #include "recorder/windowselection.h"
@@ -27,28 +22,14 @@ std::string folderOf(const std::string& file) {
     return parent.empty() ? "." : parent.string();
 }
 
-// Writes text to a new file beside the target, then renames it into place;
-// without overwrite, an existing target is never replaced.
-std::string writeBesideAndRename(const std::string& target, const std::string& text, bool overwrite) {
-    std::string temporary = folderOf(target) + "/.tarvoke-record-XXXXXX";
-    const int fd = ::mkstemp(temporary.data());
-    if (fd < 0) return std::strerror(errno);
-    ::fchmod(fd, 0644);
-    const bool written = ::write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size()) && ::fsync(fd) == 0;
-    const int writeError = errno;
-    ::close(fd);
-    if (!written) {
-        ::unlink(temporary.c_str());
-        return std::strerror(writeError);
-    }
-    const int renamed = overwrite ? ::rename(temporary.c_str(), target.c_str())
-                                  : ::renameat2(AT_FDCWD, temporary.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE);
-    if (renamed != 0) {
-        const int renameError = errno;
-        ::unlink(temporary.c_str());
-        return renameError == EEXIST ? "it exists now (use --force to overwrite it)" : std::strerror(renameError);
-    }
-    return {};
+// Empty when written, else why not. Without overwrite an existing target is
+// never replaced: one may have appeared while recording.
+std::string writeRecording(const std::string& target, const std::string& text, bool overwrite) {
+    const platform::SaveResult saved = platform::saveFile(
+        target, text, {.existing = overwrite ? platform::Existing::Replace : platform::Existing::Keep, .mode = 0644});
+    if (saved) return {};
+    if (saved.outcome == platform::SaveOutcome::TargetExists) return "it exists now (use --force to overwrite it)";
+    return saved.reason();
 }
 
 }  // namespace
@@ -107,7 +88,7 @@ bool CommandLineRecorder::run(const std::function<void()>& afterTick) {
 // Nothing recorded is lost: a script that cannot be written goes to
 // standard output instead.
 bool CommandLineRecorder::write(const std::string& script) const {
-    const std::string error = writeBesideAndRename(*m_options.record, script, m_options.force);
+    const std::string error = writeRecording(*m_options.record, script, m_options.force);
     if (error.empty()) {
         std::fprintf(stderr, "tarvoke-play: recorded into '%s'\n", m_options.record->c_str());
         return true;

@@ -1,0 +1,228 @@
+#include <gtest/gtest.h>
+
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "platform/filesave.h"
+
+namespace tarvoke::platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string readFile(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+void writePlain(const fs::path& path, const std::string& text, mode_t mode) {
+    std::ofstream(path, std::ios::binary) << text;
+    ::chmod(path.c_str(), mode);
+}
+
+mode_t modeOf(const fs::path& path) {
+    struct stat info {};
+    ::stat(path.c_str(), &info);
+    return info.st_mode & 07777;
+}
+
+// A folder of its own per test; whatever a test leaves in it shows.
+class FileSave : public ::testing::Test {
+protected:
+    void SetUp() override {
+        std::string pattern = (fs::temp_directory_path() / "tarvoke-filesave-XXXXXX").string();
+        ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
+        m_dir = pattern;
+    }
+    void TearDown() override { fs::remove_all(m_dir); }
+
+    fs::path at(const std::string& name) const { return m_dir / name; }
+    std::set<std::string> names() const {
+        std::set<std::string> all;
+        for (const auto& entry : fs::directory_iterator(m_dir)) all.insert(entry.path().filename().string());
+        return all;
+    }
+
+    fs::path m_dir;
+};
+
+// Exact bytes, whatever they hold, and no temporary file left beside them.
+TEST_F(FileSave, WritesExactlyTheBytes) {
+    struct Case {
+        const char* what;
+        std::string bytes;
+    };
+    const Case cases[] = {
+        {"empty", ""},
+        {"text", "Sleep 100\r\nMove 10, 20\n"},
+        {"zero bytes inside", std::string("a\0b\0", 4)},
+        {"more than one write takes", std::string(3 << 20, 'x') + "end"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        fs::remove(at("out"));
+        const SaveResult saved = saveFile(at("out").string(), c.bytes);
+        ASSERT_TRUE(saved) << saved.reason();
+        EXPECT_EQ(readFile(at("out")), c.bytes);
+        EXPECT_EQ(names(), std::set<std::string>{"out"});
+    }
+}
+
+// The bits the saved file ends with, for each kind of SaveOptions.
+TEST_F(FileSave, GivesTheAskedPermissions) {
+    const mode_t oldMask = ::umask(027);
+    struct Case {
+        const char* what;
+        std::optional<mode_t> before;  // the file replaced, with its bits
+        SaveOptions options;
+        mode_t after;
+    };
+    const Case cases[] = {
+        {"new file: as open() would make it", std::nullopt, {}, 0640},
+        {"replaced private file stays private", 0600, {}, 0600},
+        {"replaced executable stays executable", 0755, {}, 0755},
+        {"asked bits over an old file", 0600, {.mode = 0644}, 0644},
+        {"asked bits ignore the umask", std::nullopt, {.mode = 0666}, 0666},
+        {"never-replace makes a new file", std::nullopt, {.existing = Existing::Keep, .mode = 0644}, 0644},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        fs::remove(at("out"));
+        if (c.before) writePlain(at("out"), "old", *c.before);
+        const SaveResult saved = saveFile(at("out").string(), "new", c.options);
+        ASSERT_TRUE(saved) << saved.reason();
+        EXPECT_EQ(modeOf(at("out")), c.after);
+        EXPECT_EQ(readFile(at("out")), "new");
+    }
+    EXPECT_EQ(newFileMode(), 0640u);
+    EXPECT_EQ(::umask(oldMask), 027u) << "reading the umask must not change it";
+}
+
+// A save that cannot be made leaves what was at the target, and nothing else.
+TEST_F(FileSave, RefusalsLeaveTheTargetAsItWas) {
+    struct Case {
+        const char* what;
+        const char* target;
+        Existing existing;
+        SaveOutcome outcome;
+        int error;
+    };
+    const Case cases[] = {
+        {"never-replace keeps a file", "old", Existing::Keep, SaveOutcome::TargetExists, EEXIST},
+        {"never-replace keeps a folder", "folder", Existing::Keep, SaveOutcome::TargetExists, EEXIST},
+        {"a folder is not replaced by a file", "folder", Existing::Replace, SaveOutcome::Failed, EISDIR},
+        {"a missing folder", "nowhere/out", Existing::Replace, SaveOutcome::Failed, ENOENT},
+        {"a missing folder, never-replace", "nowhere/out", Existing::Keep, SaveOutcome::Failed, ENOENT},
+    };
+    writePlain(at("old"), "old text", 0644);
+    fs::create_directory(at("folder"));
+    const std::set<std::string> before = names();
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const SaveResult saved = saveFile(at(c.target).string(), "new", {.existing = c.existing, .mode = {}});
+        EXPECT_FALSE(saved);
+        EXPECT_EQ(saved.outcome, c.outcome);
+        EXPECT_EQ(saved.error, c.error);
+        EXPECT_FALSE(saved.reason().empty());
+        EXPECT_EQ(readFile(at("old")), "old text");
+        EXPECT_TRUE(fs::is_empty(at("folder")));
+        EXPECT_EQ(names(), before);
+    }
+}
+
+// A target whose name is as long as names go still saves: the temporary file
+// must not take its name from the target's.
+TEST_F(FileSave, TargetNamedAtTheLengthLimit) {
+    const std::string name(NAME_MAX, 'n');
+    ASSERT_TRUE(saveFile(at(name).string(), "long"));
+    EXPECT_EQ(readFile(at(name)), "long");
+    EXPECT_EQ(names(), std::set<std::string>{name});
+}
+
+// A bare file name is saved, temporary file and all, in the current folder.
+TEST_F(FileSave, BareNameSavesInTheCurrentFolder) {
+    const fs::path home = fs::current_path();
+    fs::current_path(m_dir);
+    const SaveResult saved = saveFile("bare", "here");
+    fs::current_path(home);
+    ASSERT_TRUE(saved) << saved.reason();
+    EXPECT_EQ(readFile(at("bare")), "here");
+    EXPECT_EQ(names(), std::set<std::string>{"bare"});
+}
+
+bool lockFolder(const std::string& folder) {
+    // The immutable flag stops root too, for whom permission bits do not.
+    if (::geteuid() == 0) return std::system(("chattr +i '" + folder + "' 2>/dev/null").c_str()) == 0;
+    return ::chmod(folder.c_str(), 0500) == 0;
+}
+
+void unlockFolder(const std::string& folder) {
+    if (::geteuid() == 0)
+        std::system(("chattr -i '" + folder + "'").c_str());
+    else
+        ::chmod(folder.c_str(), 0700);
+}
+
+// Files may grow to a few bytes only: the write fails after the temporary
+// file exists and part of the bytes are in it.
+rlimit g_fileSize {};
+sighandler_t g_fileSizeSignal = SIG_DFL;
+
+bool limitFileSize() {
+    ::getrlimit(RLIMIT_FSIZE, &g_fileSize);
+    g_fileSizeSignal = ::signal(SIGXFSZ, SIG_IGN);
+    rlimit small = g_fileSize;
+    small.rlim_cur = 4;
+    return ::setrlimit(RLIMIT_FSIZE, &small) == 0;
+}
+
+void unlimitFileSize() {
+    ::setrlimit(RLIMIT_FSIZE, &g_fileSize);
+    ::signal(SIGXFSZ, g_fileSizeSignal);
+}
+
+// Failures on the way, over a file whose text and bits must survive them,
+// with no temporary file left behind.
+TEST_F(FileSave, FailedSaveKeepsTheOldFile) {
+    struct Case {
+        const char* what;
+        bool (*impose)(const std::string& folder);
+        void (*lift)(const std::string& folder);
+        std::set<int> errors;
+    };
+    const Case cases[] = {
+        {"the folder refuses new files", lockFolder, unlockFolder, {EPERM, EACCES}},
+        {"the bytes do not fit", [](const std::string&) { return limitFileSize(); },
+         [](const std::string&) { unlimitFileSize(); }, {EFBIG}},
+    };
+    writePlain(at("keep"), "old text", 0600);
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        if (!c.impose(m_dir.string())) {
+            std::printf("skipped: cannot impose that %s here\n", c.what);
+            continue;
+        }
+        const SaveResult saved = saveFile(at("keep").string(), "much more than four bytes");
+        c.lift(m_dir.string());
+        EXPECT_EQ(saved.outcome, SaveOutcome::Failed);
+        EXPECT_TRUE(c.errors.count(saved.error)) << saved.reason();
+        EXPECT_EQ(readFile(at("keep")), "old text");
+        EXPECT_EQ(modeOf(at("keep")), 0600u);
+        EXPECT_EQ(names(), std::set<std::string>{"keep"});
+    }
+}
+
+}  // namespace
+}  // namespace tarvoke::platform
