@@ -18,8 +18,8 @@
 #include "host/dispatch.h"
 #include "host/session.h"
 #include "options.h"
+#include "picturemodule.h"
 #include "platform/dryrun/dryrun.h"
-#include "platform/qimage/qimagepictures.h"
 #include "playback/playback.h"
 #include "record.h"
 #include "signals.h"
@@ -107,7 +107,7 @@ int main(int argc, char** argv) {
 
     host::Session session;
     platform::dryrun::DryRunPlatform dryRun(printLine, [] { QCoreApplication::processEvents(); });
-    platform::qimage::QImagePictures pictures;
+    player::PictureModule pictures;
     dryRun.setPictureFiles(&pictures);
     if (!options.screenImage.empty()) {
         screen::PixelGrid picture;

@@ -1,0 +1,40 @@
+#include "picturemodule.h"
+
+#include <QCoreApplication>
+#include <cstdio>
+#include <dlfcn.h>
+
+#include "platform/qimage/module.h"
+#include "screen/bmpwriter.h"
+
+namespace tarvoke::player {
+
+PictureModule::~PictureModule() {
+    // The reader's code lives in the module: it goes first.
+    m_reader.reset();
+    if (m_handle) dlclose(m_handle);
+}
+
+platform::Pictures* PictureModule::reader() {
+    if (m_tried) return m_reader.get();
+    m_tried = true;
+    const QByteArray path = (QCoreApplication::applicationDirPath() + "/tarvoke-pictures.so").toLocal8Bit();
+    m_handle = dlopen(path.constData(), RTLD_NOW | RTLD_LOCAL);
+    const auto create = m_handle ? reinterpret_cast<platform::qimage::NewPictures>(dlsym(m_handle, platform::qimage::kNewPicturesSymbol)) : nullptr;
+    if (create) m_reader.reset(create());
+    else std::fprintf(stderr, "tarvoke-play: cannot read pictures: %s\n", dlerror());
+    return m_reader.get();
+}
+
+bool PictureModule::load(const std::string& path, screen::PixelGrid& grid) {
+    grid = {};
+    platform::Pictures* pictures = reader();
+    return pictures && pictures->load(path, grid);
+}
+
+bool PictureModule::save(const std::string& path, const screen::PixelGrid& grid) {
+    std::string error;
+    return screen::saveBmpFile(path, grid, error);
+}
+
+}  // namespace tarvoke::player

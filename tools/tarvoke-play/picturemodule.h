@@ -1,0 +1,29 @@
+#pragma once
+// Picture files for the player: bitmaps are written by the core's own
+// writer, and pictures are read by the module tarvoke-pictures.so beside the
+// player, loaded at the first read, so that a run without pictures starts
+// without Qt's GUI library.
+
+#include <memory>
+
+#include "platform/pictures.h"
+
+namespace tarvoke::player {
+
+class PictureModule : public platform::Pictures {
+public:
+    ~PictureModule() override;
+    // When the module cannot be loaded, says so once on standard error, and
+    // every read fails as a missing picture does.
+    bool load(const std::string& path, screen::PixelGrid& grid) override;
+    bool save(const std::string& path, const screen::PixelGrid& grid) override;
+
+private:
+    platform::Pictures* reader();
+
+    void* m_handle = nullptr;
+    std::unique_ptr<platform::Pictures> m_reader;
+    bool m_tried = false;
+};
+
+}  // namespace tarvoke::player
