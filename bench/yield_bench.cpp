@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "benchscripts.h"
+#include "platform/x11/clock.h"
 
 namespace tarvoke::bench {
 namespace {
@@ -49,6 +50,20 @@ void BM_YieldLoop(benchmark::State& state) {
     state.SetLabel(QCoreApplication::eventDispatcher()->metaObject()->className());
 }
 BENCHMARK(BM_YieldLoop)->Arg(100000)->Unit(benchmark::kMillisecond);
+
+// The same loop with the real clock's yield, which gives the event loop a
+// turn at most every tenth of a millisecond.
+void BM_ClockYieldLoop(benchmark::State& state) {
+    LiveSources sources;
+    platform::x11::RealClock clock;
+    BenchEngine bench([&clock] { clock.yield(); });
+    bench.load(countingLoop(static_cast<int32_t>(state.range(0))));
+    const int64_t perRun = statementsRun(bench.engine);
+    for (auto _ : state) bench.engine.Execute();
+    reportStatements(state, perRun);
+    state.counters["timer_ticks"] = static_cast<double>(sources.ticks);
+}
+BENCHMARK(BM_ClockYieldLoop)->Arg(100000)->Unit(benchmark::kMillisecond);
 
 // The yield alone, one processEvents call.
 void BM_ProcessEvents(benchmark::State& state) {

@@ -14,6 +14,11 @@ public:
     // Pressed since the last call of this for the same key; the reader that
     // asks owns the bit, and isDown never clears it.
     virtual bool pressedSinceLastRead(uint8_t vk) = 0;
+    // From now on the buttons and the pointer's moves are followed as they
+    // happen (the recorder's needs). Until then a platform may follow the
+    // keys alone, which is all a run needs, and ask for a button's state
+    // when it is read.
+    virtual void followPointer() {}
 };
 
 }  // namespace tarvoke::platform

@@ -12,6 +12,7 @@ void startRecording(RecorderState& state, FormState& form, platform::KeyState& k
     state.bSkipNextLine = false;
     state.bHotkeyActed.fill(false);
     state.intKeyState.fill(false);
+    keys.followPointer();
     state.intKeyState[3] = keys.isDown(3);
     for (int vk = 5; vk <= 254; ++vk) state.intKeyState[vk] = keys.isDown(static_cast<uint8_t>(vk));
     clocks.startEventClock();

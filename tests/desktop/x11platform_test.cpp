@@ -71,6 +71,7 @@ TEST_F(X11Test, ClicksArriveAtTheCursorInOrder) {
 // The cursor is asked for again after a move by any device, and at least
 // every warp check for warps, which make no move event.
 TEST_F(X11Test, CursorFollowsMovesAndWarpsOfOtherPrograms) {
+    m_platform.keys->followPointer();
     Display* other = XOpenDisplay(nullptr);
     ASSERT_NE(other, nullptr);
     const Window root = DefaultRootWindow(other);
@@ -204,6 +205,13 @@ TEST_F(X11Test, KeyStateFollowsTheKeysAndKeepsThePressBit) {
     EXPECT_TRUE(keyStateBecomes(2, true));
     ASSERT_EQ(std::system("xdotool mouseup 3"), 0);
     EXPECT_TRUE(keyStateBecomes(2, false));
+
+    // Once the pointer is followed, buttons come from raw events.
+    m_platform.keys->followPointer();
+    ASSERT_EQ(std::system("xdotool mousedown 1"), 0);
+    EXPECT_TRUE(keyStateBecomes(1, true));
+    ASSERT_EQ(std::system("xdotool mouseup 1"), 0);
+    EXPECT_TRUE(keyStateBecomes(1, false));
 }
 
 TEST_F(X11Test, ReleaseAllLetsGoOfWhatWasPressed) {

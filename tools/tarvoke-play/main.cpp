@@ -20,6 +20,7 @@
 #include "options.h"
 #include "picturemodule.h"
 #include "platform/dryrun/dryrun.h"
+#include "platform/turnpacer.h"
 #include "playback/playback.h"
 #include "record.h"
 #include "signals.h"
@@ -106,7 +107,10 @@ int main(int argc, char** argv) {
         return fail(std::string("cannot open the display '") + std::getenv("DISPLAY") + "'");
 
     host::Session session;
-    platform::dryrun::DryRunPlatform dryRun(printLine, [] { QCoreApplication::processEvents(); });
+    platform::TurnPacer pacer;
+    platform::dryrun::DryRunPlatform dryRun(printLine, [&pacer] {
+        if (pacer.turnDue()) QCoreApplication::processEvents();
+    });
     player::PictureModule pictures;
     dryRun.setPictureFiles(&pictures);
     if (!options.screenImage.empty()) {

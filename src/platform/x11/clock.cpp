@@ -29,7 +29,9 @@ timespec fromNanoseconds(int64_t ns) {
 
 RealClock::RealClock() { prctl(PR_SET_TIMERSLACK, kTimerSlackNs, 0, 0, 0); }
 
-void RealClock::yield() { QCoreApplication::processEvents(); }
+void RealClock::yield() {
+    if (m_pacer.turnDue()) QCoreApplication::processEvents();
+}
 
 int64_t RealClock::monotonicMs() {
     const timespec now = monotonicNow();

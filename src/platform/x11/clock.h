@@ -1,10 +1,12 @@
 #pragma once
-// The real clock: the yield handles Qt's pending events, and each wait keeps
-// its own absolute deadline on the monotonic clock in a timerfd that the
-// event loop watches, so handlers run while a script sleeps and a nested
-// wait neither shares nor re-arms an outer one.
+// The real clock: the yield handles Qt's pending events, at most every tenth
+// of a millisecond, and each wait keeps its own absolute deadline on the
+// monotonic clock in a timerfd that the event loop watches, so handlers run
+// while a script sleeps and a nested wait neither shares nor re-arms an
+// outer one.
 
 #include "platform/clock.h"
+#include "platform/turnpacer.h"
 #include "platform/waitschedule.h"
 
 #include <cstdint>
@@ -23,6 +25,7 @@ public:
 private:
     // Waits started before the latest cancelWaits end; those started after run on.
     uint64_t m_cancels = 0;
+    TurnPacer m_pacer;
     int m_depth = 0;  // waits in progress, nested in each other
     WaitSchedule m_schedule;
 };

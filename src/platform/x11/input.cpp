@@ -103,7 +103,8 @@ void X11Input::setCursorPos(int32_t x, int32_t y) {
 
 Point X11Input::cursorPos() {
     const auto now = std::chrono::steady_clock::now();
-    if (m_cursor && m_keys.motions() == m_cursorMotions && now - m_cursorAsked < kWarpCheck) return *m_cursor;
+    const bool known = m_cursor && m_keys.followsPointer() && m_keys.motions() == m_cursorMotions;
+    if (known && now - m_cursorAsked < kWarpCheck) return *m_cursor;
     // Counted before asking: a move that lands after the answer asks again.
     m_cursorMotions = m_keys.motions();
     m_cursorAsked = now;

@@ -30,9 +30,10 @@ public:
     X11Input(Connection& connection, Keyboard& keyboard, const X11KeyState& keys)
         : m_x(connection), m_keyboard(keyboard), m_keys(keys), m_mapView(keys.view()) {}
     void setCursorPos(int32_t x, int32_t y) override;
-    // Asks the server only after the pointer has moved, and at least every
-    // kWarpCheck, since another program's warp makes no move event: the
-    // recorder reads this every millisecond.
+    // While the key state follows the pointer, asks the server only after
+    // the pointer has moved, and at least every kWarpCheck, since another
+    // program's warp makes no move event: the recorder reads this every
+    // millisecond.
     Point cursorPos() override;
     std::unique_ptr<PendingPoint> askCursorPos() override;
     void mouseEvent(uint32_t flags) override;

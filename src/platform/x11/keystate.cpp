@@ -36,7 +36,10 @@ template <typename Test> std::unique_ptr<host::KeyboardView> makeView(Keyboard& 
 }  // namespace
 
 X11KeyState::X11KeyState(Connection& connection, Keyboard& keyboard) : m_x(connection), m_keyboard(keyboard) {
-    m_downView = makeView(keyboard, [this](size_t index) { return index < m_down.size() && m_down[index]; });
+    m_downView = makeView(keyboard, [this](size_t index) {
+        if (index >= kButtonBase) return buttonDown(index);
+        return index < m_down.size() && m_down[index];
+    });
     m_pressedView = makeView(keyboard, [this](size_t index) {
         return index < m_lastPress.size() && m_lastPress[index] > m_since;
     });
@@ -44,29 +47,53 @@ X11KeyState::X11KeyState(Connection& connection, Keyboard& keyboard) : m_x(conne
     int event = 0, error = 0, major = 2, minor = 2;
     if (!XQueryExtension(m_x.display(), "XInputExtension", &m_opcode, &event, &error)) return;
     if (XIQueryVersion(m_x.display(), &major, &minor) != Success) return;
-    unsigned char bits[XIMaskLen(XI_LASTEVENT)] = {};
-    XISetMask(bits, XI_RawKeyPress);
-    XISetMask(bits, XI_RawKeyRelease);
-    XISetMask(bits, XI_RawButtonPress);
-    XISetMask(bits, XI_RawButtonRelease);
-    XISetMask(bits, XI_RawMotion);
-    XIEventMask mask{XIAllMasterDevices, sizeof bits, bits};
-    XISelectEvents(m_x.display(), m_x.root(), &mask, 1);
+    selectRawEvents(false);
     m_x.onEvent([this](XEvent& e) { onEvent(e); });
     // Keys already down at the start count as down, not as pressed.
-    fillFromServer();
+    fillKeysFromServer();
     m_ok = true;
 }
 
-void X11KeyState::fillFromServer() {
+void X11KeyState::selectRawEvents(bool withPointer) {
+    unsigned char bits[XIMaskLen(XI_LASTEVENT)] = {};
+    XISetMask(bits, XI_RawKeyPress);
+    XISetMask(bits, XI_RawKeyRelease);
+    if (withPointer) {
+        XISetMask(bits, XI_RawButtonPress);
+        XISetMask(bits, XI_RawButtonRelease);
+        XISetMask(bits, XI_RawMotion);
+    }
+    XIEventMask mask{XIAllMasterDevices, sizeof bits, bits};
+    XISelectEvents(m_x.display(), m_x.root(), &mask, 1);
+}
+
+void X11KeyState::followPointer() {
+    if (!m_ok || m_followsPointer) return;
+    // Selected before the buttons are read, so that no press falls between.
+    selectRawEvents(true);
+    fillButtonsFromServer();
+    m_followsPointer = true;
+}
+
+void X11KeyState::fillKeysFromServer() {
     char keys[32] = {};
     XQueryKeymap(m_x.display(), keys);
     for (size_t code = 0; code < 256; ++code) m_down[code] = (keys[code / 8] >> (code % 8)) & 1;
+}
+
+void X11KeyState::fillButtonsFromServer() {
     Window root = 0, child = 0;
     int x = 0, y = 0, winX = 0, winY = 0;
     unsigned mask = 0;
     XQueryPointer(m_x.display(), m_x.root(), &root, &child, &x, &y, &winX, &winY, &mask);
     for (unsigned button = 1; button <= 5; ++button) m_down[kButtonBase + button] = mask & (Button1Mask << (button - 1));
+}
+
+// Without raw button events the table's buttons are as the server says now.
+bool X11KeyState::buttonDown(size_t index) {
+    if (index >= m_down.size()) return false;
+    if (!m_followsPointer && m_ok) fillButtonsFromServer();
+    return m_down[index];
 }
 
 void X11KeyState::onEvent(XEvent& event) {

@@ -1,8 +1,10 @@
 #pragma once
 // Key and button state from XInput 2 raw events on the root window, kept in
 // a local table: a read looks at the table after taking in the events that
-// have arrived, and never waits for the server. Raw motion is counted too,
-// so that the cursor need not be asked for while it stands still. Which keys make a number
+// have arrived, and never waits for the server. Buttons and motion are
+// followed only for the recorder (a run would wake for every move of the
+// mouse); raw motion is counted, so that the cursor need not be asked for
+// while it stands still. Which keys make a number
 // down is the key table's rule (host::isVirtualKeyDown).
 
 #include <array>
@@ -24,15 +26,21 @@ public:
 
     bool isDown(uint8_t vk) override;
     bool pressedSinceLastRead(uint8_t vk) override;
+    void followPointer() override;
+    bool followsPointer() const { return m_followsPointer; }
     // The keyboard map and the keys down, as the key table asks about them.
     const host::KeyboardView& view() const { return *m_downView; }
-    // Counts the pointer's moves by any device, ours included; a warp of the
-    // pointer by another program is not among them.
+    // Counts the pointer's moves by any device, ours included, while the
+    // pointer is followed; a warp by another program is not among them.
     uint64_t motions() const { return m_motions; }
 
 private:
     void onEvent(XEvent& event);
-    void fillFromServer();
+    // Raw key events, and with the pointer raw button and motion events.
+    void selectRawEvents(bool withPointer);
+    void fillKeysFromServer();
+    void fillButtonsFromServer();
+    bool buttonDown(size_t index);
 
     Connection& m_x;
     Keyboard& m_keyboard;
@@ -41,6 +49,7 @@ private:
     std::unique_ptr<host::KeyboardView> m_pressedView;
     uint64_t m_since = 0;
     bool m_ok = false;
+    bool m_followsPointer = false;
     int m_opcode = 0;
     // Keycodes 0..255, then buttons 256 + 1..31: down now, and the number of
     // the last press of each (presses are counted from 1).
