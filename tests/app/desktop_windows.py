@@ -140,6 +140,11 @@ def a_presses(target):
 
 class RecordFromAdvancedMode(unittest.TestCase):
     def test_ctrl8_records_until_ctrl0_and_the_editor_plays_it_back(self):
+        # The Ctrl+0 that ends the playback can fall between the KeyDown and
+        # the KeyUp of the a. The program lets go of such a key when it exits,
+        # which a kill skips, and a key left down swallows the next press of
+        # it in later tests.
+        self.addCleanup(xdotool, "keyup", "a")
         with TestWindow() as target, Program("1,1,1,0,0,") as program:
             program.enter_script("")
             hold("ctrl+8")
