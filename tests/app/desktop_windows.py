@@ -1,6 +1,6 @@
 """The program on a real desktop: the first window for each settings.dat, a
-play that hides the window and clicks the test window, and the hotkeys
-Ctrl+0 and Ctrl+9 during a run."""
+play that hides the window and clicks the test window, the hotkeys Ctrl+0 and
+Ctrl+9 during a run, and the play options of Basic Mode."""
 
 import os
 import subprocess
@@ -20,6 +20,21 @@ def visible_windows(title):
     """Ids of the visible windows whose title is exactly title."""
     out = xdotool("search", "--onlyvisible", "--name", "^%s$" % title, check=False).stdout
     return out.split()
+
+
+def visible_windows_of(pid, kind, title=None):
+    """Ids of the visible windows of the process pid whose _NET_WM_WINDOW_TYPE
+    includes kind (DIALOG, DROPDOWN_MENU ...), and whose title is title when
+    one is given."""
+    found = []
+    for window in xdotool("search", "--onlyvisible", "--pid", pid, check=False).stdout.split():
+        props = subprocess.run(["xprop", "-id", window, "_NET_WM_WINDOW_TYPE", "_NET_WM_NAME"],
+                               capture_output=True, text=True).stdout
+        if "_NET_WM_WINDOW_TYPE_" + kind not in props:
+            continue
+        if title is None or '_NET_WM_NAME(UTF8_STRING) = "%s"' % title in props.splitlines():
+            found.append(window)
+    return found
 
 
 def wait_until(condition, timeout):
@@ -70,6 +85,19 @@ class Program:
         xdotool("key", "--clearmodifiers", "ctrl+a", "Delete")
         xdotool("type", "--delay", "1", text)
         time.sleep(0.2)
+
+    def to_basic_mode(self):
+        """File, Basic Mode in Advanced Mode: the editor's script goes along."""
+        window = self.window("Tarvoke")
+        xdotool("windowactivate", "--sync", window)
+        # The menu bar's first title, File; from the foot of the menu, Up
+        # passes Exit and Settings.
+        xdotool("mousemove", "--window", window, 20, 10, "click", 1)
+        assert wait_until(lambda: visible_windows_of(self.process.pid, "DROPDOWN_MENU"), 5), "no File menu"
+        xdotool("key", "Up", "Up", "Up", "Return")
+        basic = self.window("Tarvoke Basic Mode")
+        xdotool("windowactivate", "--sync", basic)
+        return basic
 
 
 def click_script(x, y, tail=""):
@@ -132,6 +160,67 @@ class PlayFromAdvancedMode(unittest.TestCase):
             self.assertEqual(len(target.wait_for(2, "ButtonPress")), 2)
             hold("ctrl+0")
             self.assertTrue(wait_until(lambda: visible_windows("Tarvoke"), 1.0))
+
+
+# Basic Mode by keyboard. A fresh window has the focus on Record; five Tabs
+# pass Save, Open..., Advanced Mode and Play (Correct Time is disabled) to the
+# first option, Play Once. In a group of options an arrow key moves the focus,
+# and selects the next option only when the one it leaves was selected; Space
+# selects the option in focus, whichever was selected before.
+TO_PLAY_ONCE = ["Tab"] * 5
+
+
+def choose_play_repeatedly():
+    xdotool("key", *TO_PLAY_ONCE, "Down", "space")
+
+
+def choose_play_x(count):
+    xdotool("key", *TO_PLAY_ONCE, "Down", "Down", "space", "Tab")
+    xdotool("key", "ctrl+a")
+    xdotool("type", str(count))
+    # Back from the count past the selected option to Play.
+    xdotool("key", "shift+Tab")
+
+
+def press_play():
+    """From an option of Basic Mode: Shift+Tab to Play, and Space."""
+    xdotool("key", "shift+Tab", "space")
+
+
+class PlayFromBasicMode(unittest.TestCase):
+    def test_play_x_runs_the_script_that_many_times(self):
+        with TestWindow() as target, Program("1,1,1,0,0,") as program:
+            x, y = target.point("top", 30, 30)
+            # Runs apart in time, so that each click is one run.
+            program.enter_script(click_script(x, y, "Pause(150);\n"))
+            program.to_basic_mode()
+            choose_play_x(3)
+            press_play()
+            presses = target.wait_for(3, "ButtonPress", timeout=10)
+            self.assertEqual([(p["win"], p["x"], p["y"]) for p in presses[:3]], [("top", "30", "30")] * 3)
+            # After the last run the window is back, and nothing plays on.
+            program.window("Tarvoke Basic Mode", timeout=10)
+            time.sleep(1.0)
+            self.assertEqual(len(target.events("ButtonPress")), 3)
+            self.assertTrue(visible_windows("Tarvoke Basic Mode"))
+
+    def test_ctrl0_stops_play_repeatedly(self):
+        with TestWindow() as target, Program("1,1,1,0,0,") as program:
+            x, y = target.point("top", 30, 30)
+            program.enter_script(click_script(x, y, "Pause(150);\n"))
+            program.to_basic_mode()
+            choose_play_repeatedly()
+            press_play()
+            # Three runs at least: it repeats.
+            self.assertGreaterEqual(len(target.wait_for(3, "ButtonPress", timeout=10)), 3)
+            hold("ctrl+0")
+            self.assertTrue(wait_until(lambda: visible_windows("Tarvoke Basic Mode"), 2.0))
+            # A click of the run that Ctrl+0 cut short may still arrive.
+            time.sleep(0.3)
+            stopped_at = len(target.events("ButtonPress"))
+            time.sleep(1.0)
+            self.assertEqual(len(target.events("ButtonPress")), stopped_at)
+            self.assertTrue(visible_windows("Tarvoke Basic Mode"))
 
 
 def a_presses(target):
