@@ -1,7 +1,8 @@
 """The program on a real desktop: the first window for each settings.dat, a
 play that hides the window and clicks the test window, the hotkeys Ctrl+0 and
-Ctrl+9 during a run, and the play options of Basic Mode."""
+Ctrl+9 during a run, the play options of Basic Mode, and a save that fails."""
 
+import contextlib
 import os
 import subprocess
 import sys
@@ -78,13 +79,22 @@ class Program:
         assert wait_until(lambda: visible_windows(title), timeout), "no window %r" % title
         return visible_windows(title)[0]
 
-    def enter_script(self, text):
+    def enter_script(self, text, title="Tarvoke"):
         """Replaces the editor's text of Advanced Mode by typing."""
-        window = self.window("Tarvoke")
+        window = self.window(title)
         xdotool("windowactivate", "--sync", window)
         xdotool("key", "--clearmodifiers", "ctrl+a", "Delete")
         xdotool("type", "--delay", "1", text)
         time.sleep(0.2)
+
+    def open_script(self, path):
+        """File, Open (Ctrl+O) in Advanced Mode, the path typed into the dialog."""
+        xdotool("windowactivate", "--sync", self.window("Tarvoke"))
+        xdotool("key", "--clearmodifiers", "ctrl+o")
+        xdotool("windowactivate", "--sync", self.window("Open Tarvoke script file"))
+        xdotool("type", "--delay", "1", path)
+        xdotool("key", "Return")
+        return self.window("Tarvoke - " + os.path.basename(path))
 
     def to_basic_mode(self):
         """File, Basic Mode in Advanced Mode: the editor's script goes along."""
@@ -221,6 +231,71 @@ class PlayFromBasicMode(unittest.TestCase):
             time.sleep(1.0)
             self.assertEqual(len(target.events("ButtonPress")), stopped_at)
             self.assertTrue(visible_windows("Tarvoke Basic Mode"))
+
+
+@contextlib.contextmanager
+def read_only_folder(path):
+    """The folder refuses new files for the time of the block, also for root
+    (by the immutable flag), and takes them again afterwards."""
+    if os.geteuid() == 0:
+        if subprocess.run(["chattr", "+i", path], capture_output=True).returncode != 0:
+            raise unittest.SkipTest("the file system here has no immutable flag")
+        try:
+            yield
+        finally:
+            subprocess.run(["chattr", "-i", path], check=True)
+    else:
+        os.chmod(path, 0o500)
+        try:
+            yield
+        finally:
+            os.chmod(path, 0o700)
+
+
+def read_file(path):
+    with open(path, "rb") as f:
+        return f.read()
+
+
+def error_boxes(program):
+    """The program's message boxes titled Tarvoke."""
+    return visible_windows_of(program.process.pid, "DIALOG", "Tarvoke")
+
+
+class SaveFromAdvancedMode(unittest.TestCase):
+    def test_a_save_the_folder_refuses_keeps_the_old_file_and_the_caption(self):
+        old = b"Function(Main);\nMsgBox(old);\nEndFunction();\n"
+        # xdotool types a line end as Linefeed, which the editor does not take.
+        new = "Function(Main); MsgBox(new); EndFunction();"
+        with tempfile.TemporaryDirectory(prefix="tarvoke-save-") as folder, Program("1,1,1,0,0,") as program:
+            path = os.path.join(folder, "kept.tk")
+            with open(path, "wb") as f:
+                f.write(old)
+            caption = "Tarvoke - kept.tk"
+            main = program.open_script(path)
+            program.enter_script(new, title=caption)
+            with read_only_folder(folder):
+                xdotool("key", "--clearmodifiers", "ctrl+s")
+                self.assertTrue(wait_until(lambda: error_boxes(program), 5),
+                                "no message box titled Tarvoke")
+                # The box's text is drawn, not published on the window, so
+                # only its title is seen here; frmmain_test reads the text.
+                box = error_boxes(program)[0]
+                self.assertEqual(read_file(path), old)
+                self.assertEqual(xdotool("getwindowname", main).stdout.strip(), caption)
+                xdotool("windowactivate", "--sync", box)
+                xdotool("key", "Return")
+                self.assertTrue(wait_until(lambda: not error_boxes(program), 5))
+                self.assertEqual(xdotool("getwindowname", main).stdout.strip(), caption)
+                self.assertEqual(os.listdir(folder), ["kept.tk"])
+            # The script kept its path: once the folder takes files again,
+            # Ctrl+S saves there without asking.
+            xdotool("windowactivate", "--sync", main)
+            xdotool("key", "--clearmodifiers", "ctrl+s")
+            self.assertTrue(wait_until(lambda: read_file(path) == new.encode(), 5))
+            self.assertEqual(sorted(os.listdir(folder)), ["kept.tk"])
+            self.assertFalse(error_boxes(program))
+            self.assertFalse(visible_windows("Save Tarvoke script file"))
 
 
 def a_presses(target):
