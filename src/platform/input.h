@@ -76,6 +76,8 @@ public:
     virtual void sendKeys(const std::string& keys, const std::vector<KeyStroke>& strokes) = 0;
     // A mouse or key message delivered to one window (513.. buttons, 256/257 keys).
     virtual void sendMessage(WindowId window, uint32_t message, uint32_t wParam, uint32_t lParam) = 0;
+    // Lets go of every key and button pressed here and not released.
+    virtual void releaseAll() {}
 };
 
 }  // namespace tarvoke::platform

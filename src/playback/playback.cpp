@@ -48,6 +48,10 @@ void Playback::tick() {
     const uint64_t generation = m_generation;
     m_engine.Execute();
     m_inTick = false;
+    if (m_releaseDue) {
+        m_releaseDue = false;
+        releaseHeld();
+    }
     // A start inside the run has replaced it; the new run begins at the next tick.
     if (generation != m_generation) return;
     if (!m_session.bRepeat) {
@@ -60,10 +64,19 @@ void Playback::tick() {
 
 void Playback::stopPlay() {
     stop();
+    // A run in hand may still press a key in the statement it is in (the
+    // engine ends after it): its keys are let go when its tick ends.
+    if (m_inTick) m_releaseDue = true;
+    else releaseHeld();
     if (!m_view) return;
     m_view->setPlayTimer(false);
     m_view->afterStop();
     m_view->showAfterRun();
+}
+
+// Keys and buttons a stopped run left down would stay down on the desktop.
+void Playback::releaseHeld() {
+    if (m_session.platform.input) m_session.platform.input->releaseAll();
 }
 
 void Playback::pauseScript() {

@@ -61,7 +61,8 @@ public:
     void setPlayTarget(int32_t target);
     // The play timer's tick: one whole run, then repeat, count or stop.
     void tick();
-    // Stop of a window: ends the run, turns the timer off, shows the window.
+    // Stop of a window: ends the run, turns the timer off, shows the window,
+    // and lets go of the keys and buttons the run left down.
     void stopPlay();
     // Ends the run in hand and makes the next Play resume instead of reload.
     void pauseScript();
@@ -72,6 +73,8 @@ public:
     int32_t playCount() const { return m_lngPlayCount; }
 
 private:
+    void releaseHeld();
+
     engine::SC& m_engine;
     host::Session& m_session;
     PlaybackView* m_view = nullptr;
@@ -82,6 +85,7 @@ private:
     int32_t m_lngPlayTarget = 0;
     int32_t m_lngPlayCount = 0;
     bool m_inTick = false;
+    bool m_releaseDue = false;  // a stop inside the tick: release when it ends
     // Counts starts, so that a tick can tell that its run was replaced.
     uint64_t m_generation = 0;
 };

@@ -44,12 +44,24 @@ public:
     bool playXSelected() const override { return playX; }
 };
 
+// Input that writes "ReleaseAll" into the transcript when it lets go of
+// everything.
+class ReleasingInput : public platform::dryrun::DryRunInput {
+public:
+    using DryRunInput::DryRunInput;
+    std::function<void()> onRelease;
+    void releaseAll() override { onRelease(); }
+};
+
 class PlaybackTest : public ::testing::Test {
 protected:
     PlaybackTest()
-        : roles([this](std::string_view line) { transcript.emplace_back(line); }, [] {}), engine(session),
+        : roles([this](std::string_view line) { transcript.emplace_back(line); }, [] {}),
+          input([this](std::string_view line) { transcript.emplace_back(line); }), engine(session),
           playback(engine, session) {
+        input.onRelease = [this] { transcript.emplace_back("ReleaseAll"); };
         session.platform = roles.platform();
+        session.platform.input = &input;
         session.platform.clock = &clock;
         engine.setExternalCommands(&commands);
         playback.setView(&view);
@@ -75,6 +87,7 @@ protected:
 
     std::vector<std::string> transcript;
     platform::dryrun::DryRunPlatform roles;
+    ReleasingInput input;
     HandlerClock clock;
     host::Session session;
     engine::SC engine;
@@ -157,6 +170,43 @@ TEST_F(PlaybackTest, StopInsideARunEndsItAndCutsThePause) {
     EXPECT_GE(clock.cancels, 1);
 }
 
+// A stopped play lets go of what its run held, once no statement of the run
+// can press again; a repeat keeps keys held from one run to the next.
+TEST_F(PlaybackTest, AStoppedPlayLetsGoOfTheKeysAfterItsLastStatement) {
+    struct Case {
+        const char* name;
+        bool repeat;
+        int stopAtYield;  // 0: the play ends by itself
+    };
+    const Case cases[] = {{"stop between statements", true, 3}, {"stop in the pause", true, 4},
+                          {"the end of a single run", false, 0}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        transcript.clear();
+        session.bRepeat = c.repeat;
+        start("Function(Main);\nKeyDown(16);\nPause(60000);\nKeyDown(17);\nEndFunction();");
+        int yields = 0;
+        clock.onYield = [&] {
+            if (++yields == c.stopAtYield) playback.stopPlay();
+        };
+        tickWhileOn(5);
+        ASSERT_FALSE(view.timer);
+        ASSERT_FALSE(transcript.empty());
+        EXPECT_EQ(transcript.back(), "ReleaseAll");
+        EXPECT_EQ(transcript.front(), "keybd_event 16 0") << "nothing let go before the run";
+        clock.onYield = nullptr;
+    }
+}
+
+TEST_F(PlaybackTest, ARepeatKeepsTheKeysHeldBetweenRuns) {
+    session.bRepeat = true;
+    start("Function(Main);\nKeyDown(16);\nEndFunction();");
+    EXPECT_EQ(tickWhileOn(3), 3);
+    EXPECT_EQ(std::count(transcript.begin(), transcript.end(), "ReleaseAll"), 0);
+    playback.stopPlay();
+    EXPECT_EQ(transcript.back(), "ReleaseAll");
+}
+
 TEST_F(PlaybackTest, TickNeverNests) {
     session.bRepeat = false;
     start(kOneMessage);
@@ -187,7 +237,9 @@ TEST_F(PlaybackTest, PlayDuringARunReplacesIt) {
     EXPECT_FALSE(view.shown);
     clock.onYield = nullptr;
     playback.tick();
-    EXPECT_EQ(transcript, (std::vector<std::string>{"MessageBox 0 \"t\" \"old\"", "MessageBox 0 \"t\" \"new\""}));
+    // The old run lets go of its keys before the new one starts.
+    EXPECT_EQ(transcript, (std::vector<std::string>{"MessageBox 0 \"t\" \"old\"", "ReleaseAll",
+                                                    "MessageBox 0 \"t\" \"new\"", "ReleaseAll"}));
     EXPECT_FALSE(view.timer);
     EXPECT_TRUE(view.shown);
 }

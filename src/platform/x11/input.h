@@ -42,8 +42,7 @@ public:
     void sendKeys(const std::string& keys, const std::vector<KeyStroke>& strokes) override;
     void sendMessage(WindowId window, uint32_t message, uint32_t wParam, uint32_t lParam) override;
 
-    // Releases every key and button that was pressed here and not released.
-    void releaseAll();
+    void releaseAll() override;
 
 private:
     // The keysym a press of vk stands for; 0 for a physical key or none.
