@@ -23,7 +23,7 @@ namespace tarvoke::platform::x11 {
 
 class X11Input : public Input {
 public:
-    static constexpr std::chrono::milliseconds kWarpCheck{10};
+    static constexpr std::chrono::milliseconds kWarpCheck{25};
 
     // The key state answers which keysyms the map carries (for the key
     // table's fallbacks) and counts the pointer's moves.

@@ -56,6 +56,7 @@ void Keyboard::onEvent(XEvent& event) {
         return;
     }
     m_stale = true;
+    ++m_version;
 }
 
 int Keyboard::levelOf(KeyCode keycode, KeySym keysym) {
@@ -118,6 +119,7 @@ void Keyboard::bindSpares(const std::vector<KeySym>& keysyms) {
         m_bound.push_back(code);
         m_lastBinding = std::chrono::steady_clock::now();
         ++m_ownChanges;
+        ++m_version;
         changed = true;
     }
     if (changed) XSync(m_x.display(), False);

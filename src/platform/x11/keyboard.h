@@ -34,6 +34,9 @@ public:
     // keycode is needed for another keysym and is not held down.
     void bindSpares(const std::vector<KeySym>& keysyms);
     void setHeld(KeyCode keycode, bool held);
+    // Changes whenever the map may have changed (another client's change, or
+    // a binding of ours), for those who keep answers drawn from it.
+    uint64_t version() const { return m_version; }
 
 private:
     void load();
@@ -46,6 +49,7 @@ private:
     int m_perKeycode = 1;
     std::vector<KeySym> m_map;  // (keycode - m_min) * m_perKeycode + level
     bool m_stale = false;
+    uint64_t m_version = 0;
     std::vector<KeyCode> m_spares;          // keycodes that carry nothing in the server's map
     std::vector<KeyCode> m_bound;           // spares in use, least recently bound first
     std::map<KeyCode, int> m_held;

@@ -72,6 +72,7 @@ void X11KeyState::followPointer() {
     // Selected before the buttons are read, so that no press falls between.
     selectRawEvents(true);
     fillButtonsFromServer();
+    ++m_changes;
     m_followsPointer = true;
 }
 
@@ -112,11 +113,20 @@ void X11KeyState::onEvent(XEvent& event) {
     }
     if (index >= m_down.size()) return;
     m_down[index] = press;
+    ++m_changes;
     if (press) m_lastPress[index] = ++m_presses;
 }
 
 bool X11KeyState::isDown(uint8_t vk) {
-    return host::isVirtualKeyDown(vk, *m_downView);
+    // Without raw button events a button is asked of the server each time.
+    if (!m_followsPointer) return host::isVirtualKeyDown(vk, *m_downView);
+    if (m_answersChanges != m_changes || m_answersMap != m_keyboard.version()) {
+        m_answers.fill(0);
+        m_answersChanges = m_changes;
+        m_answersMap = m_keyboard.version();
+    }
+    if (m_answers[vk] == 0) m_answers[vk] = host::isVirtualKeyDown(vk, *m_downView) ? 2 : 1;
+    return m_answers[vk] == 2;
 }
 
 bool X11KeyState::pressedSinceLastRead(uint8_t vk) {

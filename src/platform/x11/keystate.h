@@ -59,6 +59,13 @@ private:
     uint64_t m_motions = 0;
     // Per virtual key, the press count at its last "pressed since" read.
     std::array<uint64_t, 256> m_lastRead{};
+    // Answers of isDown while the pointer is followed, kept until a key or
+    // button changes or the map does (the recorder asks about every number
+    // every millisecond): 0 not asked yet, 1 up, 2 down.
+    std::array<uint8_t, 256> m_answers{};
+    uint64_t m_changes = 0;
+    uint64_t m_answersChanges = 0;
+    uint64_t m_answersMap = 0;
 };
 
 }  // namespace tarvoke::platform::x11
