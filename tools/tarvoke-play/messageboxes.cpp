@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <algorithm>
 #include <cstdio>
 
@@ -17,6 +18,11 @@ void HelperMessageBoxes::show(uint32_t flags, const std::string& title, const st
     QProcess box;
     box.setProgram(helperPath());
     box.setArguments({QString::number(flags)});
+    // The box belongs on the X display the run acts on, whatever Qt
+    // platform the player's own environment names.
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("QT_QPA_PLATFORM", "xcb");
+    box.setProcessEnvironment(environment);
     box.setProcessChannelMode(QProcess::ForwardedChannels);
     box.start();
     if (!box.waitForStarted(-1)) {
