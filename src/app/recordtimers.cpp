@@ -1,10 +1,8 @@
 #include "app/recordtimers.h"
 
 #include "app/app.h"
-#include "host/timing.h"
 #include "recorder/recording.h"
-#include "recorder/windowselection.h"
-#include "screen/imagefiles.h"
+#include "recorder/sessionhooks.h"
 
 namespace tarvoke::app {
 
@@ -12,22 +10,6 @@ namespace {
 
 constexpr int kSampleIntervalMs = 1;
 constexpr int kSecondMs = 1000;
-
-recorder::SamplerHooks samplerHooks(host::Session& session) {
-    recorder::SamplerHooks hooks;
-    hooks.windowSelection = [&session] {
-        return recorder::GetWindowSelection(*session.platform.windows, *session.platform.input);
-    };
-    hooks.captureTemp = [&session] {
-        if (session.platform.screen) screen::CaptureScreen(session.imageTable, *session.platform.screen, "sstemp");
-    };
-    hooks.tempPixel = [&session](platform::Point point) {
-        const screen::PixelGrid& capture = session.imageTable.tempCapture();
-        const bool inside = point.x >= 0 && point.y >= 0 && point.x < capture.width && point.y < capture.height;
-        return inside ? capture.at(point.x, point.y) : 0u;
-    };
-    return hooks;
-}
 
 }  // namespace
 
@@ -39,13 +21,10 @@ bool confirmRecording(App& app) {
 
 RecordTimers::RecordTimers(App& app, recorder::Form kind) : m_app(app) {
     host::Session& session = app.session;
-    m_clocks.startEventClock = [&session] { host::StartEventClock(session); };
-    m_clocks.readEventClock = [&session] { return host::ReadEventClock(session); };
-    m_clocks.startRunClock = [&session] { host::StartRunClock(session); };
-    m_clocks.readRunClock = [&session] { return host::ReadRunClock(session); };
+    m_clocks = recorder::sessionClocks(session);
     if (platform::KeyState* keys = app.keys(); keys && session.platform.input)
         m_sampler = std::make_unique<recorder::Sampler>(app.recorder, m_form, kind, *keys, *session.platform.input,
-                                                        m_clocks, samplerHooks(session));
+                                                        m_clocks, recorder::sessionHooks(session));
     m_tmrRecord.setTimerType(Qt::PreciseTimer);
     connect(&m_tmrRecTime, &QTimer::timeout, this, [this] { recorder::countSecond(m_app.recorder, m_clocks); });
     connect(&m_tmrRecord, &QTimer::timeout, this, [this] { m_sampler->tick(); });

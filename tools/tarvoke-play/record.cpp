@@ -4,12 +4,10 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "host/timing.h"
 #include "platform/filesave.h"
 #include "recorder/recording.h"
 #include "recorder/sampler.h"
-#include "recorder/windowselection.h"
-#include "screen/imagefiles.h"
+#include "recorder/sessionhooks.h"
 
 namespace tarvoke::player {
 namespace {
@@ -46,25 +44,12 @@ std::string recordingProblem(const Options& options) {
 }
 
 CommandLineRecorder::CommandLineRecorder(const Options& options, host::Session& session)
-    : m_options(options), m_session(session) {
-    m_clocks.startEventClock = [this] { host::StartEventClock(m_session); };
-    m_clocks.readEventClock = [this] { return host::ReadEventClock(m_session); };
-    m_clocks.startRunClock = [this] { host::StartRunClock(m_session); };
-    m_clocks.readRunClock = [this] { return host::ReadRunClock(m_session); };
-}
+    : m_options(options), m_session(session), m_clocks(recorder::sessionClocks(session)) {}
 
 bool CommandLineRecorder::run(const std::function<void()>& afterTick) {
     platform::Platform& platform = m_session.platform;
-    recorder::SamplerHooks hooks;
-    hooks.windowSelection = [&platform] { return recorder::GetWindowSelection(*platform.windows, *platform.input); };
-    hooks.captureTemp = [this, &platform] { screen::CaptureScreen(m_session.imageTable, *platform.screen, "sstemp"); };
-    hooks.tempPixel = [this](platform::Point point) {
-        const screen::PixelGrid& capture = m_session.imageTable.tempCapture();
-        const bool inside = point.x >= 0 && point.y >= 0 && point.x < capture.width && point.y < capture.height;
-        return inside ? capture.at(point.x, point.y) : 0u;
-    };
     recorder::Sampler sampler(m_state, m_form, recorder::Form::Basic, *platform.keys, *platform.input, m_clocks,
-                              std::move(hooks));
+                              recorder::sessionHooks(m_session));
 
     m_state.bMouseMove = m_options.mouseMove;
     m_state.bExtendedClicks = m_options.extendedClicks;

@@ -82,6 +82,14 @@ void Connection::drainEvents() {
     }
 }
 
+Connection::Pointer Connection::queryPointer() {
+    Window root = 0, child = 0;
+    int winX = 0, winY = 0;
+    Pointer pointer;
+    XQueryPointer(m_display, m_root, &root, &child, &pointer.x, &pointer.y, &winX, &winY, &pointer.buttons);
+    return pointer;
+}
+
 std::optional<std::vector<unsigned long>> Connection::cardinals(Window window, Atom property, Atom type) {
     Atom actualType = None;
     int format = 0;

@@ -57,6 +57,15 @@ public:
     // move events into XCB's queue.
     void noteXcbRead() { ++m_xcbTraffic; }
 
+    // Where the pointer is on the root window, and which buttons are down
+    // (Button1Mask ...): one round trip.
+    struct Pointer {
+        int x = 0;
+        int y = 0;
+        unsigned buttons = 0;
+    };
+    Pointer queryPointer();
+
     // Properties of a window; nullopt when absent or the window is gone.
     std::optional<std::vector<unsigned long>> cardinals(Window window, Atom property, Atom type);
     std::optional<std::string> text(Window window, Atom property);

@@ -108,11 +108,8 @@ Point X11Input::cursorPos() {
     // Counted before asking: a move that lands after the answer asks again.
     m_cursorMotions = m_keys.motions();
     m_cursorAsked = now;
-    Window root = 0, child = 0;
-    int x = 0, y = 0, winX = 0, winY = 0;
-    unsigned mask = 0;
-    XQueryPointer(m_x.display(), m_x.root(), &root, &child, &x, &y, &winX, &winY, &mask);
-    m_cursor = Point{x, y};
+    const Connection::Pointer pointer = m_x.queryPointer();
+    m_cursor = Point{pointer.x, pointer.y};
     return *m_cursor;
 }
 

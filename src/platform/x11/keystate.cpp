@@ -83,10 +83,7 @@ void X11KeyState::fillKeysFromServer() {
 }
 
 void X11KeyState::fillButtonsFromServer() {
-    Window root = 0, child = 0;
-    int x = 0, y = 0, winX = 0, winY = 0;
-    unsigned mask = 0;
-    XQueryPointer(m_x.display(), m_x.root(), &root, &child, &x, &y, &winX, &winY, &mask);
+    const unsigned mask = m_x.queryPointer().buttons;
     for (unsigned button = 1; button <= 5; ++button) m_down[kButtonBase + button] = mask & (Button1Mask << (button - 1));
 }
 

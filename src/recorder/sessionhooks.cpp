@@ -1,0 +1,34 @@
+#include "recorder/sessionhooks.h"
+
+#include "host/timing.h"
+#include "recorder/windowselection.h"
+#include "screen/imagefiles.h"
+
+namespace tarvoke::recorder {
+
+Stopwatches sessionClocks(host::Session& session) {
+    Stopwatches clocks;
+    clocks.startEventClock = [&session] { host::StartEventClock(session); };
+    clocks.readEventClock = [&session] { return host::ReadEventClock(session); };
+    clocks.startRunClock = [&session] { host::StartRunClock(session); };
+    clocks.readRunClock = [&session] { return host::ReadRunClock(session); };
+    return clocks;
+}
+
+SamplerHooks sessionHooks(host::Session& session) {
+    SamplerHooks hooks;
+    hooks.windowSelection = [&session] {
+        return GetWindowSelection(*session.platform.windows, *session.platform.input);
+    };
+    hooks.captureTemp = [&session] {
+        if (session.platform.screen) screen::CaptureScreen(session.imageTable, *session.platform.screen, "sstemp");
+    };
+    hooks.tempPixel = [&session](platform::Point point) {
+        const screen::PixelGrid& capture = session.imageTable.tempCapture();
+        const bool inside = point.x >= 0 && point.y >= 0 && point.x < capture.width && point.y < capture.height;
+        return inside ? capture.at(point.x, point.y) : 0u;
+    };
+    return hooks;
+}
+
+}  // namespace tarvoke::recorder
