@@ -31,12 +31,43 @@ void msgBox(CommandContext& c) {
     c.platform().messages->show(0, "", text);
 }
 
+// Commands that only make input. Their input may wait in the platform's
+// buffer until the next command of another kind, or the event loop's next
+// turn, so that a burst of them leaves at once; any other command might be
+// slow (a file, a program's start) and sends it first.
+bool onlyMakesInput(Command command) {
+    switch (command) {
+    case Command::LeftDown:
+    case Command::LeftUp:
+    case Command::LeftClick:
+    case Command::RightDown:
+    case Command::RightUp:
+    case Command::RightClick:
+    case Command::MiddleDown:
+    case Command::MiddleUp:
+    case Command::MiddleClick:
+    case Command::LeftDownEx:
+    case Command::LeftUpEx:
+    case Command::RightDownEx:
+    case Command::RightUpEx:
+    case Command::MiddleDownEx:
+    case Command::MiddleUpEx:
+    case Command::MoveMouse:
+    case Command::KeyDown:
+    case Command::KeyUp:
+    case Command::SendKeys: return true;
+    default: return false;
+    }
+}
+
 }  // namespace
 
 void HostCommands::execute(engine::SC& engine, int32_t functionID, int32_t lngLine) {
     CommandContext c(engine, lngLine);
     Session& s = c.session();
-    switch (static_cast<Command>(functionID)) {
+    const auto command = static_cast<Command>(functionID);
+    if (!onlyMakesInput(command)) c.platform().input->flush();
+    switch (command) {
     case Command::MsgBox: msgBox(c); break;
     case Command::Pause: pause(engine, lngLine); break;
     case Command::PauseS: pauseUnits(engine, lngLine, PauseUnit::Seconds); break;

@@ -76,6 +76,10 @@ public:
     virtual void sendKeys(const std::string& keys, const std::vector<KeyStroke>& strokes) = 0;
     // A mouse or key message delivered to one window (513.. buttons, 256/257 keys).
     virtual void sendMessage(WindowId window, uint32_t message, uint32_t wParam, uint32_t lParam) = 0;
+    // A platform may hold input back until the event loop's next turn, so
+    // that a burst leaves at once; this sends what is held now. A caller
+    // about to do something slow that is not input calls it first.
+    virtual void flush() {}
     // Lets go of every key and button pressed here and not released.
     virtual void releaseAll() {}
 };

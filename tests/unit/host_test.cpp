@@ -104,6 +104,27 @@ const Case kTargetWindow[] = {
 
 TEST_F(HostTest, TargetWindow) { checkAll(kTargetWindow); }
 
+// Input may wait for the next command of another kind, which might be slow
+// (a file, a program's start, a wait), and is sent on before it.
+TEST_F(HostTest, HeldInputLeavesBeforeAnyOtherCommand) {
+    const struct {
+        const char* script;
+        int flushes;
+    } cases[] = {
+        {"LeftClick(); RightDown(); RightUp(); MiddleClick(); LeftDownEx(1, 2); MoveMouse(3, 4);", 0},
+        {"KeyDown(65); KeyUp(65); SendKeys(ab);", 0},
+        {"int(n, 1); add(n, 1); LeftClick();", 0},
+        {"LeftClick(); Pause(1);", 1},
+        {"LeftClick(); Start(notes.txt); LeftClick(); SaveImage(1, x.bmp);", 2},
+        {"SendKeys(a); SelectWindow(notepad, null); MsgBox(hi);", 2},
+    };
+    for (const auto& c : cases) {
+        fake.input.flushes = 0;
+        run(std::string("function(main);") + c.script + "endfunction();");
+        EXPECT_EQ(fake.input.flushes, c.flushes) << c.script;
+    }
+}
+
 TEST_F(HostTest, AClosedTargetIsStillUsed) {
     run("SelectWindow(notepad);");
     fake.windows.removeWindow(notepad);

@@ -20,6 +20,10 @@ public:
     FakeInput(dryrun::LineSink sink, FakeKeyboard& keyboard) : DryRunInput(std::move(sink)), m_keyboard(keyboard) {}
     void mouseEvent(uint32_t flags) override;
     void keyEvent(uint8_t vk, uint32_t flags) override;
+    void flush() override { ++flushes; }
+
+    // How often held input was sent on.
+    int flushes = 0;
 
 private:
     FakeKeyboard& m_keyboard;

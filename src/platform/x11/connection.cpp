@@ -34,8 +34,10 @@ Connection::Connection() {
     // tick compares its keys against one moment.
     m_notifier = new QSocketNotifier(ConnectionNumber(m_display), QSocketNotifier::Read);
     QObject::connect(m_notifier, &QSocketNotifier::activated, [this] { drainEvents(); });
-    if (auto* dispatcher = QAbstractEventDispatcher::instance())
-        QObject::connect(dispatcher, &QAbstractEventDispatcher::awake, m_notifier, [this] { drainAfterTraffic(); });
+    if (auto* dispatcher = QAbstractEventDispatcher::instance()) {
+        QObject::connect(dispatcher, &QAbstractEventDispatcher::awake, m_notifier, [this] { turn(); });
+        QObject::connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, m_notifier, [this] { turn(); });
+    }
 }
 
 Connection::~Connection() {
@@ -54,10 +56,17 @@ bool Connection::checked(const std::function<void()>& request) {
     return g_errors == before || g_lastErrorSerial < first;
 }
 
-void Connection::flushXcb() {
+void Connection::flush() {
     // A flush reads too, when the server has sent something meanwhile.
-    xcb_flush(m_xcb);
+    XFlush(m_display);
     ++m_xcbTraffic;
+    ++m_flushes;
+    m_queued = false;
+}
+
+void Connection::turn() {
+    if (m_queued) flush();
+    drainAfterTraffic();
 }
 
 // Every Xlib request moves the request count on, and every direct use of

@@ -49,10 +49,17 @@ public:
     void onEvent(std::function<void(XEvent&)> handler) { m_handlers.push_back(std::move(handler)); }
     // Reads what the server has sent without waiting, and hands it on.
     void drainEvents();
-    // Sends what is buffered, without waiting for an answer.
-    void flush() { XFlush(m_display); }
-    // Sends what the XCB side has buffered.
-    void flushXcb();
+    // Sends what is buffered, through Xlib or XCB, without waiting for an
+    // answer.
+    void flush();
+    // Notes requests left in the buffer on purpose, so that a burst of them
+    // leaves in one write: they go out at the next turn of the event loop
+    // (before it reads or waits), with the next request that waits for an
+    // answer, or at the next flush, whichever comes first.
+    void queued() { m_queued = true; }
+    // How many flushes there were: requests queued since the last one
+    // leave together.
+    unsigned long flushes() const { return m_flushes; }
     // To be called after reading an answer through the XCB side, which may
     // move events into XCB's queue.
     void noteXcbRead() { ++m_xcbTraffic; }
@@ -71,8 +78,10 @@ public:
     std::optional<std::string> text(Window window, Atom property);
 
 private:
-    // Drains when a call since the last drain may have moved events into a
-    // queue, where the socket no longer tells of them.
+    // Sends what was queued, then drains when a call since the last drain
+    // may have moved events into a queue, where the socket no longer tells
+    // of them.
+    void turn();
     void drainAfterTraffic();
 
     Display* m_display = nullptr;
@@ -80,6 +89,8 @@ private:
     Window m_root = 0;
     QSocketNotifier* m_notifier = nullptr;
     unsigned long m_xcbTraffic = 0;
+    bool m_queued = false;
+    unsigned long m_flushes = 0;
     // The next request and the XCB traffic at the last drain.
     unsigned long m_drainedRequest = 0;
     unsigned long m_drainedXcbTraffic = 0;

@@ -37,16 +37,20 @@ constexpr ButtonMessage kButtonMessages[] = {
 constexpr uint32_t kKeyDownMessage = 256;
 constexpr uint32_t kKeyUpMessage = 257;
 
+}  // namespace
+
 // A pointer query sent through the connection's XCB side, which lets a
 // request go out now and its answer be read later.
-class PointerQuery : public PendingPoint {
+class PointerQuery {
 public:
     PointerQuery(Connection& connection, Window root)
         : m_x(connection), m_cookie(xcb_query_pointer(m_x.xcb(), root)) {}
-    ~PointerQuery() override {
+    ~PointerQuery() {
         if (!m_point) xcb_discard_reply(m_x.xcb(), m_cookie.sequence);
     }
-    Point get() override {
+    PointerQuery(const PointerQuery&) = delete;
+    PointerQuery& operator=(const PointerQuery&) = delete;
+    Point get() {
         if (!m_point) {
             xcb_query_pointer_reply_t* reply = xcb_query_pointer_reply(m_x.xcb(), m_cookie, nullptr);
             m_x.noteXcbRead();
@@ -55,13 +59,25 @@ public:
         }
         return *m_point;
     }
-    // Root coordinates travel as 16-bit numbers.
-    bool fitsInt16() const override { return true; }
 
 private:
     Connection& m_x;
     xcb_query_pointer_cookie_t m_cookie;
     std::optional<Point> m_point;
+};
+
+namespace {
+
+// One query's answer as each of the clicks that share it holds it.
+class SharedPointerQuery : public PendingPoint {
+public:
+    explicit SharedPointerQuery(std::shared_ptr<PointerQuery> query) : m_query(std::move(query)) {}
+    Point get() override { return m_query->get(); }
+    // Root coordinates travel as 16-bit numbers.
+    bool fitsInt16() const override { return true; }
+
+private:
+    std::shared_ptr<PointerQuery> m_query;
 };
 
 }  // namespace
@@ -97,8 +113,9 @@ KeySym keysymOfCharacter(const std::string& character) {
 
 void X11Input::setCursorPos(int32_t x, int32_t y) {
     XTestFakeMotionEvent(m_x.display(), -1, x, y, CurrentTime);
-    m_x.flush();
+    m_x.queued();
     m_cursor.reset();
+    m_burstQuery.reset();
 }
 
 Point X11Input::cursorPos() {
@@ -114,8 +131,13 @@ Point X11Input::cursorPos() {
 }
 
 std::unique_ptr<PendingPoint> X11Input::askCursorPos() {
-    // Goes out with the next flush, ahead of what is queued after it.
-    return std::make_unique<PointerQuery>(m_x, m_x.root());
+    // Goes out with the next flush, ahead of what is queued after it. The
+    // clicks of one burst share it while no move of ours lies between them.
+    if (!m_burstQuery || m_burstQueryFlushes != m_x.flushes()) {
+        m_burstQuery = std::make_shared<PointerQuery>(m_x, m_x.root());
+        m_burstQueryFlushes = m_x.flushes();
+    }
+    return std::make_unique<SharedPointerQuery>(m_burstQuery);
 }
 
 bool X11Input::queueButton(uint32_t flags) {
@@ -131,12 +153,12 @@ bool X11Input::queueButton(uint32_t flags) {
 }
 
 void X11Input::mouseEvent(uint32_t flags) {
-    if (queueButton(flags)) m_x.flushXcb();
+    if (queueButton(flags)) m_x.queued();
 }
 
 void X11Input::mouseClick(uint32_t downFlags, uint32_t upFlags) {
     const bool down = queueButton(downFlags);
-    if (queueButton(upFlags) || down) m_x.flushXcb();
+    if (queueButton(upFlags) || down) m_x.queued();
 }
 
 KeySym X11Input::keysymOf(uint8_t vk) {
@@ -187,7 +209,7 @@ void X11Input::pressVk(uint8_t vk, bool press) {
 
 void X11Input::keyEvent(uint8_t vk, uint32_t flags) {
     pressVk(vk, flags != kKeyRelease);
-    m_x.flush();
+    m_x.queued();
 }
 
 void X11Input::typeKeysym(KeySym keysym) {
@@ -231,7 +253,7 @@ void X11Input::sendKeys(const std::string&, const std::vector<KeyStroke>& stroke
         case KeyStroke::Kind::Type: typeKeysym(keysymOfCharacter(stroke.text)); break;
         }
     }
-    m_x.flush();
+    m_x.queued();
 }
 
 void X11Input::sendButton(Window window, uint32_t message, uint32_t lParam) {
@@ -282,8 +304,10 @@ void X11Input::sendMessage(WindowId window, uint32_t message, uint32_t wParam, u
     else sendButton(window, message, lParam);
     // A window that vanished makes an error that the connection counts
     // and drops.
-    m_x.flush();
+    m_x.queued();
 }
+
+void X11Input::flush() { m_x.flush(); }
 
 void X11Input::releaseAll() {
     for (unsigned button : m_heldButtons) XTestFakeButtonEvent(m_x.display(), button, False, CurrentTime);

@@ -2,14 +2,16 @@
 // Synthetic input on X: the input stream through XTest, and messages to one
 // window as sent events (which programs that refuse sent events ignore).
 //
-// Every operation queues its requests and flushes them without waiting for
-// the server, except that keysyms needing a spare keycode are bound in one
-// batch and synced first: at most one round trip per operation. Buttons and
-// cursor queries go through the connection's XCB side, so that a click with
-// the query before it leaves in one write.
+// Every operation queues its requests and leaves them in the connection's
+// buffer, which goes out at the next turn of the event loop or at flush(),
+// so that a burst of clicks leaves in one write. Only keysyms needing a
+// spare keycode are bound in one batch and synced first: at most one round
+// trip per operation. Buttons and cursor queries go through the
+// connection's XCB side, whose answers can be read later.
 
 #include <chrono>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 
@@ -20,6 +22,8 @@
 #include "platform/x11/keystate.h"
 
 namespace tarvoke::platform::x11 {
+
+class PointerQuery;
 
 class X11Input : public Input {
 public:
@@ -42,6 +46,7 @@ public:
     void sendKeys(const std::string& keys, const std::vector<KeyStroke>& strokes) override;
     void sendMessage(WindowId window, uint32_t message, uint32_t wParam, uint32_t lParam) override;
 
+    void flush() override;
     void releaseAll() override;
 
 private:
@@ -64,6 +69,10 @@ private:
     std::optional<Point> m_cursor;
     uint64_t m_cursorMotions = 0;
     std::chrono::steady_clock::time_point m_cursorAsked;
+    // The cursor query of the clicks still in the buffer, and the flush
+    // count when it was asked.
+    std::shared_ptr<PointerQuery> m_burstQuery;
+    unsigned long m_burstQueryFlushes = 0;
     std::map<uint8_t, KeyCode> m_vkCodes;  // the keycode each pressed number went to
     std::multiset<KeyCode> m_heldKeys;
     std::set<unsigned> m_heldButtons;
