@@ -1,6 +1,7 @@
 // Pause accuracy: how far the real length of Pause(N) is from N, for the
-// player's wait (the engine, the host's pause command and the timerfd clock)
-// and for a Qt single-shot timer of the same length, in one run. Prints one
+// player's wait (the engine, the host's pause command and the timerfd clock
+// on the player's poll loop), the same wait on Qt's loop (the windows), and
+// a Qt single-shot timer of the same length, in one run. Prints one
 // line per method and length: "METHOD N mean_ms p99_ms max_ms", and the
 // drift over a long series of waits: "drift first100_mean_ms last100_mean_ms".
 //
@@ -21,6 +22,8 @@
 #include "engine/sc.h"
 #include "host/dispatch.h"
 #include "host/session.h"
+#include "platform/loop/pollloop.h"
+#include "platform/loop/qtloop.h"
 #include "platform/x11/clock.h"
 
 namespace {
@@ -73,17 +76,23 @@ int main(int argc, char** argv) {
     const int runs = argc > 1 ? std::atoi(argv[1]) : 50;
     const int series = argc > 2 ? std::atoi(argv[2]) : 1000;
 
+    platform::PollLoop pollLoop;
+    platform::QtLoop qtLoop;
+    platform::x11::RealClock clock(pollLoop), windowsClock(qtLoop);
     host::Session session;
-    platform::x11::RealClock clock;
     session.platform.clock = &clock;
     engine::SC engine(session);
     host::HostCommands commands;
     engine.setExternalCommands(&commands);
 
     for (int n : {1, 10, 100, 1000}) {
+        session.platform.clock = &clock;
         report("tarvoke", n, tarvokePauses(engine, n, runs));
+        session.platform.clock = &windowsClock;
+        report("tarvoke-windows", n, tarvokePauses(engine, n, runs));
         report("qt", n, qtTimers(n, runs));
     }
+    session.platform.clock = &clock;
     // A long series of waits: the error of the last ones against the first.
     const auto errors = tarvokePauses(engine, 10, series);
     const size_t tail = std::min<size_t>(100, errors.size());

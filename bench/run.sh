@@ -12,18 +12,15 @@ cmake --build "$build" -j "$(nproc)" --target tarvoke_bench tarvoke-play
 
 out=$(mktemp -d)
 trap 'rm -rf "$out"' EXIT
-echo "== benchmarks (the player's event dispatcher)"
+echo "== benchmarks"
 "$build/bin/tarvoke_bench" --benchmark_out="$out/main.json" --benchmark_out_format=json "$@"
-echo "== the yield with Qt's default GLib dispatcher, for comparison"
-"$build/bin/tarvoke_bench" --benchmark_filter='Yield|ProcessEvents' \
-  --benchmark_out="$out/glib.json" --benchmark_out_format=json "$@" --glib
 
 echo "== the player end to end: tarvoke-play --dry-run on a loop of 300,001 statements"
 passes=100000
 printf 'Function(Main);\nInt(i, 0);\nWhile(i < %d);\n  Add(i, 1);\nEndWhile();\nEndFunction();\n' $passes >"$out/loop.tk"
 /usr/bin/env time -f '%e %U %S' -o "$out/player.time" "$build/bin/tarvoke-play" --dry-run "$out/loop.tk"
 
-python3 bench/summary.py "$out/main.json" "$out/glib.json" "$out/player.time" $((3 * passes + 3))
+python3 bench/summary.py "$out/main.json" "$out/player.time" $((3 * passes + 3))
 
 echo "== the desktop: pause accuracy, injection rate"
 bench/desktop.sh "$build"

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Prints the benchmark figures against their targets.
 
-usage: summary.py MAIN.json GLIB.json PLAYER.time STATEMENTS
+usage: summary.py MAIN.json PLAYER.time STATEMENTS
 CPU times are used: on a shared machine the wall clock also counts the time
 other programs held the processor.
 """
@@ -29,10 +29,10 @@ def verdict(ok):
 
 
 def main():
-    main_runs, glib_runs = load(sys.argv[1]), load(sys.argv[2])
-    with open(sys.argv[3]) as f:
+    main_runs = load(sys.argv[1])
+    with open(sys.argv[2]) as f:
         wall, user, system = (float(x) for x in f.read().split()[-3:])
-    statements = int(sys.argv[4])
+    statements = int(sys.argv[3])
 
     print("\n== summary (CPU time)")
     loads = {mb: ms(main_runs[f"BM_LoadRecording/{mb}"]) for mb in (1, 4, 10)}
@@ -48,14 +48,14 @@ def main():
     print(f"Skips over 1/100/10000 statements: if {skips[0]:.0f}/{skips[1]:.0f}/{skips[2]:.0f} ns,"
           f" while {skips[3]:.0f}/{skips[4]:.0f}/{skips[5]:.0f} ns per statement (flat: no rescan)")
 
-    yield_loop = per["BM_YieldLoop/100000"]
-    glib_loop = glib_runs["BM_YieldLoop/100000"]["per_statement"] * 1e9
-    print(f"With the real yield:  {yield_loop:.0f} ns per statement, {1e9 / yield_loop:,.0f} statements/s"
-          f" (processEvents alone {ns(main_runs['BM_ProcessEvents']):.0f} ns;"
-          f" GLib dispatcher {glib_loop:.0f} ns per statement)  target <= 2000 ns: {verdict(yield_loop <= 2000)}")
-    clock_loop = per["BM_ClockYieldLoop/100000"]
-    print(f"With the desktop clock's yield (a turn of the loop at most every 0.1 ms): {clock_loop:.0f} ns per"
-          f" statement, {1e9 / clock_loop:,.0f} statements/s")
+    for loop, name in (("PollLoop", "the player's poll loop"), ("QtLoop", "the windows' Qt loop")):
+        every = per[f"BM_TurnEveryStatement<platform::{loop}>/100000"]
+        clock_loop = per[f"BM_ClockYieldLoop<platform::{loop}>/100000"]
+        turn = ns(main_runs[f"BM_Turn<platform::{loop}>"])
+        print(f"Yield on {name}: a turn before every statement {every:.0f} ns per statement"
+              f" (a turn alone {turn:.0f} ns)  target <= 2000 ns: {verdict(every <= 2000)};"
+              f" the clock's yield (a turn at most every 0.1 ms) {clock_loop:.0f} ns per statement,"
+              f" {1e9 / clock_loop:,.0f} statements/s")
     player_cpu = (user + system) / statements * 1e9
     print(f"tarvoke-play --dry-run, {statements:,} statements: {user + system:.2f} s CPU ({wall:.2f} s wall),"
           f" {player_cpu:.0f} ns per statement including start-up and load")

@@ -1,33 +1,29 @@
-// The run loop with the player's real yield before every statement: Qt's
-// event loop handles pending events (QCoreApplication::processEvents), as
-// tools/tarvoke-play does, while a timer and a socket notifier are live as
-// they are in the player.
+// The run loop with the real yield before every statement, on both event
+// loops: Qt's (the windows) and the poll loop (tools/tarvoke-play), each
+// with a timer and a watched pipe live, as they are during a run.
 
 #include <benchmark/benchmark.h>
 
-#include <QAbstractEventDispatcher>
 #include <QCoreApplication>
-#include <QSocketNotifier>
-#include <QTimer>
 #include <unistd.h>
 
 #include "benchscripts.h"
+#include "platform/loop/pollloop.h"
+#include "platform/loop/qtloop.h"
 #include "platform/x11/clock.h"
 
 namespace tarvoke::bench {
 namespace {
 
-// The sources the player watches during a run: its signal pipe and a timer.
+// The sources a run watches: the signal pipe and a timer.
 class LiveSources {
 public:
-    LiveSources() {
-        if (::pipe(m_pipe) == 0) m_notifier = new QSocketNotifier(m_pipe[0], QSocketNotifier::Read);
-        m_timer.setInterval(10);
-        QObject::connect(&m_timer, &QTimer::timeout, [this] { ++ticks; });
-        m_timer.start();
+    explicit LiveSources(platform::EventLoop& loop) {
+        if (::pipe(m_pipe) == 0) m_watch = loop.watchReadable(m_pipe[0], [] {});
+        m_timer = loop.every(std::chrono::milliseconds(10), [this] { ++ticks; });
     }
     ~LiveSources() {
-        delete m_notifier;
+        m_watch.reset();
         ::close(m_pipe[0]);
         ::close(m_pipe[1]);
     }
@@ -35,27 +31,32 @@ public:
 
 private:
     int m_pipe[2] = {-1, -1};
-    QSocketNotifier* m_notifier = nullptr;
-    QTimer m_timer;
+    std::unique_ptr<platform::EventLoop::Handle> m_watch;
+    std::unique_ptr<platform::EventLoop::Handle> m_timer;
 };
 
-void BM_YieldLoop(benchmark::State& state) {
-    LiveSources sources;
-    BenchEngine bench([] { QCoreApplication::processEvents(); });
+// A turn of the loop before every statement.
+template <typename Loop>
+void BM_TurnEveryStatement(benchmark::State& state) {
+    Loop loop;
+    LiveSources sources(loop);
+    BenchEngine bench([&loop] { loop.turn(false); });
     bench.load(countingLoop(static_cast<int32_t>(state.range(0))));
     const int64_t perRun = statementsRun(bench.engine);
     for (auto _ : state) bench.engine.Execute();
     reportStatements(state, perRun);
     state.counters["timer_ticks"] = static_cast<double>(sources.ticks);
-    state.SetLabel(QCoreApplication::eventDispatcher()->metaObject()->className());
 }
-BENCHMARK(BM_YieldLoop)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(BM_TurnEveryStatement, platform::QtLoop)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(BM_TurnEveryStatement, platform::PollLoop)->Arg(100000)->Unit(benchmark::kMillisecond);
 
-// The same loop with the real clock's yield, which gives the event loop a
-// turn at most every tenth of a millisecond.
+// The real clock's yield, which gives the loop a turn at most every tenth
+// of a millisecond.
+template <typename Loop>
 void BM_ClockYieldLoop(benchmark::State& state) {
-    LiveSources sources;
-    platform::x11::RealClock clock;
+    Loop loop;
+    LiveSources sources(loop);
+    platform::x11::RealClock clock(loop);
     BenchEngine bench([&clock] { clock.yield(); });
     bench.load(countingLoop(static_cast<int32_t>(state.range(0))));
     const int64_t perRun = statementsRun(bench.engine);
@@ -63,15 +64,18 @@ void BM_ClockYieldLoop(benchmark::State& state) {
     reportStatements(state, perRun);
     state.counters["timer_ticks"] = static_cast<double>(sources.ticks);
 }
-BENCHMARK(BM_ClockYieldLoop)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(BM_ClockYieldLoop, platform::QtLoop)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(BM_ClockYieldLoop, platform::PollLoop)->Arg(100000)->Unit(benchmark::kMillisecond);
 
-// The yield alone, one processEvents call.
-void BM_ProcessEvents(benchmark::State& state) {
-    LiveSources sources;
-    for (auto _ : state) QCoreApplication::processEvents();
-    state.SetLabel(QCoreApplication::eventDispatcher()->metaObject()->className());
+// One turn alone.
+template <typename Loop>
+void BM_Turn(benchmark::State& state) {
+    Loop loop;
+    LiveSources sources(loop);
+    for (auto _ : state) loop.turn(false);
 }
-BENCHMARK(BM_ProcessEvents);
+BENCHMARK_TEMPLATE(BM_Turn, platform::QtLoop);
+BENCHMARK_TEMPLATE(BM_Turn, platform::PollLoop);
 
 }  // namespace
 }  // namespace tarvoke::bench

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "picture.h"
+#include "platform/loop/pollloop.h"
 #include "platform/x11/x11platform.h"
 #include "screen/imagestore.h"
 #include "screen/routines.h"
@@ -44,7 +45,8 @@ screen::ImageStore& store() {
 }
 
 void BM_CaptureXShm(benchmark::State& state) {
-    auto x11 = platform::x11::X11Platform::open();
+    platform::PollLoop loop;
+    auto x11 = platform::x11::X11Platform::open(loop);
     if (!x11) {
         state.SkipWithError("no X display");
         return;

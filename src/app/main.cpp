@@ -12,6 +12,7 @@
 #include "app/priority.h"
 #include "app/scriptmessages.h"
 #include "platform/qimage/qimagepictures.h"
+#include "platform/loop/qtloop.h"
 #include "platform/x11/x11platform.h"
 
 namespace {
@@ -47,7 +48,8 @@ int main(int argc, char** argv) {
     const std::filesystem::path programFolder = QCoreApplication::applicationDirPath().toStdString();
     app::QtDialogs dialogs;
     app::ScriptMessageBoxes scriptMessages;
-    const auto desktop = platform::x11::X11Platform::open();
+    platform::QtLoop loop;
+    const auto desktop = platform::x11::X11Platform::open(loop);
     if (!desktop) {
         std::fprintf(stderr, "tarvoke: cannot open the X display '%s'\n", std::getenv("DISPLAY") ? std::getenv("DISPLAY") : "");
         return 2;

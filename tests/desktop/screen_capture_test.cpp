@@ -12,6 +12,7 @@
 #include "host/dispatch.h"
 #include "host/session.h"
 #include "platform/dryrun/dryrun.h"
+#include "platform/loop/qtloop.h"
 #include "platform/x11/x11platform.h"
 
 // Last: its macros (None, Bool) would break the headers above.
@@ -61,7 +62,7 @@ protected:
     ScreenCaptureTest() : m_input([this](std::string_view line) { lines.emplace_back(line); }), m_engine(m_session) {}
 
     void SetUp() override {
-        m_x11 = platform::x11::X11Platform::open();
+        m_x11 = platform::x11::X11Platform::open(m_loop);
         ASSERT_NE(m_x11, nullptr) << "no X display";
         m_session.platform = m_x11->platform(nullptr);
         m_session.platform.input = &m_input;  // the cursor's move is read from its line
@@ -85,6 +86,7 @@ protected:
 
     std::vector<std::string> lines;
     platform::dryrun::DryRunInput m_input;
+    platform::QtLoop m_loop;
     std::unique_ptr<platform::x11::X11Platform> m_x11;
     host::Session m_session;
     engine::SC m_engine;

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "host/sendkeys.h"
+#include "platform/loop/qtloop.h"
 #include "platform/x11/x11platform.h"
 #include "testwindow.h"
 
@@ -21,7 +22,7 @@ using desktoptest::TestWindow;
 class X11Test : public testing::Test {
 protected:
     void SetUp() override {
-        m_x11 = X11Platform::open();
+        m_x11 = X11Platform::open(m_loop);
         ASSERT_NE(m_x11, nullptr) << "no X display";
         m_platform = m_x11->platform(nullptr);
     }
@@ -38,6 +39,7 @@ protected:
         return false;
     }
 
+    QtLoop m_loop;
     std::unique_ptr<X11Platform> m_x11;
     Platform m_platform;
 };
@@ -58,7 +60,7 @@ TEST_F(X11Test, ClicksArriveAtTheCursorInOrder) {
     for (uint32_t flags : {kLeftDown, kLeftUp, kRightDown, kRightUp, kMiddleDown, kMiddleUp})
         m_platform.input->mouseEvent(flags);
     // Held input leaves at the event loop's next turn.
-    QCoreApplication::processEvents();
+    m_loop.turn(false);
     const auto buttons = window.waitFor(6, {"ButtonPress", "ButtonRelease"});
     EXPECT_EQ(describe(buttons, {"win", "sent", "button", "x", "y"}),
               (std::vector<std::string>{"ButtonPress win=child sent=0 button=1 x=30 y=40",

@@ -1,6 +1,5 @@
 #include "desktop.h"
 
-#include <QTimer>
 #include <cstdlib>
 
 #include "platform/x11/x11platform.h"
@@ -27,22 +26,22 @@ std::string waylandNotice() {
     return isSet("WAYLAND_DISPLAY") ? "this is a Wayland session: tarvoke-play acts on X11 windows only" : "";
 }
 
-std::unique_ptr<Desktop> Desktop::open() {
-    std::unique_ptr<Desktop> desktop(new Desktop());
-    desktop->m_x11 = platform::x11::X11Platform::open();
+std::unique_ptr<Desktop> Desktop::open(platform::EventLoop& loop) {
+    std::unique_ptr<Desktop> desktop(new Desktop(loop));
+    desktop->m_x11 = platform::x11::X11Platform::open(loop);
     if (!desktop->m_x11) return nullptr;
     return desktop;
 }
+
+Desktop::Desktop(platform::EventLoop& loop) : m_loop(loop), m_messages(loop) {}
 
 Desktop::~Desktop() = default;
 
 platform::Platform Desktop::platform() { return m_x11->platform(&m_messages); }
 
 void Desktop::pollHotkeys(std::function<void()> onStop) {
-    m_poll = std::make_unique<QTimer>();
-    m_poll->setInterval(kPollIntervalMs);
-    QObject::connect(m_poll.get(), &QTimer::timeout, [this, onStop = std::move(onStop)] { pollHotkeysOnce(onStop); });
-    m_poll->start();
+    m_poll = m_loop.every(std::chrono::milliseconds(kPollIntervalMs),
+                          [this, onStop = std::move(onStop)] { pollHotkeysOnce(onStop); });
 }
 
 void Desktop::pollHotkeysOnce(const std::function<void()>& onStop) {

@@ -3,16 +3,14 @@
 // shown by a helper program, and the hotkey poll that lets Ctrl+0 stop the
 // run.
 
-#include <QObject>
 #include <functional>
 #include <memory>
 #include <string>
 #include <variant>
 
 #include "messageboxes.h"
+#include "platform/eventloop.h"
 #include "platform/platform.h"
-
-class QTimer;
 
 namespace tarvoke::platform::x11 {
 class X11Platform;
@@ -28,8 +26,8 @@ std::string waylandNotice();
 
 class Desktop {
 public:
-    // nullptr when the display cannot be opened.
-    static std::unique_ptr<Desktop> open();
+    // nullptr when the display cannot be opened. The loop outlives the desktop.
+    static std::unique_ptr<Desktop> open(platform::EventLoop& loop);
     ~Desktop();
 
     platform::Platform platform();
@@ -44,10 +42,11 @@ public:
     void closeMessages() { m_messages.closeAll(); }
 
 private:
-    Desktop() = default;
+    explicit Desktop(platform::EventLoop& loop);
+    platform::EventLoop& m_loop;
     std::unique_ptr<platform::x11::X11Platform> m_x11;
     HelperMessageBoxes m_messages;
-    std::unique_ptr<QTimer> m_poll;
+    std::unique_ptr<platform::EventLoop::Handle> m_poll;
 };
 
 }  // namespace tarvoke::player

@@ -1,7 +1,6 @@
 // tarvoke-play: runs a script from the command line, headless, in CI jobs
 // and over ssh.
 
-#include <QCoreApplication>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -13,13 +12,13 @@
 #include <variant>
 
 #include "desktop.h"
-#include "eventloop.h"
 #include "engine/sc.h"
 #include "host/dispatch.h"
 #include "host/session.h"
 #include "options.h"
 #include "picturemodule.h"
 #include "platform/dryrun/dryrun.h"
+#include "platform/loop/pollloop.h"
 #include "platform/turnpacer.h"
 #include "playback/playback.h"
 #include "record.h"
@@ -97,19 +96,17 @@ int main(int argc, char** argv) {
         if (const std::string notice = player::waylandNotice(); !notice.empty())
             std::fprintf(stderr, "tarvoke-play: %s\n", notice.c_str());
     }
-    std::unique_ptr<QCoreApplication> app;
-    {
-        const player::UnixEventDispatcherChoice dispatcher;
-        app = std::make_unique<QCoreApplication>(argc, argv);
-    }
+    // The player shows no widget, so it runs on a loop of its own rather
+    // than Qt's, and starts without loading Qt at all.
+    platform::PollLoop loop;
     std::unique_ptr<player::Desktop> desktop;
-    if (onDesktop && !(desktop = player::Desktop::open()))
+    if (onDesktop && !(desktop = player::Desktop::open(loop)))
         return fail(std::string("cannot open the display '") + std::getenv("DISPLAY") + "'");
 
     host::Session session;
     platform::TurnPacer pacer;
-    platform::dryrun::DryRunPlatform dryRun(printLine, [&pacer] {
-        if (pacer.turnDue()) QCoreApplication::processEvents();
+    platform::dryrun::DryRunPlatform dryRun(printLine, [&pacer, &loop] {
+        if (pacer.turnDue()) loop.turn(false);
     });
     player::PictureModule pictures;
     dryRun.setPictureFiles(&pictures);
@@ -130,8 +127,8 @@ int main(int argc, char** argv) {
 
     int status = 0;
     if (options.record) {
-        player::CommandLineRecorder recorder(options, session);
-        player::StopSignals stopSignals([&](int number) {
+        player::CommandLineRecorder recorder(options, session, loop);
+        player::StopSignals stopSignals(loop, [&](int number) {
             status = 128 + number;
             recorder.stop();
         });
@@ -150,7 +147,7 @@ int main(int argc, char** argv) {
         playback.stop();
         if (desktop) desktop->closeMessages();
     };
-    player::StopSignals stopSignals([&](int number) {
+    player::StopSignals stopSignals(loop, [&](int number) {
         status = 128 + number;
         stopRun();
     });

@@ -1,53 +1,110 @@
 #include "messageboxes.h"
 
-#include <QCoreApplication>
-#include <QEventLoop>
-#include <QProcess>
-#include <QProcessEnvironment>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "programfolder.h"
+
+extern char** environ;
 
 namespace tarvoke::player {
 namespace {
 
-QString helperPath() { return QCoreApplication::applicationDirPath() + "/tarvoke-message"; }
+std::string helperPath() { return programFolder() + "/tarvoke-message"; }
+
+// The player's environment, where the box belongs on the X display the run
+// acts on, whatever Qt platform the environment names.
+std::vector<std::string> helperEnvironment() {
+    std::vector<std::string> result;
+    for (char** entry = environ; *entry; ++entry)
+        if (std::strncmp(*entry, "QT_QPA_PLATFORM=", 16) != 0) result.emplace_back(*entry);
+    result.emplace_back("QT_QPA_PLATFORM=xcb");
+    return result;
+}
+
+// Starts the helper with its standard input on socket; the process id, or
+// -1 with errno set.
+pid_t startHelper(uint32_t flags, int socket) {
+    const std::string path = helperPath();
+    const std::string flagsText = std::to_string(flags);
+    std::vector<std::string> environment = helperEnvironment();
+    std::vector<char*> envp;
+    for (std::string& entry : environment) envp.push_back(entry.data());
+    envp.push_back(nullptr);
+    char* argv[] = {const_cast<char*>(path.c_str()), const_cast<char*>(flagsText.c_str()), nullptr};
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, socket, STDIN_FILENO);
+    pid_t pid = -1;
+    const int error = posix_spawn(&pid, path.c_str(), &actions, nullptr, argv, envp.data());
+    posix_spawn_file_actions_destroy(&actions);
+    if (error != 0) {
+        errno = error;
+        return -1;
+    }
+    return pid;
+}
+
+// The title, a zero byte and the text, then the end of the input.
+void sendBox(int socket, const std::string& title, const std::string& text) {
+    std::string input = title;
+    input += '\0';
+    input += text;
+    for (size_t sent = 0; sent < input.size();) {
+        const ssize_t count = ::send(socket, input.data() + sent, input.size() - sent, MSG_NOSIGNAL);
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) break;  // the helper is gone: its end is seen as any other
+        sent += static_cast<size_t>(count);
+    }
+    ::shutdown(socket, SHUT_WR);
+}
 
 }  // namespace
 
 void HelperMessageBoxes::show(uint32_t flags, const std::string& title, const std::string& text) {
-    QProcess box;
-    box.setProgram(helperPath());
-    box.setArguments({QString::number(flags)});
-    // The box belongs on the X display the run acts on, whatever Qt
-    // platform the player's own environment names.
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("QT_QPA_PLATFORM", "xcb");
-    box.setProcessEnvironment(environment);
-    box.setProcessChannelMode(QProcess::ForwardedChannels);
-    box.start();
-    if (!box.waitForStarted(-1)) {
-        std::fprintf(stderr, "tarvoke-play: cannot show a message box (%s: %s); its text: %s\n",
-                     helperPath().toLocal8Bit().constData(), box.errorString().toLocal8Bit().constData(),
+    int ends[2];
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
+        std::fprintf(stderr, "tarvoke-play: cannot show a message box (%s); its text: %s\n", std::strerror(errno),
                      text.c_str());
         return;
     }
-    std::string input = title;
-    input += '\0';
-    input += text;
-    box.write(input.data(), static_cast<qint64>(input.size()));
-    box.closeWriteChannel();
-
-    m_open.push_back(&box);
-    QEventLoop wait;
-    QObject::connect(&box, &QProcess::finished, &wait, &QEventLoop::quit);
-    // Nothing runs between this test and the start of the loop, so the
-    // end of the helper cannot slip in between.
-    if (box.state() != QProcess::NotRunning) wait.exec();
-    m_open.erase(std::remove(m_open.begin(), m_open.end(), &box), m_open.end());
+    const pid_t pid = startHelper(flags, ends[1]);
+    const int startError = errno;
+    ::close(ends[1]);
+    if (pid < 0) {
+        ::close(ends[0]);
+        std::fprintf(stderr, "tarvoke-play: cannot show a message box (%s: %s); its text: %s\n", helperPath().c_str(),
+                     std::strerror(startError), text.c_str());
+        return;
+    }
+    // A process descriptor becomes readable when the process ends.
+    const int processFd = static_cast<int>(::syscall(SYS_pidfd_open, pid, 0));
+    m_open.push_back(pid);
+    sendBox(ends[0], title, text);
+    ::close(ends[0]);
+    if (processFd >= 0) {
+        bool ended = false;
+        const auto watch = m_loop.watchReadable(processFd, [&ended] { ended = true; });
+        while (!ended) m_loop.turn(true);
+    }
+    int status = 0;
+    while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {}
+    if (processFd >= 0) ::close(processFd);
+    m_open.erase(std::remove(m_open.begin(), m_open.end(), pid), m_open.end());
 }
 
 void HelperMessageBoxes::closeAll() {
-    for (QProcess* box : m_open) box->kill();
+    for (pid_t pid : m_open) ::kill(pid, SIGKILL);
 }
 
 }  // namespace tarvoke::player

@@ -1,10 +1,10 @@
 #include "picturemodule.h"
 
-#include <QCoreApplication>
 #include <cstdio>
 #include <dlfcn.h>
 
 #include "platform/qimage/module.h"
+#include "programfolder.h"
 #include "screen/bmpwriter.h"
 
 namespace tarvoke::player {
@@ -18,8 +18,8 @@ PictureModule::~PictureModule() {
 platform::Pictures* PictureModule::reader() {
     if (m_tried) return m_reader.get();
     m_tried = true;
-    const QByteArray path = (QCoreApplication::applicationDirPath() + "/tarvoke-pictures.so").toLocal8Bit();
-    m_handle = dlopen(path.constData(), RTLD_NOW | RTLD_LOCAL);
+    const std::string path = programFolder() + "/tarvoke-pictures.so";
+    m_handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     const auto create = m_handle ? reinterpret_cast<platform::qimage::NewPictures>(dlsym(m_handle, platform::qimage::kNewPicturesSymbol)) : nullptr;
     if (create) m_reader.reset(create());
     else std::fprintf(stderr, "tarvoke-play: cannot read pictures: %s\n", dlerror());

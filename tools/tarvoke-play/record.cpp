@@ -1,6 +1,5 @@
 #include "record.h"
 
-#include <QTimer>
 #include <cstdio>
 #include <filesystem>
 
@@ -43,8 +42,8 @@ std::string recordingProblem(const Options& options) {
     return {};
 }
 
-CommandLineRecorder::CommandLineRecorder(const Options& options, host::Session& session)
-    : m_options(options), m_session(session), m_clocks(recorder::sessionClocks(session)) {}
+CommandLineRecorder::CommandLineRecorder(const Options& options, host::Session& session, platform::EventLoop& loop)
+    : m_options(options), m_session(session), m_clocks(recorder::sessionClocks(session)), m_loop(loop) {}
 
 bool CommandLineRecorder::run(const std::function<void()>& afterTick) {
     platform::Platform& platform = m_session.platform;
@@ -54,19 +53,16 @@ bool CommandLineRecorder::run(const std::function<void()>& afterTick) {
     m_state.bMouseMove = m_options.mouseMove;
     m_state.bExtendedClicks = m_options.extendedClicks;
     recorder::startRecording(m_state, m_form, *platform.keys, *platform.input, m_clocks);
-    QTimer seconds, samples;
-    QObject::connect(&seconds, &QTimer::timeout, [this] { recorder::countSecond(m_state, m_clocks); });
-    QObject::connect(&samples, &QTimer::timeout, [&sampler, &afterTick] {
-        sampler.tick();
-        afterTick();
-    });
-    seconds.start(kSecondMs);
-    samples.setTimerType(Qt::PreciseTimer);
-    samples.start(kSampleIntervalMs);
-    std::fprintf(stderr, "tarvoke-play: recording into '%s'; press Ctrl+0 to stop\n", m_options.record->c_str());
-    m_loop.exec();
-    samples.stop();
-    seconds.stop();
+    {
+        const auto seconds = m_loop.every(std::chrono::milliseconds(kSecondMs),
+                                          [this] { recorder::countSecond(m_state, m_clocks); });
+        const auto samples = m_loop.every(std::chrono::milliseconds(kSampleIntervalMs), [&sampler, &afterTick] {
+            sampler.tick();
+            afterTick();
+        });
+        std::fprintf(stderr, "tarvoke-play: recording into '%s'; press Ctrl+0 to stop\n", m_options.record->c_str());
+        while (!m_stopped) m_loop.turn(true);
+    }
     return write(recorder::closeRecording(m_state, m_clocks));
 }
 

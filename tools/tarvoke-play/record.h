@@ -1,12 +1,12 @@
 #pragma once
 // tarvoke-play --record: the recorder driven from the command line.
 
-#include <QEventLoop>
 #include <functional>
 #include <string>
 
 #include "host/session.h"
 #include "options.h"
+#include "platform/eventloop.h"
 #include "recorder/recorderstate.h"
 
 namespace tarvoke::player {
@@ -17,12 +17,12 @@ std::string recordingProblem(const Options& options);
 
 class CommandLineRecorder {
 public:
-    CommandLineRecorder(const Options& options, host::Session& session);
+    CommandLineRecorder(const Options& options, host::Session& session, platform::EventLoop& loop);
     // Records until stop(), then writes the finished script; false when it
     // could not be written (the script then goes to standard output).
     // afterTick runs after each tick of the sampler.
     bool run(const std::function<void()>& afterTick);
-    void stop() { m_loop.quit(); }
+    void stop() { m_stopped = true; }
 
 private:
     bool write(const std::string& script) const;
@@ -32,7 +32,8 @@ private:
     recorder::RecorderState m_state;
     recorder::FormState m_form;
     recorder::Stopwatches m_clocks;
-    QEventLoop m_loop;
+    platform::EventLoop& m_loop;
+    bool m_stopped = false;
 };
 
 }  // namespace tarvoke::player

@@ -1,6 +1,5 @@
 #include "signals.h"
 
-#include <QSocketNotifier>
 #include <csignal>
 #include <fcntl.h>
 #include <unistd.h>
@@ -17,7 +16,8 @@ void writeSignal(int number) {
 
 }  // namespace
 
-StopSignals::StopSignals(std::function<void(int)> onSignal) : m_onSignal(std::move(onSignal)) {
+StopSignals::StopSignals(platform::EventLoop& loop, std::function<void(int)> onSignal)
+    : m_onSignal(std::move(onSignal)) {
     if (::pipe2(g_pipe, O_CLOEXEC | O_NONBLOCK) != 0) return;
     struct sigaction action {};
     action.sa_handler = writeSignal;
@@ -25,13 +25,13 @@ StopSignals::StopSignals(std::function<void(int)> onSignal) : m_onSignal(std::mo
     action.sa_flags = SA_RESTART;
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
-    m_notifier = new QSocketNotifier(g_pipe[0], QSocketNotifier::Read, this);
-    QObject::connect(m_notifier, &QSocketNotifier::activated, this, [this] { readSignal(); });
+    m_watch = loop.watchReadable(g_pipe[0], [this] { readSignal(); });
 }
 
 StopSignals::~StopSignals() {
     signal(SIGINT, SIG_DFL);
     signal(SIGTERM, SIG_DFL);
+    m_watch.reset();
 }
 
 void StopSignals::readSignal() {

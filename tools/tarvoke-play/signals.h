@@ -1,24 +1,26 @@
 #pragma once
-// SIGINT and SIGTERM turned into an event of the Qt loop, so a run can stop
-// at its next yield, also inside a pause.
+// SIGINT and SIGTERM turned into an event of the loop, so a run can stop at
+// its next yield, also inside a pause.
 
-#include <QObject>
 #include <functional>
+#include <memory>
 
-class QSocketNotifier;
+#include "platform/eventloop.h"
 
 namespace tarvoke::player {
 
-class StopSignals : public QObject {
+class StopSignals {
 public:
     // onSignal runs in the event loop with the signal's number.
-    explicit StopSignals(std::function<void(int)> onSignal);
-    ~StopSignals() override;
+    StopSignals(platform::EventLoop& loop, std::function<void(int)> onSignal);
+    ~StopSignals();
+    StopSignals(const StopSignals&) = delete;
+    StopSignals& operator=(const StopSignals&) = delete;
 
 private:
     void readSignal();
     std::function<void(int)> m_onSignal;
-    QSocketNotifier* m_notifier = nullptr;
+    std::unique_ptr<platform::EventLoop::Handle> m_watch;
 };
 
 }  // namespace tarvoke::player

@@ -4,8 +4,6 @@
 #include <sys/timerfd.h>
 #include <unistd.h>
 
-#include <QCoreApplication>
-#include <QSocketNotifier>
 #include <ctime>
 
 namespace tarvoke::platform::x11 {
@@ -27,10 +25,10 @@ timespec fromNanoseconds(int64_t ns) {
 
 }  // namespace
 
-RealClock::RealClock() { prctl(PR_SET_TIMERSLACK, kTimerSlackNs, 0, 0, 0); }
+RealClock::RealClock(EventLoop& loop) : m_loop(loop) { prctl(PR_SET_TIMERSLACK, kTimerSlackNs, 0, 0, 0); }
 
 void RealClock::yield() {
-    if (m_pacer.turnDue()) QCoreApplication::processEvents();
+    if (m_pacer.turnDue()) m_loop.turn(false);
 }
 
 int64_t RealClock::monotonicMs() {
@@ -60,16 +58,14 @@ void RealClock::wait(int32_t ms) {
     bool due = false;
     const uint64_t cancels = m_cancels;
     {
-        QSocketNotifier notifier(fd, QSocketNotifier::Read);
-        QObject::connect(&notifier, &QSocketNotifier::activated, [&] {
+        const auto watch = m_loop.watchReadable(fd, [&] {
             uint64_t expirations = 0;
             [[maybe_unused]] const ssize_t got = ::read(fd, &expirations, sizeof expirations);
-            notifier.setEnabled(false);
             due = true;
         });
         // Each round sleeps until something happens (the deadline, input,
         // a signal's pipe, a timer) and handles it.
-        while (!due && cancels == m_cancels) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        while (!due && cancels == m_cancels) m_loop.turn(true);
     }
     ::close(fd);
     if (--m_depth == 0) {

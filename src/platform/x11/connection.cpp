@@ -1,7 +1,3 @@
-// Qt before Xlib: Xlib's macros clash with Qt's names.
-#include <QAbstractEventDispatcher>
-#include <QSocketNotifier>
-
 #include "platform/x11/connection.h"
 
 #include <X11/Xatom.h>
@@ -21,27 +17,24 @@ int countError(Display*, XErrorEvent* error) {
 
 }  // namespace
 
-Connection::Connection() {
+Connection::Connection(EventLoop& loop) {
     m_display = XOpenDisplay(nullptr);
     if (!m_display) return;
     XSetErrorHandler(countError);
     m_xcb = XGetXCBConnection(m_display);
     m_root = DefaultRootWindow(m_display);
-    // Events are read by the event loop: when the socket has data, and each
-    // time the loop wakes after a call that may have moved events into a
+    // Events are read by the event loop: when the socket has data, and at
+    // the start of each turn after a call that may have moved events into a
     // queue (the socket then stays quiet about them). Reads of the key state
     // between two turns of the loop see one unchanging state, so a recorder
     // tick compares its keys against one moment.
-    m_notifier = new QSocketNotifier(ConnectionNumber(m_display), QSocketNotifier::Read);
-    QObject::connect(m_notifier, &QSocketNotifier::activated, [this] { drainEvents(); });
-    if (auto* dispatcher = QAbstractEventDispatcher::instance()) {
-        QObject::connect(dispatcher, &QAbstractEventDispatcher::awake, m_notifier, [this] { turn(); });
-        QObject::connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, m_notifier, [this] { turn(); });
-    }
+    m_readable = loop.watchReadable(ConnectionNumber(m_display), [this] { drainEvents(); });
+    m_beforeTurn = loop.beforeEachTurn([this] { turn(); });
 }
 
 Connection::~Connection() {
-    delete m_notifier;
+    m_readable.reset();
+    m_beforeTurn.reset();
     if (m_display) XCloseDisplay(m_display);
 }
 

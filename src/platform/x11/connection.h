@@ -11,18 +11,20 @@
 #include <xcb/xcb.h>
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-class QSocketNotifier;
+#include "platform/eventloop.h"
 
 namespace tarvoke::platform::x11 {
 
 class Connection {
 public:
-    // Opens the display named by DISPLAY; check ok() after.
-    Connection();
+    // Opens the display named by DISPLAY; check ok() after. The loop reads
+    // the events and sends what was queued before each of its turns.
+    explicit Connection(EventLoop& loop);
     ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
@@ -87,7 +89,8 @@ private:
     Display* m_display = nullptr;
     xcb_connection_t* m_xcb = nullptr;
     Window m_root = 0;
-    QSocketNotifier* m_notifier = nullptr;
+    std::unique_ptr<EventLoop::Handle> m_readable;
+    std::unique_ptr<EventLoop::Handle> m_beforeTurn;
     unsigned long m_xcbTraffic = 0;
     bool m_queued = false;
     unsigned long m_flushes = 0;

@@ -1,7 +1,4 @@
 // Qt before Xlib: Xlib's macros clash with Qt's names.
-#include <QElapsedTimer>
-#include <QTimer>
-
 #include "platform/x11/programs.h"
 
 #include <X11/Xlib.h>
@@ -142,25 +139,25 @@ void X11Programs::shellExecute(const std::string&, const std::string& file, cons
     if (pid > 0 && (show == kShowMinimized || show == kShowMaximized)) applyStateLater(pid, show);
 }
 
-X11Programs::X11Programs(X11Windows& windows) : m_windows(windows), m_watches(std::make_unique<QObject>()) {}
+X11Programs::X11Programs(X11Windows& windows, EventLoop& loop) : m_windows(windows), m_loop(loop) {}
 
 X11Programs::~X11Programs() = default;
 
 void X11Programs::applyStateLater(long pid, int32_t show) {
-    auto* timer = new QTimer(m_watches.get());
-    auto clock = std::make_shared<QElapsedTimer>();
-    clock->start();
-    timer->setInterval(kStatePollMs);
-    QObject::connect(timer, &QTimer::timeout, [this, timer, clock, pid, show] {
-        for (Window window : m_windows.clientWindows()) {
-            if (m_windows.processOf(window) != static_cast<unsigned long>(pid)) continue;
-            applyState(window, show);
-            timer->deleteLater();
-            return;
-        }
-        if (clock->elapsed() > kStateWatchMs) timer->deleteLater();
+    m_watches.remove_if([](const StateWatch& watch) { return watch.done; });
+    StateWatch& watch = m_watches.emplace_back(StateWatch{pid, show, std::chrono::steady_clock::now(), false, nullptr});
+    watch.timer = m_loop.every(std::chrono::milliseconds(kStatePollMs), [this, &watch] {
+        if (!watch.done) watch.done = lookFor(watch);
     });
-    timer->start();
+}
+
+bool X11Programs::lookFor(const StateWatch& watch) {
+    for (Window window : m_windows.clientWindows()) {
+        if (m_windows.processOf(window) != static_cast<unsigned long>(watch.pid)) continue;
+        applyState(window, watch.show);
+        return true;
+    }
+    return std::chrono::steady_clock::now() - watch.started > std::chrono::milliseconds(kStateWatchMs);
 }
 
 void X11Programs::applyState(unsigned long window, int32_t show) {

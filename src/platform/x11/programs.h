@@ -4,14 +4,15 @@
 // are detached (their own session) and reaped at once, so none is left
 // behind as a zombie and none dies with the run.
 
+#include <chrono>
+#include <list>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "platform/eventloop.h"
 #include "platform/programs.h"
 #include "platform/x11/windows.h"
-
-class QObject;
 
 namespace tarvoke::platform::x11 {
 
@@ -25,7 +26,7 @@ std::string findExecutable(const std::string& file);
 
 class X11Programs : public Programs {
 public:
-    explicit X11Programs(X11Windows& windows);
+    X11Programs(X11Windows& windows, EventLoop& loop);
     ~X11Programs() override;
     void shellExecute(const std::string& verb, const std::string& file, const std::string& parameters,
                       int32_t show) override;
@@ -36,9 +37,21 @@ private:
     void applyStateLater(long pid, int32_t show);
     void applyState(unsigned long window, int32_t show);
 
+    struct StateWatch {
+        long pid;
+        int32_t show;
+        std::chrono::steady_clock::time_point started;
+        bool done = false;
+        std::unique_ptr<EventLoop::Handle> timer;
+    };
+    // One look for the window of a watch; true when the watch is over.
+    bool lookFor(const StateWatch& watch);
+
     X11Windows& m_windows;
-    // Owns the timers of the watches still running.
-    std::unique_ptr<QObject> m_watches;
+    EventLoop& m_loop;
+    // A watch that is over is dropped at the next start, not from inside its
+    // own timer.
+    std::list<StateWatch> m_watches;
 };
 
 // Spawns argv[0] (a path) detached; the process id, or -1.

@@ -19,8 +19,8 @@ namespace tarvoke::platform::x11 {
 
 class X11Platform {
 public:
-    // nullptr when the display cannot be opened.
-    static std::unique_ptr<X11Platform> open();
+    // nullptr when the display cannot be opened. The loop outlives the platform.
+    static std::unique_ptr<X11Platform> open(EventLoop& loop);
 
     Platform platform(MessageBoxes* messages);
     X11Input& input() { return *m_input; }
