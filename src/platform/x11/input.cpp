@@ -1,7 +1,6 @@
 #include "platform/x11/input.h"
 
 #include <X11/XKBlib.h>
-#include <X11/extensions/XTest.h>
 #include <X11/keysym.h>
 #include <xcb/xcb.h>
 #include <xcb/xtest.h>
@@ -111,8 +110,15 @@ KeySym keysymOfCharacter(const std::string& character) {
     return 0x1000000 + codepoint;
 }
 
+void X11Input::fakeInput(uint8_t type, uint8_t detail, int32_t x, int32_t y) {
+    // No root window: the one the pointer is on. Positions travel as 16-bit
+    // numbers.
+    xcb_test_fake_input(m_x.xcb(), type, detail, XCB_CURRENT_TIME, XCB_NONE, static_cast<int16_t>(x),
+                        static_cast<int16_t>(y), 0);
+}
+
 void X11Input::setCursorPos(int32_t x, int32_t y) {
-    XTestFakeMotionEvent(m_x.display(), -1, x, y, CurrentTime);
+    fakeInput(XCB_MOTION_NOTIFY, 0, x, y);
     m_x.queued();
     m_cursor.reset();
     m_burstQuery.reset();
@@ -143,8 +149,7 @@ std::unique_ptr<PendingPoint> X11Input::askCursorPos() {
 bool X11Input::queueButton(uint32_t flags) {
     for (const ButtonFlag& entry : kButtonFlags) {
         if (entry.flag != flags) continue;
-        xcb_test_fake_input(m_x.xcb(), entry.press ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE,
-                            static_cast<uint8_t>(entry.button), XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+        fakeInput(entry.press ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE, static_cast<uint8_t>(entry.button));
         if (entry.press) m_heldButtons.insert(entry.button);
         else m_heldButtons.erase(entry.button);
         return true;
@@ -182,7 +187,7 @@ KeyCode X11Input::keycodeForPress(uint8_t vk) {
 }
 
 void X11Input::pressKeycode(KeyCode code, bool press) {
-    XTestFakeKeyEvent(m_x.display(), code, press, CurrentTime);
+    fakeInput(press ? XCB_KEY_PRESS : XCB_KEY_RELEASE, code);
     m_keyboard.setHeld(code, press);
     if (press) {
         m_heldKeys.insert(code);
@@ -310,7 +315,7 @@ void X11Input::sendMessage(WindowId window, uint32_t message, uint32_t wParam, u
 void X11Input::flush() { m_x.flush(); }
 
 void X11Input::releaseAll() {
-    for (unsigned button : m_heldButtons) XTestFakeButtonEvent(m_x.display(), button, False, CurrentTime);
+    for (unsigned button : m_heldButtons) fakeInput(XCB_BUTTON_RELEASE, static_cast<uint8_t>(button));
     m_heldButtons.clear();
     while (!m_heldKeys.empty()) pressKeycode(*m_heldKeys.begin(), false);
     m_vkCodes.clear();

@@ -1,6 +1,7 @@
 #pragma once
-// Synthetic input on X: the input stream through XTest, and messages to one
-// window as sent events (which programs that refuse sent events ignore).
+// Synthetic input on X: the input stream through XTest (on the connection's
+// XCB side), and messages to one window as sent events (which programs that
+// refuse sent events ignore).
 //
 // Every operation queues its requests and leaves them in the connection's
 // buffer, which goes out at the next turn of the event loop or at flush(),
@@ -56,6 +57,8 @@ private:
     void pressKeycode(KeyCode code, bool press);
     void pressVk(uint8_t vk, bool press);
     void typeKeysym(KeySym keysym);
+    // Queues one XTest event (XCB_KEY_PRESS ... XCB_MOTION_NOTIFY).
+    void fakeInput(uint8_t type, uint8_t detail, int32_t x = 0, int32_t y = 0);
     // Queues a button event; false for flags that name none.
     bool queueButton(uint32_t flags);
     void sendButton(Window window, uint32_t message, uint32_t lParam);

@@ -1,5 +1,7 @@
 #include "platform/x11/keystate.h"
 
+#include <cstdlib>
+
 #include <X11/extensions/XInput2.h>
 
 namespace tarvoke::platform::x11 {
@@ -43,10 +45,19 @@ X11KeyState::X11KeyState(Connection& connection, Keyboard& keyboard) : m_x(conne
     m_pressedView = makeView(keyboard, [this](size_t index) {
         return index < m_lastPress.size() && m_lastPress[index] > m_since;
     });
+    // The extension's number is asked through XCB, whose answer is read
+    // after Xlib's own questions: one wait less at start.
+    static constexpr char kName[] = "XInputExtension";
+    const xcb_query_extension_cookie_t asked = xcb_query_extension(m_x.xcb(), sizeof kName - 1, kName);
     // 2.2: raw events come also while another client holds a grab.
-    int event = 0, error = 0, major = 2, minor = 2;
-    if (!XQueryExtension(m_x.display(), "XInputExtension", &m_opcode, &event, &error)) return;
-    if (XIQueryVersion(m_x.display(), &major, &minor) != Success) return;
+    int major = 2, minor = 2;
+    const bool versionOk = XIQueryVersion(m_x.display(), &major, &minor) == Success;
+    xcb_query_extension_reply_t* extension = xcb_query_extension_reply(m_x.xcb(), asked, nullptr);
+    m_x.noteXcbRead();
+    const bool present = extension && extension->present;
+    if (present) m_opcode = extension->major_opcode;
+    std::free(extension);
+    if (!present || !versionOk) return;
     selectRawEvents(false);
     m_x.onEvent([this](XEvent& e) { onEvent(e); });
     // Keys already down at the start count as down, not as pressed.
