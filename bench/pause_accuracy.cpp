@@ -22,6 +22,7 @@
 #include "engine/sc.h"
 #include "host/dispatch.h"
 #include "host/session.h"
+#include "platform/dryrun/dryrun.h"
 #include "platform/loop/pollloop.h"
 #include "platform/loop/qtloop.h"
 #include "platform/x11/clock.h"
@@ -79,7 +80,9 @@ int main(int argc, char** argv) {
     platform::PollLoop pollLoop;
     platform::QtLoop qtLoop;
     platform::x11::RealClock clock(pollLoop), windowsClock(qtLoop);
+    platform::dryrun::DryRunInput input([](std::string_view) {});
     host::Session session;
+    session.platform.input = &input;
     session.platform.clock = &clock;
     engine::SC engine(session);
     host::HostCommands commands;

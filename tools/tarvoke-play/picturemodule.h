@@ -2,7 +2,7 @@
 // Picture files for the player: bitmaps are written by the core's own
 // writer, and pictures are read by the module tarvoke-pictures.so beside the
 // player, loaded at the first read, so that a run without pictures starts
-// without Qt's GUI library.
+// without Qt.
 
 #include <memory>
 

@@ -1,4 +1,3 @@
-// Qt before Xlib: Xlib's macros clash with Qt's names.
 #include "platform/x11/programs.h"
 
 #include <X11/Xlib.h>

@@ -1,7 +1,8 @@
 #pragma once
 // Every role of the platform on the X display named by DISPLAY, sharing one
-// connection. Message boxes are not here: they are Qt widgets, supplied by
-// the program (the windows or the player).
+// connection, on the event loop the program runs. Message boxes are not
+// here: the program supplies them (Qt widgets in the windows, a helper
+// program for the player).
 
 #include <memory>
 
