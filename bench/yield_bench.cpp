@@ -4,8 +4,9 @@
 
 #include <benchmark/benchmark.h>
 
-#include <QCoreApplication>
 #include <unistd.h>
+
+#include <functional>
 
 #include "benchscripts.h"
 #include "platform/loop/pollloop.h"
@@ -35,17 +36,23 @@ private:
     std::unique_ptr<platform::EventLoop::Handle> m_timer;
 };
 
-// A turn of the loop before every statement.
-template <typename Loop>
-void BM_TurnEveryStatement(benchmark::State& state) {
-    Loop loop;
+// The counting loop with yield before every statement, on a loop with
+// its live sources.
+void runCountingLoop(benchmark::State& state, platform::EventLoop& loop, std::function<void()> yield) {
     LiveSources sources(loop);
-    BenchEngine bench([&loop] { loop.turn(false); });
+    BenchEngine bench(std::move(yield));
     bench.load(countingLoop(static_cast<int32_t>(state.range(0))));
     const int64_t perRun = statementsRun(bench.engine);
     for (auto _ : state) bench.engine.Execute();
     reportStatements(state, perRun);
     state.counters["timer_ticks"] = static_cast<double>(sources.ticks);
+}
+
+// A turn of the loop before every statement.
+template <typename Loop>
+void BM_TurnEveryStatement(benchmark::State& state) {
+    Loop loop;
+    runCountingLoop(state, loop, [&loop] { loop.turn(false); });
 }
 BENCHMARK_TEMPLATE(BM_TurnEveryStatement, platform::QtLoop)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(BM_TurnEveryStatement, platform::PollLoop)->Arg(100000)->Unit(benchmark::kMillisecond);
@@ -55,14 +62,8 @@ BENCHMARK_TEMPLATE(BM_TurnEveryStatement, platform::PollLoop)->Arg(100000)->Unit
 template <typename Loop>
 void BM_ClockYieldLoop(benchmark::State& state) {
     Loop loop;
-    LiveSources sources(loop);
     platform::x11::RealClock clock(loop);
-    BenchEngine bench([&clock] { clock.yield(); });
-    bench.load(countingLoop(static_cast<int32_t>(state.range(0))));
-    const int64_t perRun = statementsRun(bench.engine);
-    for (auto _ : state) bench.engine.Execute();
-    reportStatements(state, perRun);
-    state.counters["timer_ticks"] = static_cast<double>(sources.ticks);
+    runCountingLoop(state, loop, [&clock] { clock.yield(); });
 }
 BENCHMARK_TEMPLATE(BM_ClockYieldLoop, platform::QtLoop)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(BM_ClockYieldLoop, platform::PollLoop)->Arg(100000)->Unit(benchmark::kMillisecond);
