@@ -139,14 +139,16 @@ def idle_cpu_percent(folder, seconds=10):
     recorder = subprocess.Popen([PLAY, "--record", os.path.join(folder, "idle.tk"), "--force"], stderr=subprocess.DEVNULL)
     time.sleep(1)
 
-    def ticks():
-        with open("/proc/%d/stat" % recorder.pid) as f:
-            fields = f.read().rsplit(")", 1)[1].split()
-        return int(fields[11]) + int(fields[12])
+    # The scheduler's own count of the time on a processor, in ns; the
+    # utime and stime of /proc/PID/stat come in 10 ms ticks, too coarse for
+    # a process that runs a few microseconds every millisecond.
+    def cpu_seconds():
+        with open("/proc/%d/schedstat" % recorder.pid) as f:
+            return int(f.read().split()[0]) / 1e9
 
-    start, began = ticks(), time.monotonic()
+    start, began = cpu_seconds(), time.monotonic()
     time.sleep(seconds)
-    used = (ticks() - start) / os.sysconf("SC_CLK_TCK")
+    used = cpu_seconds() - start
     elapsed = time.monotonic() - began
     recorder.send_signal(signal.SIGINT)
     recorder.wait(timeout=10)
