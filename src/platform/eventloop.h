@@ -14,7 +14,8 @@ class EventLoop {
 public:
     using Callback = std::function<void()>;
 
-    // What a watch or a timer is kept by: it ends when this is destroyed.
+    // What a watch or a timer is kept by: it ends when this is destroyed,
+    // also from inside its own callback.
     class Handle {
     public:
         virtual ~Handle() = default;

@@ -143,20 +143,21 @@ X11Programs::X11Programs(X11Windows& windows, EventLoop& loop) : m_windows(windo
 X11Programs::~X11Programs() = default;
 
 void X11Programs::applyStateLater(long pid, int32_t show) {
-    m_watches.remove_if([](const StateWatch& watch) { return watch.done; });
-    StateWatch& watch = m_watches.emplace_back(StateWatch{pid, show, std::chrono::steady_clock::now(), false, nullptr});
-    watch.timer = m_loop.every(std::chrono::milliseconds(kStatePollMs), [this, &watch] {
-        if (!watch.done) watch.done = lookFor(watch);
+    const uint64_t id = m_nextWatch++;
+    const auto started = std::chrono::steady_clock::now();
+    // The watch ends itself from its tick: nothing may follow the erase.
+    m_watches[id] = m_loop.every(std::chrono::milliseconds(kStatePollMs), [this, id, pid, show, started] {
+        if (lookFor(pid, show, started)) m_watches.erase(id);
     });
 }
 
-bool X11Programs::lookFor(const StateWatch& watch) {
+bool X11Programs::lookFor(long pid, int32_t show, std::chrono::steady_clock::time_point started) {
     for (Window window : m_windows.clientWindows()) {
-        if (m_windows.processOf(window) != static_cast<unsigned long>(watch.pid)) continue;
-        applyState(window, watch.show);
+        if (m_windows.processOf(window) != static_cast<unsigned long>(pid)) continue;
+        applyState(window, show);
         return true;
     }
-    return std::chrono::steady_clock::now() - watch.started > std::chrono::milliseconds(kStateWatchMs);
+    return std::chrono::steady_clock::now() - started > std::chrono::milliseconds(kStateWatchMs);
 }
 
 void X11Programs::applyState(unsigned long window, int32_t show) {

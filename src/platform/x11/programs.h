@@ -5,7 +5,7 @@
 // behind as a zombie and none dies with the run.
 
 #include <chrono>
-#include <list>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -37,21 +37,15 @@ private:
     void applyStateLater(long pid, int32_t show);
     void applyState(unsigned long window, int32_t show);
 
-    struct StateWatch {
-        long pid;
-        int32_t show;
-        std::chrono::steady_clock::time_point started;
-        bool done = false;
-        std::unique_ptr<EventLoop::Handle> timer;
-    };
-    // One look for the window of a watch; true when the watch is over.
-    bool lookFor(const StateWatch& watch);
+    // One look for the first client window of pid; true when the watch is
+    // over (the window was found, or the time is up).
+    bool lookFor(long pid, int32_t show, std::chrono::steady_clock::time_point started);
 
     X11Windows& m_windows;
     EventLoop& m_loop;
-    // A watch that is over is dropped at the next start, not from inside its
-    // own timer.
-    std::list<StateWatch> m_watches;
+    // The timers of the watches still running, by number.
+    std::map<uint64_t, std::unique_ptr<EventLoop::Handle>> m_watches;
+    uint64_t m_nextWatch = 0;
 };
 
 // Spawns argv[0] (a path) detached; the process id, or -1.
