@@ -51,8 +51,8 @@ void plainButton(Session& session, uint32_t firstFlag, uint32_t secondFlag) {
     // position that cannot fail the 16-bit rule is overtaken unread.
     if (session.pendingClickPoint && !session.pendingClickPoint->fitsInt16()) session.settleLastClick();
     session.pendingClickPoint = input.askCursorPos();
-    if (secondFlag != 0) input.mouseClick(firstFlag, secondFlag);
-    else input.mouseEvent(firstFlag);
+    input.mouseEvent(firstFlag);
+    if (secondFlag != 0) input.mouseEvent(secondFlag);
 }
 
 void exButton(Session& session, const std::string& xText, const std::string& yText, uint32_t message, uint32_t flag) {

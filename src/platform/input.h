@@ -66,11 +66,6 @@ public:
     virtual std::unique_ptr<PendingPoint> askCursorPos() { return std::make_unique<KnownPoint>(cursorPos()); }
     // A button event at the cursor; flags is one of MouseFlags.
     virtual void mouseEvent(uint32_t flags) = 0;
-    // The two events of a click, which a platform may send together.
-    virtual void mouseClick(uint32_t downFlags, uint32_t upFlags) {
-        mouseEvent(downFlags);
-        mouseEvent(upFlags);
-    }
     virtual void keyEvent(uint8_t vk, uint32_t flags) = 0;
     // A key string the host has already parsed; keys is the script's text.
     virtual void sendKeys(const std::string& keys, const std::vector<KeyStroke>& strokes) = 0;

@@ -115,11 +115,11 @@ void X11Input::fakeInput(uint8_t type, uint8_t detail, int32_t x, int32_t y) {
     // numbers.
     xcb_test_fake_input(m_x.xcb(), type, detail, XCB_CURRENT_TIME, XCB_NONE, static_cast<int16_t>(x),
                         static_cast<int16_t>(y), 0);
+    m_x.queued();
 }
 
 void X11Input::setCursorPos(int32_t x, int32_t y) {
     fakeInput(XCB_MOTION_NOTIFY, 0, x, y);
-    m_x.queued();
     m_cursor.reset();
     m_burstQuery.reset();
 }
@@ -146,24 +146,14 @@ std::unique_ptr<PendingPoint> X11Input::askCursorPos() {
     return std::make_unique<SharedPointerQuery>(m_burstQuery);
 }
 
-bool X11Input::queueButton(uint32_t flags) {
+void X11Input::mouseEvent(uint32_t flags) {
     for (const ButtonFlag& entry : kButtonFlags) {
         if (entry.flag != flags) continue;
         fakeInput(entry.press ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE, static_cast<uint8_t>(entry.button));
         if (entry.press) m_heldButtons.insert(entry.button);
         else m_heldButtons.erase(entry.button);
-        return true;
+        return;
     }
-    return false;
-}
-
-void X11Input::mouseEvent(uint32_t flags) {
-    if (queueButton(flags)) m_x.queued();
-}
-
-void X11Input::mouseClick(uint32_t downFlags, uint32_t upFlags) {
-    const bool down = queueButton(downFlags);
-    if (queueButton(upFlags) || down) m_x.queued();
 }
 
 KeySym X11Input::keysymOf(uint8_t vk) {
@@ -214,7 +204,6 @@ void X11Input::pressVk(uint8_t vk, bool press) {
 
 void X11Input::keyEvent(uint8_t vk, uint32_t flags) {
     pressVk(vk, flags != kKeyRelease);
-    m_x.queued();
 }
 
 void X11Input::typeKeysym(KeySym keysym) {
@@ -258,7 +247,6 @@ void X11Input::sendKeys(const std::string&, const std::vector<KeyStroke>& stroke
         case KeyStroke::Kind::Type: typeKeysym(keysymOfCharacter(stroke.text)); break;
         }
     }
-    m_x.queued();
 }
 
 void X11Input::sendButton(Window window, uint32_t message, uint32_t lParam) {

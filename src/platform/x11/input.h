@@ -7,8 +7,8 @@
 // buffer, which goes out at the next turn of the event loop or at flush(),
 // so that a burst of clicks leaves in one write. Only keysyms needing a
 // spare keycode are bound in one batch and synced first: at most one round
-// trip per operation. Buttons and cursor queries go through the
-// connection's XCB side, whose answers can be read later.
+// trip per operation. Cursor queries go through the XCB side too, whose
+// answers can be read later.
 
 #include <chrono>
 #include <map>
@@ -42,7 +42,6 @@ public:
     Point cursorPos() override;
     std::unique_ptr<PendingPoint> askCursorPos() override;
     void mouseEvent(uint32_t flags) override;
-    void mouseClick(uint32_t downFlags, uint32_t upFlags) override;
     void keyEvent(uint8_t vk, uint32_t flags) override;
     void sendKeys(const std::string& keys, const std::vector<KeyStroke>& strokes) override;
     void sendMessage(WindowId window, uint32_t message, uint32_t wParam, uint32_t lParam) override;
@@ -57,10 +56,9 @@ private:
     void pressKeycode(KeyCode code, bool press);
     void pressVk(uint8_t vk, bool press);
     void typeKeysym(KeySym keysym);
-    // Queues one XTest event (XCB_KEY_PRESS ... XCB_MOTION_NOTIFY).
+    // Queues one XTest event (XCB_KEY_PRESS ... XCB_MOTION_NOTIFY) for the
+    // connection's next flush.
     void fakeInput(uint8_t type, uint8_t detail, int32_t x = 0, int32_t y = 0);
-    // Queues a button event; false for flags that name none.
-    bool queueButton(uint32_t flags);
     void sendButton(Window window, uint32_t message, uint32_t lParam);
     void sendKey(Window window, uint32_t message, uint8_t vk);
 
