@@ -1,8 +1,12 @@
 #pragma once
 // Saving a file so that a failure never loses the old one: the bytes go to a
-// new temporary file in the target's folder, reach the disk, and only then is
-// that file renamed over the target. On every failure the temporary file is
-// removed and whatever stood at the target is left as it was.
+// new file in the target's folder that has no name yet (O_TMPFILE), reach the
+// disk, and only then is that file linked in under a name and renamed over
+// the target. A save that fails or is killed leaves whatever stood at the
+// target as it was and no file beside it. (A file system that refuses files
+// without a name gets a named temporary file, removed on every failure.)
+// Saving through a symbolic link replaces the file it leads to; the link
+// stays.
 
 #include <sys/types.h>
 

@@ -4,6 +4,7 @@
 #include <stdlib.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -14,6 +15,8 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/filesave.h"
 
@@ -51,7 +54,8 @@ protected:
     fs::path at(const std::string& name) const { return m_dir / name; }
     std::set<std::string> names() const {
         std::set<std::string> all;
-        for (const auto& entry : fs::directory_iterator(m_dir)) all.insert(entry.path().filename().string());
+        for (const auto& entry : fs::recursive_directory_iterator(m_dir))
+            all.insert(entry.path().lexically_relative(m_dir).string());
         return all;
     }
 
@@ -221,6 +225,76 @@ TEST_F(FileSave, FailedSaveKeepsTheOldFile) {
         EXPECT_EQ(readFile(at("keep")), "old text");
         EXPECT_EQ(modeOf(at("keep")), 0600u);
         EXPECT_EQ(names(), std::set<std::string>{"keep"});
+    }
+}
+
+// A save through a symbolic link writes the file the link leads to, and the
+// link stays a link; with Keep, the link is what is there.
+TEST_F(FileSave, SymbolicLinksLeadToTheirFile) {
+    struct Case {
+        const char* what;
+        std::vector<std::pair<const char*, const char*>> links;  // name, where it leads
+        Existing existing;
+        const char* written;  // the file that holds "new" after the save, if any
+        mode_t mode;          // and its bits
+        int error;
+    };
+    const mode_t fresh = newFileMode();
+    const Case cases[] = {
+        {"absolute link", {{"link", "ABS/real"}}, Existing::Replace, "real", 0600, 0},
+        {"relative link into a folder", {{"link", "sub/real"}}, Existing::Replace, "sub/real", 0640, 0},
+        {"chain of links", {{"link", "hop"}, {"hop", "sub/../real"}}, Existing::Replace, "real", 0600, 0},
+        {"link to no file yet", {{"link", "sub/fresh"}}, Existing::Replace, "sub/fresh", fresh, 0},
+        {"loop", {{"link", "hop"}, {"hop", "link"}}, Existing::Replace, nullptr, 0, ELOOP},
+        {"never-replace keeps the link", {{"link", "real"}}, Existing::Keep, nullptr, 0, EEXIST},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        fs::remove_all(m_dir);
+        fs::create_directories(at("sub"));
+        writePlain(at("real"), "old", 0600);
+        writePlain(at("sub/real"), "old", 0640);
+        for (const auto& [name, target] : c.links) {
+            const std::string to = target;
+            fs::create_symlink(to.starts_with("ABS/") ? at(to.substr(4)) : fs::path(to), at(name));
+        }
+        std::set<std::string> after = names();
+        if (c.written) after.insert(c.written);  // a name only where the link led to no file
+        const SaveResult saved = saveFile(at("link").string(), "new", {.existing = c.existing, .mode = {}});
+        EXPECT_EQ(saved.error, c.error) << saved.reason();
+        EXPECT_TRUE(fs::is_symlink(at("link")));
+        EXPECT_EQ(names(), after);
+        EXPECT_EQ(c.written ? modeOf(at(c.written)) : 0u, c.mode);
+        for (const std::string file : {"real", "sub/real", "sub/fresh"}) {
+            const char* before = file == "sub/fresh" ? "" : "old";  // "" for no file
+            EXPECT_EQ(readFile(at(file)), c.written && file == c.written ? "new" : before) << file;
+        }
+    }
+}
+
+// A save killed while it writes (here by going over the file size limit,
+// whose signal ends the process at that very write) leaves the old file, or
+// no file, and nothing beside it: the file being written has no name.
+TEST_F(FileSave, KilledSaveLeavesNothingBehind) {
+    for (const bool replacing : {true, false}) {
+        SCOPED_TRACE(replacing ? "over an old file" : "a new file");
+        fs::remove(at("keep"));
+        if (replacing) writePlain(at("keep"), "old text", 0600);
+        const pid_t child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            const rlimit noCore{0, 0}, small{1 << 20, 1 << 20};
+            ::setrlimit(RLIMIT_CORE, &noCore);
+            ::signal(SIGXFSZ, SIG_DFL);
+            ::setrlimit(RLIMIT_FSIZE, &small);
+            saveFile(at("keep").string(), std::string(4 << 20, 'x'));
+            ::_exit(0);
+        }
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGXFSZ) << status;
+        EXPECT_EQ(names(), replacing ? std::set<std::string>{"keep"} : std::set<std::string>{});
+        EXPECT_EQ(readFile(at("keep")), replacing ? "old text" : "");
     }
 }
 
