@@ -30,6 +30,17 @@ bool QtDialogs::askYesNo(const QString& title, const QString& text) {
     return box.exec() == QMessageBox::Yes;
 }
 
+Dialogs::SaveChoice QtDialogs::askSave(const QString& title, const QString& text) {
+    QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel);
+    box.setDefaultButton(QMessageBox::Save);
+    box.setEscapeButton(QMessageBox::Cancel);
+    switch (box.exec()) {
+    case QMessageBox::Save: return SaveChoice::Save;
+    case QMessageBox::Discard: return SaveChoice::Discard;
+    default: return SaveChoice::Cancel;
+    }
+}
+
 QString QtDialogs::openFileName(const QString& title, const QString& filter, const QString& defaultExtension) {
     QFileDialog dialog(nullptr, title, QString(), qtFilter(filter));
     dialog.setAcceptMode(QFileDialog::AcceptOpen);
@@ -41,7 +52,8 @@ QString QtDialogs::openFileName(const QString& title, const QString& filter, con
 QString QtDialogs::saveFileName(const QString& title, const QString& filter, const QString& defaultExtension) {
     QFileDialog dialog(nullptr, title, QString(), qtFilter(filter));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
-    // No question before overwriting: saving over the old script is the point.
+    // The windows ask before replacing a file themselves, once the name has
+    // its extension.
     dialog.setOption(QFileDialog::DontConfirmOverwrite);
     dialog.setDefaultSuffix(defaultExtension);
     return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();

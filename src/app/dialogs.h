@@ -15,6 +15,9 @@ public:
     virtual void tell(const QString& title, const QString& text, Icon icon = Icon::None) = 0;
     // A Yes / No question; true for Yes.
     virtual bool askYesNo(const QString& title, const QString& text) = 0;
+    enum class SaveChoice { Save, Discard, Cancel };
+    // Whether to save text that would otherwise be lost.
+    virtual SaveChoice askSave(const QString& title, const QString& text) = 0;
     // The chosen path, or an empty text after Cancel. filter is in the
     // "name|pattern|name|pattern" form.
     virtual QString openFileName(const QString& title, const QString& filter, const QString& defaultExtension) = 0;
@@ -28,6 +31,7 @@ class QtDialogs : public Dialogs {
 public:
     void tell(const QString& title, const QString& text, Icon icon) override;
     bool askYesNo(const QString& title, const QString& text) override;
+    SaveChoice askSave(const QString& title, const QString& text) override;
     QString openFileName(const QString& title, const QString& filter, const QString& defaultExtension) override;
     QString saveFileName(const QString& title, const QString& filter, const QString& defaultExtension) override;
     void openDocument(const QString& path) override;

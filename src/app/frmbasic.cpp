@@ -159,6 +159,7 @@ void FrmBasic::closeRecording() {
     const std::optional<std::string> script = m_recordTimers->closeIfRecording();
     if (!script) return;
     m_txtLog = QString::fromStdString(*script);
+    m_changed = true;
     setWindowTitle(kBareCaption + " - Untitled");
     m_app.sFilePath.clear();
 }
@@ -193,17 +194,25 @@ void FrmBasic::cmdOpen_Click() {
     setWindowTitle(kBareCaption + " - " + fileNameOf(path));
     m_app.sFilePath = path;
     m_txtLog = *content;
+    m_changed = false;
     m_app.sScriptText = m_txtLog.toStdString();
 }
 
-void FrmBasic::SaveScript() {
-    if (windowTitle() == kBareCaption) return;  // nothing recorded or opened
+bool FrmBasic::SaveScript() {
+    if (windowTitle() == kBareCaption) return false;  // nothing recorded or opened
+    return saveWithDialog();
+}
+
+bool FrmBasic::saveWithDialog() {
     std::string path = localPath(m_app.dialogs().saveFileName("Save Tarvoke script file", kFilter, "tk"));
-    if (!IsValidPath(path) || path.empty()) return;
-    if (!saveScriptFile(m_app.dialogs(), path, m_txtLog)) return;
+    if (!IsValidPath(path) || path.empty()) return false;
+    if (!mayReplace(m_app.dialogs(), path)) return false;
+    if (!saveScriptFile(m_app.dialogs(), path, m_txtLog)) return false;
     m_app.session.sScriptFolder = GetFolder(path);
     setWindowTitle(kBareCaption + " - " + fileNameOf(path));
     m_app.sFilePath = path;
+    m_changed = false;
+    return true;
 }
 
 void FrmBasic::cmdAdvanced_Click() {
@@ -214,6 +223,7 @@ void FrmBasic::cmdAdvanced_Click() {
     const QString caption = windowTitle();
     if (caption != kBareCaption) other.setWindowTitle("Tarvoke - " + caption.mid(21));
     other.setText(m_txtLog);
+    other.setChanged(m_changed);
     m_app.bBasicMode = false;
     m_app.hideChoice();
     hide();
@@ -223,6 +233,9 @@ void FrmBasic::cmdAdvanced_Click() {
 
 void FrmBasic::closeEvent(QCloseEvent* event) {
     event->ignore();
+    // Text brought from Advanced Mode may be changed under the bare caption,
+    // where Save does nothing: the question's Save asks for a name all the same.
+    if (m_changed && !offerToSave(m_app.dialogs(), [this] { return saveWithDialog(); })) return;
     StopScript();
     m_app.SaveSettings();
     m_app.endProcess();

@@ -33,7 +33,8 @@ public:
     void cmdRecord_Click();
     void StopScript();
     void cmdOpen_Click();
-    void SaveScript();
+    // Return whether the script was saved.
+    bool SaveScript();
     void cmdAdvanced_Click();
     void optPlayOnce_Click();
     void optRepeat_Click();
@@ -42,6 +43,9 @@ public:
     // The hidden txtLog: the script.
     const QString& text() const { return m_txtLog; }
     void setText(const QString& text) { m_txtLog = text; }
+    // Whether the text has changed since the last Open or Save.
+    bool changed() const { return m_changed; }
+    void setChanged(bool changed) { m_changed = changed; }
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -52,9 +56,11 @@ private:
     QWidget* buildRecordFrame();
     QWidget* buildHelpFrame();
     void closeRecording();
+    bool saveWithDialog();
 
     App& m_app;
     QString m_txtLog;
+    bool m_changed = false;
     QButtonGroup* m_playOptions = nullptr;
     std::unique_ptr<PlayTimers> m_timers;
     std::unique_ptr<RecordTimers> m_recordTimers;

@@ -82,7 +82,7 @@ FrmReplace::FrmReplace(FrmMain& main) : m_main(main) {
 }
 
 void FrmReplace::cmdReplaceAll_Click() {
-    m_main.setText(replaceAll(m_main.text(), txtFind->text(), txtReplace->text()));
+    m_main.editText(replaceAll(m_main.text(), txtFind->text(), txtReplace->text()));
     close();
 }
 

@@ -5,6 +5,7 @@
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QTextBlock>
+#include <QTextLayout>
 #include <QVBoxLayout>
 
 #include "app/app.h"
@@ -29,7 +30,12 @@ FrmMain::FrmMain(App& app) : m_app(app) {
     txtLog = new QPlainTextEdit;
     txtLog->setObjectName("txtLog");
     txtLog->setLineWrapMode(QPlainTextEdit::NoWrap);
-    txtLog->setFont(QFont("Verdana", 10));
+    QFont font("Verdana", 10);
+    // Kerning and ligatures are of no use in a script, and shaping a long
+    // line for them is most of the cost of a keystroke in it.
+    font.setStyleStrategy(QFont::PreferNoShaping);
+    txtLog->setFont(font);
+    connect(txtLog, &QPlainTextEdit::cursorPositionChanged, this, [this] { keepCaretLineLaidOut(); });
     auto* central = new QWidget;
     auto* layout = new QVBoxLayout(central);
     layout->setContentsMargins(8, 8, 8, 8);
@@ -127,7 +133,38 @@ void FrmMain::buildMenus() {
 
 QString FrmMain::text() const { return txtLog->toPlainText(); }
 
-void FrmMain::setText(const QString& text) { txtLog->setPlainText(text); }
+void FrmMain::setText(const QString& text) {
+    if (text != txtLog->toPlainText()) txtLog->setPlainText(text);
+}
+
+void FrmMain::editText(const QString& text) {
+    if (text == txtLog->toPlainText()) return;
+    QTextCursor cursor(txtLog->document());
+    cursor.select(QTextCursor::Document);
+    cursor.insertText(text);
+    txtLog->moveCursor(QTextCursor::Start);
+}
+
+bool FrmMain::changed() const { return txtLog->document()->isModified(); }
+
+void FrmMain::setChanged(bool changed) { txtLog->document()->setModified(changed); }
+
+// Qt lays a paragraph out as a whole and, to spare memory, forgets its glyphs
+// after each layout, so every keystroke shaped the caret's whole line three
+// times over (layout, caret, paint): typing into one long line cost the
+// square of its length. The caret's line keeps its glyphs; the line it left
+// is laid out once more without them, which frees them.
+void FrmMain::keepCaretLineLaidOut() {
+    const QTextBlock caret = txtLog->textCursor().block();
+    const QTextBlock kept = m_keptLine.block();
+    if (kept == caret && kept.layout()->cacheEnabled()) return;
+    if (kept.isValid() && kept != caret && kept.layout()->cacheEnabled()) {
+        kept.layout()->setCacheEnabled(false);
+        txtLog->document()->markContentsDirty(kept.position(), kept.length());
+    }
+    caret.layout()->setCacheEnabled(true);
+    m_keptLine = QTextCursor(caret);
+}
 
 bool FrmMain::mnuNew_Click() {
     const QString current = text();
@@ -140,11 +177,12 @@ bool FrmMain::mnuNew_Click() {
     setWindowTitle("Tarvoke");
     m_app.sFilePath.clear();
     setText(kTemplate);
+    setChanged(false);
     return true;
 }
 
 void FrmMain::mnuFileOpen_Click() {
-    mnuNew_Click();  // a No keeps the text, and the Open goes on all the same
+    if (!mnuNew_Click()) return;  // a No keeps the text, and the Open with it
     std::string path = localPath(m_app.dialogs().openFileName("Open Tarvoke script file", kOpenFilter, "tk"));
     if (!IsValidPath(path) || path.empty()) return;
     m_app.session.sScriptFolder = GetFolder(path);
@@ -156,29 +194,32 @@ void FrmMain::mnuFileOpen_Click() {
     setWindowTitle("Tarvoke - " + QFile::decodeName(QByteArray::fromStdString(GetFileName(path))));
     m_app.sFilePath = path;
     setText(*content);
+    setChanged(false);
     m_app.sScriptText = text().toStdString();
 }
 
-void FrmMain::mnuFileSave_Click() {
-    if (m_app.sFilePath.empty()) {
-        mnuFileSaveAs_Click();
-        return;
-    }
-    saveScriptFile(m_app.dialogs(), m_app.sFilePath, text());
+bool FrmMain::mnuFileSave_Click() {
+    if (m_app.sFilePath.empty()) return mnuFileSaveAs_Click();
+    if (!saveScriptFile(m_app.dialogs(), m_app.sFilePath, text())) return false;
+    setChanged(false);
+    return true;
 }
 
-void FrmMain::mnuFileSaveAs_Click() {
+bool FrmMain::mnuFileSaveAs_Click() {
     std::string path = localPath(m_app.dialogs().saveFileName("Save Tarvoke script file", kSaveFilter, "tk"));
     if (!path.ends_with(".tk")) path += ".tk";
-    if (!IsValidPath(path) || path.empty()) return;
-    writeScript(path);
+    if (!IsValidPath(path) || path.empty()) return false;
+    if (!mayReplace(m_app.dialogs(), path)) return false;
+    return writeScript(path);
 }
 
-void FrmMain::writeScript(const std::string& path) {
-    if (!saveScriptFile(m_app.dialogs(), path, text())) return;
+bool FrmMain::writeScript(const std::string& path) {
+    if (!saveScriptFile(m_app.dialogs(), path, text())) return false;
     m_app.session.sScriptFolder = GetFolder(path);
     setWindowTitle("Tarvoke - " + QFile::decodeName(QByteArray::fromStdString(GetFileName(path))));
     m_app.sFilePath = path;
+    setChanged(false);
+    return true;
 }
 
 void FrmMain::mnuFileBasicMode_Click() {
@@ -189,6 +230,7 @@ void FrmMain::mnuFileBasicMode_Click() {
     const QString caption = windowTitle();
     if (caption != "Tarvoke") other.setWindowTitle("Tarvoke Basic Mode - " + caption.mid(10));
     other.setText(text());
+    other.setChanged(changed());
     m_app.bBasicMode = true;
     m_app.hideChoice();
     hide();
@@ -197,6 +239,7 @@ void FrmMain::mnuFileBasicMode_Click() {
 }
 
 void FrmMain::mnuExit_Click() {
+    if (changed() && !offerToSave(m_app.dialogs(), [this] { return mnuFileSave_Click(); })) return;
     mnuScriptStop_Click();
     m_app.SaveSettings();
     m_app.endProcess();
@@ -284,6 +327,7 @@ void FrmMain::closeRecording() {
     const std::optional<std::string> script = m_recordTimers->closeIfRecording();
     if (!script) return;
     setText(QString::fromStdString(*script));
+    setChanged(true);
     setWindowTitle("Tarvoke - Untitled");
     m_app.sFilePath.clear();
 }

@@ -3,6 +3,7 @@
 // and Help menus.
 
 #include <QMainWindow>
+#include <QTextCursor>
 #include <memory>
 
 #include "app/findtext.h"
@@ -39,8 +40,9 @@ public:
     // Returns false when the user answered No to the question.
     bool mnuNew_Click();
     void mnuFileOpen_Click();
-    void mnuFileSave_Click();
-    void mnuFileSaveAs_Click();
+    // Return whether the script was saved.
+    bool mnuFileSave_Click();
+    bool mnuFileSaveAs_Click();
     void mnuFileBasicMode_Click();
     void mnuExit_Click();
     void mnuEditDelete_Click();
@@ -55,14 +57,22 @@ public:
     void FindIt();
 
     QString text() const;
+    // Puts a new script in: Undo starts afresh, unless the text is the same
+    // (a switch of modes and back keeps the Undo steps).
     void setText(const QString& text);
+    // Replaces the text as an edit: one step that Undo takes back.
+    void editText(const QString& text);
+    // Whether the text has changed since the last New, Open or Save.
+    bool changed() const;
+    void setChanged(bool changed);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
     void buildMenus();
-    void writeScript(const std::string& path);
+    bool writeScript(const std::string& path);
+    void keepCaretLineLaidOut();
     void StartRecording();
     void closeRecording();
 
@@ -70,6 +80,7 @@ private:
     FindState m_find;
     std::unique_ptr<PlayTimers> m_timers;
     std::unique_ptr<RecordTimers> m_recordTimers;
+    QTextCursor m_keptLine;  // in the line whose layout is kept
 };
 
 }  // namespace tarvoke::app

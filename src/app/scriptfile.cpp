@@ -58,6 +58,7 @@ QByteArray encodeScriptText(const QString& text) { return text.toUtf8(); }
 }  // namespace tarvoke::app
 
 #include <QFile>
+#include <sys/stat.h>
 
 #include "app/dialogs.h"
 #include "app/filesave.h"
@@ -76,6 +77,22 @@ bool saveScriptFile(Dialogs& dialogs, const std::string& path, const QString& te
     if (!error) return true;
     dialogs.tell("Tarvoke", "The script could not be saved: " + QString::fromLocal8Bit(*error),
                  Dialogs::Icon::Stop);
+    return false;
+}
+
+bool mayReplace(Dialogs& dialogs, const std::string& path) {
+    struct stat info {};
+    if (::lstat(path.c_str(), &info) != 0) return true;
+    return dialogs.askYesNo("Confirm Save As", QFile::decodeName(QByteArray::fromStdString(path)) +
+                                                   " already exists.\nDo you want to replace it?");
+}
+
+bool offerToSave(Dialogs& dialogs, const std::function<bool()>& save) {
+    switch (dialogs.askSave("Tarvoke", "The script has been changed. Do you want to save the changes?")) {
+    case Dialogs::SaveChoice::Save: return save();
+    case Dialogs::SaveChoice::Discard: return true;
+    case Dialogs::SaveChoice::Cancel: break;
+    }
     return false;
 }
 

@@ -22,6 +22,7 @@ public:
     std::vector<Told> told;
     std::vector<QString> asked;
     std::deque<bool> answers;      // Yes / No, in order; Yes when empty
+    std::deque<SaveChoice> saveChoices;  // Cancel when empty
     std::deque<QString> paths;     // what the file dialogs return; "" (Cancel) when empty
     QStringList opened;
 
@@ -32,6 +33,13 @@ public:
         const bool answer = answers.front();
         answers.pop_front();
         return answer;
+    }
+    SaveChoice askSave(const QString&, const QString& text) override {
+        asked.push_back(text);
+        if (saveChoices.empty()) return SaveChoice::Cancel;
+        const SaveChoice choice = saveChoices.front();
+        saveChoices.pop_front();
+        return choice;
     }
     QString openFileName(const QString&, const QString&, const QString&) override { return nextPath(); }
     QString saveFileName(const QString&, const QString&, const QString&) override { return nextPath(); }

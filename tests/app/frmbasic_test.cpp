@@ -13,6 +13,8 @@
 using namespace tarvoke::app;
 using tarvoke::app::testing::AppFixture;
 
+Q_DECLARE_METATYPE(tarvoke::app::Dialogs::SaveChoice)
+
 class FrmBasicTest : public QObject {
     Q_OBJECT
 
@@ -96,6 +98,42 @@ private slots:
         QCOMPARE(f.readFile("never.tk"), kTemplate.toUtf8());
         basic.SaveScript();  // asks again: cancelled this time
         QCOMPARE(basic.windowTitle(), "Tarvoke Basic Mode - never.tk");
+    }
+
+    // Changed text takes its mark along to Basic Mode, whose closing offers
+    // to save it (under the bare caption too, asking for a name); a switch
+    // back keeps the editor's Undo.
+    void changedTextIsOfferedOnCloseInBasicMode_data() {
+        using Choice = Dialogs::SaveChoice;
+        QTest::addColumn<Choice>("choice");
+        QTest::addColumn<QString>("name");  // what the Save dialog returns
+        QTest::addColumn<bool>("closes");
+        QTest::newRow("Cancel") << Choice::Cancel << "" << false;
+        QTest::newRow("Discard") << Choice::Discard << "" << true;
+        QTest::newRow("Save") << Choice::Save << "kept.tk" << true;
+        QTest::newRow("Save, name cancelled") << Choice::Save << "" << false;
+    }
+    void changedTextIsOfferedOnCloseInBasicMode() {
+        QFETCH(Dialogs::SaveChoice, choice);
+        QFETCH(QString, name);
+        QFETCH(bool, closes);
+        AppFixture f("1,1,1,0,0,", true);
+        FrmMain& main = f.app->frmMain();
+        QTest::keyClicks(main.txtLog, "Pause(1);");
+        const QString typed = main.text();
+        main.mnuFileBasicMode_Click();
+        FrmBasic& basic = f.app->frmBasic();
+        QCOMPARE(basic.windowTitle(), "Tarvoke Basic Mode");
+        f.dialogs.saveChoices = {choice};
+        f.dialogs.paths = {name.isEmpty() ? QString() : QString::fromStdString(f.path(name))};
+        basic.close();
+        QCOMPARE(f.dialogs.asked.size(), size_t(1));
+        QCOMPARE(f.exits, closes ? 1 : 0);
+        QCOMPARE(f.readFile("kept.tk"), name.isEmpty() ? QByteArray("<missing>") : typed.toUtf8());
+        basic.cmdAdvanced_Click();
+        QCOMPARE(main.changed(), name.isEmpty());
+        main.txtLog->undo();
+        QCOMPARE(main.text(), kTemplate);
     }
 
     void playXCountMustBeNumeric_data() {

@@ -17,6 +17,8 @@
 using namespace tarvoke::app;
 using tarvoke::app::testing::AppFixture;
 
+Q_DECLARE_METATYPE(tarvoke::app::Dialogs::SaveChoice)
+
 namespace {
 
 void select(FrmMain& main, int start, int length) {
@@ -133,6 +135,111 @@ private slots:
         QCOMPARE(f.app->sFilePath, f.path("kept.tk"));
         QCOMPARE(f.app->session.sScriptFolder, folderBefore);
         QCOMPARE(QDir(f.folder.path()).entryList(QDir::Files), QStringList{"kept.tk"});
+    }
+
+    // Typed text, then Open: a No to the question of New ends the Open too,
+    // and the typing can still be taken back; a Yes opens the file.
+    void openAsksBeforeTheTextGoes_data() {
+        QTest::addColumn<bool>("yes");
+        QTest::newRow("No") << false;
+        QTest::newRow("Yes") << true;
+    }
+    void openAsksBeforeTheTextGoes() {
+        QFETCH(bool, yes);
+        AppFixture f;
+        FrmMain& main = f.app->frmMain();
+        f.writeFile("other.tk", "Function(Main);\nPause(2);\nEndFunction();");
+        QTest::keyClicks(main.txtLog, "Pause(1);");
+        const QString typed = main.text();
+        f.dialogs.answers = {yes};
+        f.dialogs.paths = {QString::fromStdString(f.path("other.tk"))};
+        main.mnuFileOpen->trigger();
+        QCOMPARE(f.dialogs.asked.size(), size_t(1));
+        QCOMPARE(f.dialogs.paths.empty(), yes);
+        QCOMPARE(main.text(), yes ? QString("Function(Main);\nPause(2);\nEndFunction();") : typed);
+        QCOMPARE(main.changed(), !yes);
+        if (!yes) {
+            main.txtLog->undo();
+            QCOMPARE(main.text(), kTemplate);
+        }
+    }
+
+    // Closing the window, or File Exit, with the text changed since the last
+    // New, Open or Save: Save, Discard or Cancel; a Save that does not happen
+    // keeps the program open.
+    void closingOffersToSaveChanges_data() {
+        using Choice = Dialogs::SaveChoice;
+        QTest::addColumn<bool>("typed");
+        QTest::addColumn<Choice>("choice");
+        QTest::addColumn<QString>("file");    // the script's path: "" none yet, "dir" a folder
+        QTest::addColumn<QString>("saveAs");  // what the Save As dialog returns
+        QTest::addColumn<bool>("closes");
+        QTest::addColumn<bool>("saved");      // script.tk holds the typed text
+        QTest::newRow("unchanged: no question") << false << Choice::Cancel << "script.tk" << "" << true << false;
+        QTest::newRow("Discard") << true << Choice::Discard << "script.tk" << "" << true << false;
+        QTest::newRow("Cancel") << true << Choice::Cancel << "script.tk" << "" << false << false;
+        QTest::newRow("Save") << true << Choice::Save << "script.tk" << "" << true << true;
+        QTest::newRow("Save asks a name") << true << Choice::Save << "" << "script" << true << true;
+        QTest::newRow("Save, name cancelled") << true << Choice::Save << "" << "" << false << false;
+        QTest::newRow("Save that fails") << true << Choice::Save << "dir" << "" << false << false;
+    }
+    void closingOffersToSaveChanges() {
+        QFETCH(bool, typed);
+        QFETCH(Dialogs::SaveChoice, choice);
+        QFETCH(QString, file);
+        QFETCH(QString, saveAs);
+        QFETCH(bool, closes);
+        QFETCH(bool, saved);
+        for (const bool byMenu : {false, true}) {
+            AppFixture f;
+            FrmMain& main = f.app->frmMain();
+            f.writeFile("script.tk", "old");
+            QDir(f.folder.path()).mkdir("dir");
+            if (!file.isEmpty()) {
+                f.dialogs.paths = {QString::fromStdString(f.path(file))};
+                main.mnuFileOpen_Click();
+                f.app->sFilePath = f.path(file);  // a folder does not open
+            }
+            if (typed) QTest::keyClicks(main.txtLog, "Pause(1);");
+            f.dialogs.saveChoices = {choice};
+            f.dialogs.paths = {saveAs.isEmpty() ? QString() : QString::fromStdString(f.path(saveAs))};
+            byMenu ? main.mnuExit->trigger() : void(main.close());
+            QCOMPARE(f.dialogs.asked.size(), size_t(typed ? 1 + (saveAs.isEmpty() ? 0 : 1) : 0));
+            QCOMPARE(f.exits, closes ? 1 : 0);
+            QCOMPARE(f.readFile("script.tk"), saved ? main.text().toUtf8() : QByteArray("old"));
+            QCOMPARE(main.changed(), typed && !saved);
+            QCOMPARE(f.dialogs.told.size(), size_t(file == "dir" ? 1 : 0));
+        }
+    }
+
+    // Save As asks before it replaces what is there; through a symbolic link
+    // it writes the file the link leads to, and the link stays.
+    void saveAsAsksBeforeReplacing_data() {
+        QTest::addColumn<QString>("there");  // "", "file" or "link" at the chosen name
+        QTest::addColumn<bool>("yes");
+        QTest::newRow("a new name") << "" << true;
+        QTest::newRow("a file, Yes") << "file" << true;
+        QTest::newRow("a file, No") << "file" << false;
+        QTest::newRow("a link, Yes") << "link" << true;
+    }
+    void saveAsAsksBeforeReplacing() {
+        QFETCH(QString, there);
+        QFETCH(bool, yes);
+        AppFixture f;
+        FrmMain& main = f.app->frmMain();
+        f.writeFile("real.tk", "old");
+        if (there == "file") f.writeFile("chosen.tk", "old");
+        if (there == "link") QFile::link("real.tk", f.folder.path() + "/chosen.tk");
+        main.editText("new");
+        f.dialogs.answers = {yes};
+        f.dialogs.paths = {QString::fromStdString(f.path("chosen"))};
+        QCOMPARE(main.mnuFileSaveAs_Click(), yes);
+        QCOMPARE(f.dialogs.asked.size(), size_t(there.isEmpty() ? 0 : 1));
+        QCOMPARE(f.readFile("chosen.tk"), QByteArray(yes ? "new" : "old"));
+        QCOMPARE(QFileInfo(f.folder.path() + "/chosen.tk").isSymLink(), there == "link");
+        QCOMPARE(f.readFile("real.tk"), QByteArray(there == "link" ? "new" : "old"));
+        QCOMPARE(main.windowTitle(), yes ? "Tarvoke - chosen.tk" : "Tarvoke");
+        QCOMPARE(main.changed(), !yes);
     }
 
     void scriptBytesBecomeEditorText_data() {
@@ -283,6 +390,9 @@ private slots:
         dialog.txtReplace->setText(replacement);
         dialog.cmdReplaceAll_Click();
         QCOMPARE(main.text(), result);
+        QCOMPARE(main.changed(), result != text);  // and Undo takes it back
+        main.txtLog->undo();
+        QCOMPARE(main.text(), text);
     }
 
     void deleteTakesOneCharacterOrTheSelection() {
