@@ -29,13 +29,16 @@ _tarvoke_play()
             COMPREPLY=($(compgen -c -- "$cur"))
             return
             ;;
+        --headless)
+            # --headless=WxH; after a plain --headless comes the script.
+            if $split; then
+                COMPREPLY=($(compgen -W '1920x1080 1280x1024 1024x768' -- "$cur"))
+                return
+            fi
+            ;;
     esac
     $split && return
 
-    if [[ $cur == --headless=* ]]; then
-        COMPREPLY=($(compgen -W '1920x1080 1280x1024 1024x768' -- "${cur#--headless=}"))
-        return
-    fi
     if [[ $cur == -* ]]; then
         # The options as the player's own --help lists them.
         COMPREPLY=($(compgen -W '$(_parse_help "$1")' -- "$cur"))
