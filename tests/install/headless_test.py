@@ -23,20 +23,24 @@ import zlib
 PLAY = TESTWINDOW = None
 
 # The test window's inside is at (100, 100), 400x300, white; its black child
-# at (150, 150), 200x100. The script waits until the window is drawn, then
-# moves the pointer into the child.
+# at (150, 150), 200x100. The script waits until the window is drawn, moves
+# the pointer into the child, and waits to be stopped: the test stops it once
+# the window has logged the move (a window whose screen ends under it may
+# not have logged what it got).
 SCRIPT = """Function(Main);
   StartEx("{window}", "--geometry 400x300+100+100 --log {log}", normal);
   CreateColorRange(colorrange1, 250, 250, 250, 255, 255, 255);
   Int(missing, 1);
   While(missing = 1);
+    Pause(10);
     CaptureScreen(imagesave1);
     IsPixel(missing, imagesave1, 120, 120, colorrange1);
   EndWhile();
   MoveMouse(300, 200);
-  {last}
+  PauseS(600);
 EndFunction();
 """
+MOVED = "MotionNotify win=child"
 
 
 def png_pixels(path):
@@ -70,35 +74,45 @@ def pixel(picture, x, y):
 class Run:
     """One headless run of a script that starts the test window."""
 
-    def __init__(self, extra=(), last="", size="640x480"):
+    def __init__(self, extra=()):
         self.dir = tempfile.TemporaryDirectory(prefix="tarvoke-headless-")
         self.log = os.path.join(self.dir.name, "window.log")
         self.shot = os.path.join(self.dir.name, "end.png")
         os.mkfifo(self.log)
         script = os.path.join(self.dir.name, "script.tk")
         with open(script, "w") as f:
-            f.write(SCRIPT.format(window=TESTWINDOW, log=self.log, last=last))
+            f.write(SCRIPT.format(window=TESTWINDOW, log=self.log))
         self.lines = []
-        self.first_line = threading.Event()
+        self.changed = threading.Condition()
         self.window_gone = threading.Event()
         self.reader = threading.Thread(target=self._read, daemon=True)
         self.reader.start()
         self.process = subprocess.Popen(
-            [PLAY, "--headless=" + size, "--screenshot", self.shot, *extra, script],
+            [PLAY, "--headless=640x480", "--screenshot", self.shot, *extra, script],
             stderr=subprocess.PIPE, text=True)
 
     def _read(self):
         with open(self.log) as log:  # waits for the window to open it
             for line in log:
-                self.lines.append(line.strip())
-                self.first_line.set()
-        self.first_line.set()
+                with self.changed:
+                    self.lines.append(line.strip())
+                    self.changed.notify_all()
         self.window_gone.set()
+        with self.changed:
+            self.changed.notify_all()
 
-    def finish(self, timeout=60):
+    def wait_for(self, start, timeout=120):
+        """Whether the window logs a line that starts so while it lives."""
+        with self.changed:
+            return self.changed.wait_for(
+                lambda: any(line.startswith(start) for line in self.lines) or self.window_gone.is_set(), timeout) \
+                and any(line.startswith(start) for line in self.lines)
+
+    def stop(self, number=signal.SIGTERM, timeout=120):
         """The player's status and standard error, once it and the window have ended."""
+        self.process.send_signal(number)
         _, err = self.process.communicate(timeout=timeout)
-        if not self.first_line.is_set():
+        if not self.lines:
             # The window never opened its log: open the other end so the reader ends.
             os.close(os.open(self.log, os.O_RDWR))
         assert self.window_gone.wait(timeout), "the test window outlived its screen"
@@ -146,18 +160,17 @@ def wait_gone(pids, timeout=15):
 
 class HeadlessTest(unittest.TestCase):
     def check_played(self, run):
-        status, err = run.finish()
-        self.assertEqual(status, 0, err)
-        # Without a window manager the window may take the focus, and say
-        # "ready", after the pointer has moved.
-        self.assertTrue([line for line in run.lines if line.startswith("ready ") and "x=100 y=100" in line], run.lines)
-        moves = [line for line in run.lines if line.startswith("MotionNotify win=child")]
-        self.assertTrue(moves and "root=300,200" in moves[-1], run.lines)
+        self.assertTrue(run.wait_for(MOVED), run.lines)
+        helpers = run.helpers()
+        status, err = run.stop()
+        self.assertEqual(status, 143, err)
+        self.assertIn("root=300,200", [line for line in run.lines if line.startswith(MOVED)][-1])
         picture = png_pixels(run.shot)
         self.assertEqual(picture[:2], (640, 480))
         for (x, y), colour in {(120, 120): (255, 255, 255), (480, 380): (255, 255, 255),
                                (300, 200): (0, 0, 0), (600, 450): (0, 0, 0), (20, 20): (0, 0, 0)}.items():
             self.assertEqual(pixel(picture, x, y), colour, (x, y))
+        self.assertEqual(wait_gone([pid for pid, _ in helpers]), [], helpers)
 
     def test_a_script_plays_on_a_screen_of_its_own(self):
         run = Run()
@@ -177,28 +190,30 @@ class HeadlessTest(unittest.TestCase):
 
     def test_the_screen_ends_with_the_run(self):
         # (signal to the player, the player's status, a screenshot expected)
-        cases = [(signal.SIGTERM, 143, True), (signal.SIGINT, 130, True), (signal.SIGKILL, -9, False)]
+        cases = [(signal.SIGINT, 130, True), (signal.SIGKILL, -9, False)]
         for number, status, shot in cases:
             with self.subTest(signal=number.name):
-                run = Run(extra=["--wm", "openbox"], last="PauseS(600);")
+                run = Run(extra=["--wm", "openbox"])
                 try:
-                    self.assertTrue(run.first_line.wait(60), "the test window never started")
+                    self.assertTrue(run.wait_for("ready "), "the test window never got the focus")
                     helpers = run.helpers()
-                    names = sorted(name for _, name in helpers)
-                    self.assertIn("Xvfb", names)
-                    self.assertIn("openbox", names)
-                    run.process.send_signal(number)
-                    self.assertEqual(run.finish()[0], status)
+                    self.assertEqual(sorted(name for _, name in helpers), ["Xvfb", "openbox", "tarvoke-play"])
+                    self.assertEqual(run.stop(number)[0], status)
                     self.assertEqual(wait_gone([pid for pid, _ in helpers]), [], helpers)
                     self.assertEqual(os.path.exists(run.shot), shot)
                 finally:
                     run.close()
 
-    def test_what_is_missing_is_said(self):
+    def test_the_script_s_status_and_what_is_missing(self):
         empty = tempfile.TemporaryDirectory()
         script = os.path.join(empty.name, "nothing.tk")
         with open(script, "w") as f:
             f.write("Function(Main);\nEndFunction();\n")
+        shot = os.path.join(empty.name, "end.png")
+        out = subprocess.run([PLAY, "--headless=320x200", "--screenshot", shot, script], capture_output=True,
+                             text=True, timeout=120)
+        self.assertEqual((out.returncode, out.stderr), (0, ""))
+        self.assertEqual(png_pixels(shot)[:2], (320, 200))
         # (environment, options, the words of the one line on standard error)
         cases = [({"PATH": empty.name}, [], "Xvfb is not installed (on Debian: apt install xvfb)"),
                  ({}, ["--wm", "no-such-window-manager"],

@@ -136,6 +136,9 @@ bool Headless::spawn(Child& child, const char* const argv[], int displayFd, std:
     posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
     if (child.log >= 0) posix_spawn_file_actions_adddup2(&actions, child.log, STDERR_FILENO);
     if (displayFd >= 0) posix_spawn_file_actions_adddup2(&actions, displayFd, 3);
+    // Nothing else of the player's: a pipe it inherited must not stay open
+    // in a server that outlives it by a moment.
+    posix_spawn_file_actions_addclosefrom_np(&actions, displayFd >= 0 ? 4 : 3);
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     // A group of its own: Ctrl+C in a terminal reaches the player, which
@@ -284,6 +287,9 @@ Headless::~Headless() {
     // when its screen goes, whichever comes first.
     const int pidfds[] = {m_windowManager.pidfd, m_server.pidfd};
     endProcesses(pidfds, 2);
+    // A kernel without pidfds (before Linux 5.3) gets the blunt way.
+    for (const Child* child : {&m_windowManager, &m_server})
+        if (child->pid > 0 && child->pidfd < 0) ::kill(child->pid, SIGKILL);
     for (Child* child : {&m_windowManager, &m_server}) {
         if (child->pid > 0)
             while (::waitpid(child->pid, nullptr, 0) < 0 && errno == EINTR) {}
