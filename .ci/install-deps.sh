@@ -10,6 +10,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   clang-14 libclang-rt-14-dev
   xvfb openbox x11-utils xdotool
+  zlib1g-dev librsvg2-bin dpkg-dev file man-db bash-completion desktop-file-utils appstream lintian
 )
 
 missing=()

@@ -29,6 +29,13 @@ bench/screen/run.sh
 echo "== the recorder: record then replay, beside cnee"
 cmake --build "$build" --target tarvoke-testwindow >/dev/null
 bench/recorder/run.sh "$build"
+echo "== headless runs: from tarvoke-play --headless to the first action, beside xvfb-run"
+if ! command -v xauth >/dev/null; then  # xvfb-run needs it
+  sudo=""
+  [ "$(id -u)" -ne 0 ] && sudo="sudo"
+  $sudo apt-get install -y -qq --no-install-recommends xauth
+fi
+python3 bench/headless_start.py "$build/bin/tarvoke-play" 20
 echo "== the windows: play start, editor keystroke, hotkey"
 cmake --build "$build" --target app_bench >/dev/null
 .ci/with-desktop.sh "$build/bin/app_bench"

@@ -4,6 +4,7 @@
 #include <QTimer>
 #include <cstdio>
 #include <cstdlib>
+#include <string_view>
 #include <unistd.h>
 
 #include "app/app.h"
@@ -36,6 +37,10 @@ platform::x11::X11Platform* g_desktop = nullptr;
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc == 2 && std::string_view(argv[1]) == "--version") {
+        std::printf("tarvoke %s\n", TARVOKE_VERSION);
+        return 0;
+    }
     // The program acts on X11 windows, so in a Wayland session its own
     // windows live on XWayland too.
     const bool wayland = inWaylandSession();

@@ -63,3 +63,25 @@ TEST(PlayerOptions, RecordTakesAFileAndItsOwnSwitches) {
 
 }  // namespace
 }  // namespace tarvoke::player
+
+namespace tarvoke::player {
+namespace {
+
+TEST(PlayerOptions, HeadlessTakesASizeAWindowManagerAndAScreenshot) {
+    const auto result = parse({"--headless=1280x1024", "--wm", "openbox", "--screenshot=end.png", "x.tk"});
+    ASSERT_TRUE(std::holds_alternative<Options>(result));
+    const auto& options = std::get<Options>(result);
+    EXPECT_EQ(options.headless, (std::pair<int32_t, int32_t>{1280, 1024}));
+    EXPECT_EQ(options.windowManager, "openbox");
+    EXPECT_EQ(options.screenshot, "end.png");
+    EXPECT_EQ(std::get<Options>(parse({"--headless", "x.tk"})).headless, (std::pair<int32_t, int32_t>{1920, 1080}));
+    EXPECT_TRUE(std::holds_alternative<ShowVersion>(parse({"x.tk", "--version"})));
+    const std::vector<std::vector<std::string>> bad = {
+        {"--headless=big", "x.tk"}, {"--headless", "--dry-run", "x.tk"}, {"--headless", "--record", "out.tk"},
+        {"--wm", "openbox", "x.tk"}, {"--screenshot", "a.png", "x.tk"}, {"--headless", "--wm"},
+    };
+    for (const auto& args : bad) EXPECT_TRUE(std::holds_alternative<UsageError>(parse(args))) << args[0] << args[1];
+}
+
+}  // namespace
+}  // namespace tarvoke::player

@@ -9,6 +9,7 @@
 #include "platform/qimage/qimagepictures.h"
 #include "screen/bmpwriter.h"
 #include "screen/imagename.h"
+#include "screen/pngwriter.h"
 #include "screen_fixture.h"
 
 namespace tarvoke::test {
@@ -134,6 +135,17 @@ TEST_F(PictureFiles, BitmapReadsBackPixelForPixelRightSideUp) {
     EXPECT_EQ(std::string(magic, 2), "BM");
     PixelGrid back;
     ASSERT_TRUE(m_pictures.load(path("a.png"), back));
+    EXPECT_EQ(back.width, 7);
+    EXPECT_EQ(back.height, 5);
+    EXPECT_EQ(back.pixels, pattern().pixels);
+}
+
+// The screenshot of a headless run, read by Qt's own PNG reader.
+TEST_F(PictureFiles, PngReadsBackPixelForPixel) {
+    std::string error;
+    ASSERT_TRUE(savePngFile(path("shot.png"), pattern(), error)) << error;
+    PixelGrid back;
+    ASSERT_TRUE(m_pictures.load(path("shot.png"), back));
     EXPECT_EQ(back.width, 7);
     EXPECT_EQ(back.height, 5);
     EXPECT_EQ(back.pixels, pattern().pixels);

@@ -13,6 +13,7 @@
 
 #include "desktop.h"
 #include "engine/sc.h"
+#include "headless.h"
 #include "host/dispatch.h"
 #include "host/session.h"
 #include "options.h"
@@ -77,6 +78,10 @@ int main(int argc, char** argv) {
         std::fputs(player::kUsage, stdout);
         return 0;
     }
+    if (std::holds_alternative<player::ShowVersion>(parsed)) {
+        std::printf("tarvoke-play %s\n", TARVOKE_VERSION);
+        return 0;
+    }
     if (const auto* error = std::get_if<player::UsageError>(&parsed))
         return fail(error->message + " (see tarvoke-play --help)");
     const auto& options = std::get<player::Options>(parsed);
@@ -87,6 +92,13 @@ int main(int argc, char** argv) {
     } else {
         script = readScript(options.file);
         if (script.index() == 1) return fail(std::get<1>(script));
+    }
+
+    std::unique_ptr<player::Headless> headless;
+    if (options.headless) {
+        std::string problem;
+        headless = player::Headless::start({options.headless->first, options.headless->second, options.windowManager}, problem);
+        if (!headless) return fail(problem);
     }
 
     // The desktop is needed to act and to record; a dry run and a load need none.
@@ -158,6 +170,10 @@ int main(int argc, char** argv) {
     playback.load(std::move(std::get<0>(script)));
     if (!options.loadOnly) playback.run(options.repeat);
     if (desktop) desktop->releaseAll();
+    // Also after a failed or stopped run: it shows where the run ended.
+    if (desktop && !options.screenshot.empty())
+        if (const std::string problem = player::writeScreenshot(*desktop->platform().screen, options.screenshot); !problem.empty())
+            std::fprintf(stderr, "tarvoke-play: %s\n", problem.c_str());
     if (options.dump) {
         const std::string dump = engine.GetDebug();
         std::fwrite(dump.data(), 1, dump.size(), stdout);

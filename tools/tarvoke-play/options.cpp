@@ -8,6 +8,7 @@ const char* const kUsage =
     "usage: tarvoke-play [--dry-run] [--dump] [--load-only] [--ignore-pauses] [--percent P] [--repeat N]\n"
     "                    [--screen WxH] [--screen-image FILE] FILE.tk | -\n"
     "       tarvoke-play --record FILE.tk [--force] [--no-mouse-move] [--no-extended-clicks]\n"
+    "       tarvoke-play --headless[=WxH] [--wm PROGRAM] [--screenshot FILE.png] [OPTIONS] FILE.tk | -\n"
     "\n"
     "Runs a Tarvoke script, or records one.\n"
     "  --dry-run        act on nothing: print one line for every action, wait on a virtual clock\n"
@@ -23,6 +24,10 @@ const char* const kUsage =
     "  --force          with --record: overwrite FILE if it exists\n"
     "  --no-mouse-move  with --record: leave out the mouse moves\n"
     "  --no-extended-clicks  with --record: record clicks without their positions\n"
+    "  --headless[=WxH] play on a private virtual screen (Xvfb, default 1920x1080) that ends with the run\n"
+    "  --wm PROGRAM     with --headless: start this window manager (such as openbox) on that screen first\n"
+    "  --screenshot FILE.png  with --headless: save the screen as it is at the end of the run\n"
+    "  --version        print the version\n"
     "Stop a run or a recording with Ctrl+0, Ctrl+C or SIGTERM.\n";
 
 namespace {
@@ -57,6 +62,7 @@ ParseResult parseOptions(const std::vector<std::string>& args) {
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string& arg = args[i];
         if (arg == "--help" || arg == "-h") return ShowHelp{};
+        if (arg == "--version") return ShowVersion{};
         if (arg == "--dry-run") {
             options.dryRun = true;
         } else if (arg == "--dump") {
@@ -83,6 +89,15 @@ ParseResult parseOptions(const std::vector<std::string>& args) {
         } else if (auto record = valueOf(args, i, "--record")) {
             if (record->empty()) return UsageError{"--record needs the file to write the recording to"};
             options.record = *record;
+        } else if (arg == "--headless" || arg.rfind("--headless=", 0) == 0) {
+            options.headless = arg == "--headless" ? std::pair{1920, 1080} : screenSize(arg.substr(11));
+            if (!options.headless) return UsageError{"--headless= needs WIDTHxHEIGHT such as 1280x1024, not '" + arg.substr(11) + "'"};
+        } else if (auto wm = valueOf(args, i, "--wm")) {
+            if (wm->empty()) return UsageError{"--wm needs the window manager to start, such as openbox"};
+            options.windowManager = *wm;
+        } else if (auto screenshot = valueOf(args, i, "--screenshot")) {
+            if (screenshot->empty()) return UsageError{"--screenshot needs the file to write the screen to"};
+            options.screenshot = *screenshot;
         } else if (arg == "--force") {
             options.force = true;
         } else if (arg == "--no-mouse-move") {
@@ -97,6 +112,10 @@ ParseResult parseOptions(const std::vector<std::string>& args) {
             haveFile = true;
         }
     }
+    if (!options.headless && (!options.windowManager.empty() || !options.screenshot.empty()))
+        return UsageError{"--wm and --screenshot go with --headless"};
+    if (options.headless && (options.record || options.dryRun || options.loadOnly))
+        return UsageError{"--headless plays a script on a virtual screen: no --record, --dry-run or --load-only"};
     if (options.record) {
         if (haveFile) return UsageError{"--record writes a new script; it plays none, so leave out '" + options.file + "'"};
         if (options.dryRun || options.loadOnly) return UsageError{"--record records from the desktop: no --dry-run or --load-only"};

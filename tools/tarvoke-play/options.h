@@ -27,14 +27,20 @@ struct Options {
     bool force = false;  // overwrite an existing recording
     bool mouseMove = true;
     bool extendedClicks = true;
+
+    // --headless[=WxH]: play on a private virtual screen of that size.
+    std::optional<std::pair<int32_t, int32_t>> headless;
+    std::string windowManager;  // --wm PROGRAM on that screen
+    std::string screenshot;     // --screenshot FILE.png: the screen at the end
 };
 
 struct ShowHelp {};
+struct ShowVersion {};
 struct UsageError {
     std::string message;
 };
 
-using ParseResult = std::variant<Options, ShowHelp, UsageError>;
+using ParseResult = std::variant<Options, ShowHelp, UsageError, ShowVersion>;
 
 ParseResult parseOptions(const std::vector<std::string>& arguments);
 extern const char* const kUsage;
