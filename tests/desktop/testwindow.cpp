@@ -9,8 +9,9 @@
 //
 // "ready" comes once the top-level window is mapped and has the focus; x and
 // y are the root positions of the windows' insides. Positions of the child
-// are the child's own. keysym is the one the key carries at level 0 or 1 as
-// the event's state says, read when the event is handled.
+// are the child's own. keysym is the one XLookupString reads from the key
+// and the event's state (its level and group), read when the event is
+// handled.
 //
 // usage: tarvoke-testwindow [--class C] [--title T] [--child-class C]
 //                           [--child-title T] [--geometry WxH+X+Y] [--log FILE]
