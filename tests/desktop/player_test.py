@@ -314,6 +314,8 @@ class StoppingARun(unittest.TestCase):
                 self.assertTrue(marks, "the mark did not arrive")
                 late = [e for e in window.events("KeyPress") if int(e["time"]) > int(marks[0]["time"])]
                 self.assertEqual(late, [], "keys arrived after the stop")
+                # The stop key is the player's while it runs.
+                self.assertNotIn("0x30", [e["keysym"] for e in window.events("KeyPress")])
 
 
 def windows_named(title):

@@ -115,7 +115,12 @@ KeySym keysymOfCharacter(const std::string& character) {
 
 bool X11Input::fakeInput(uint8_t type, uint8_t detail, int32_t x, int32_t y, bool echoes) {
     const Device device = type == XCB_KEY_PRESS || type == XCB_KEY_RELEASE ? kKeyboard : kPointer;
-    if (m_lastDevice != kNoDevice && device != m_lastDevice) awaitDelivery(m_lastDevice);
+    if (m_lastDevice != kNoDevice && device != m_lastDevice) {
+        awaitDelivery(m_lastDevice);
+        if (device == kKeyboard && m_pressedSinceKeys) awaitFocus();
+        m_pressedSinceKeys = false;
+    }
+    if (type == XCB_BUTTON_PRESS) m_pressedSinceKeys = true;
     if (type == XCB_KEY_PRESS && !awaitUserModifiers()) return false;
     m_lastDevice = device;
     // No root window: the one the pointer is on. Positions travel as 16-bit
@@ -152,6 +157,40 @@ void X11Input::awaitDelivery(Device device) {
     // much, never makes it wait in vain.
     m_echoBase[device] = echoes();
     m_unconfirmed[device] = 0;
+}
+
+// Some window managers (fluxbox among them) let a click through at once and
+// focus the window when they handle it, a moment later.
+void X11Input::awaitFocus() {
+    Display* display = m_x.display();
+    Window root = None, clicked = None, focus = None;
+    int rootX = 0, rootY = 0, x = 0, y = 0, revert = 0;
+    unsigned mask = 0;
+    XQueryPointer(display, m_x.root(), &root, &clicked, &rootX, &rootY, &x, &y, &mask);
+    if (clicked == None) return;
+    // A menu or another override-redirect window never takes the focus.
+    XWindowAttributes attributes{};
+    if (!XGetWindowAttributes(display, clicked, &attributes) || attributes.override_redirect) return;
+    const auto topLevelOf = [&](Window window) {
+        for (int depth = 0; window != None && window != PointerRoot && depth < 64; ++depth) {
+            Window treeRoot = None, parent = None, *children = nullptr;
+            unsigned count = 0;
+            if (!XQueryTree(display, window, &treeRoot, &parent, &children, &count)) return Window{None};
+            if (children) XFree(children);
+            if (parent == treeRoot) return window;
+            window = parent;
+        }
+        return window;
+    };
+    const auto deadline = std::chrono::steady_clock::now() + kHeldBack;
+    for (;;) {
+        XGetInputFocus(display, &focus, &revert);
+        if (focus == PointerRoot || topLevelOf(focus) == clicked) return;
+        if (stopped() || std::chrono::steady_clock::now() >= deadline) return;
+        pollfd readable{ConnectionNumber(display), POLLIN, 0};
+        ::poll(&readable, 1, 1);
+        turn();
+    }
 }
 
 bool X11Input::awaitUserModifiers() {

@@ -13,7 +13,9 @@
 // the same the other way round. So before an event of the other device
 // leaves, the earlier ones must have come through: the XInput 2 raw event
 // that the server delivers for each of them, which a frozen master device
-// holds back too, is waited for (at most kHeldBack). Events of one device
+// holds back too, is waited for (at most kHeldBack); and after a click, until
+// the clicked window has the focus, for window managers that focus it only
+// after letting the click through. Events of one device
 // in a row stay in one write, except that every kPaceEvents events the same
 // wait keeps what is in flight small, so that a stop ends input at once.
 // While the user holds a modifier on a real keyboard, key events wait: the
@@ -82,6 +84,10 @@ private:
     // Waits until the raw events of the device's events sent so far have
     // come back, at most kHeldBack, or a stop.
     void awaitDelivery(Device device);
+    // After a button press, waits until the top-level window under the
+    // pointer has the focus, at most kHeldBack: the window manager may
+    // focus it only after the click has come through.
+    void awaitFocus();
     // Waits while a modifier is down on a real keyboard; false on a stop.
     // Only presses wait: a release types nothing.
     bool awaitUserModifiers();
@@ -105,6 +111,7 @@ private:
     uint64_t m_unconfirmed[2] = {0, 0};
     int m_sincePace = 0;
     bool m_moveBehindClick = false;
+    bool m_pressedSinceKeys = false;
     // The cursor as last asked, the move count and the time of asking.
     std::optional<Point> m_cursor;
     uint64_t m_cursorMotions = 0;
