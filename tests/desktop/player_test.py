@@ -120,17 +120,26 @@ class ActingOnTheDesktop(unittest.TestCase):
 
     def test_start_runs_a_program_whose_window_appears(self):
         testwindow = os.environ["TARVOKE_TESTWINDOW"]
-        result = Script('StartEx("%s", "--class Launched --title \'Launched Window\'", normal);' % testwindow).run()
-        self.assertEqual(result.returncode, 0, result.stderr)
-        found = []
-        deadline = time.monotonic() + 5
-        while not found and time.monotonic() < deadline:
-            found = subprocess.run(["xdotool", "search", "--class", "Launched"], capture_output=True,
-                                   text=True).stdout.split()
-            time.sleep(0.05)
-        self.assertTrue(found)
-        for window in found:
-            subprocess.run(["xdotool", "windowkill", window])
+        # A program that names its process on its window, and one that does not.
+        for name, extra in (("WithPid", ""), ("NoPid", " --pid no")):
+            with self.subTest(name):
+                # The message box keeps the run, and so its watch of the new window, alive.
+                script = Script('StartEx("%s", "--class %s --title \'Launched Window\'%s", maximized);\n'
+                                'Message(Started, normal, Started);' % (testwindow, name, extra))
+                process = script.start()
+                self.assertTrue(wait_until(lambda: windows_named("Started")), "no message box appeared")
+                found = []
+                wait_until(lambda: found.extend(subprocess.run(["xdotool", "search", "--class", name],
+                                                               capture_output=True, text=True).stdout.split())
+                           or found)
+                self.assertTrue(found)
+                maximized = wait_until(lambda: "_NET_WM_STATE_MAXIMIZED_VERT" in subprocess.run(
+                    ["xprop", "-id", found[0], "_NET_WM_STATE"], capture_output=True, text=True).stdout)
+                xdotool("windowactivate", "--sync", windows_named("Started")[0], "key", "--clearmodifiers", "Return")
+                process.communicate(timeout=10)
+                for window in found:
+                    subprocess.run(["xdotool", "windowkill", window], capture_output=True)
+                self.assertTrue(maximized, "the window was not maximized")
 
 
 # Modifiers that typing adds around a character (Shift, AltGr).
@@ -343,7 +352,8 @@ class MessageBoxes(unittest.TestCase):
             xdotool("windowactivate", "--sync", box, "key", "--clearmodifiers", "Return")
             _, errors = process.communicate(timeout=10)
             self.assertEqual(process.returncode, 0, errors)
-            self.assertEqual(len(window.wait_for(2, "ButtonPress", "ButtonRelease")), 2)
+            buttons = window.wait_for(2, "ButtonPress", "ButtonRelease")
+            self.assertEqual(len(buttons), 2, buttons)
 
     def test_a_stop_closes_the_open_box(self):
         script = Script("Message(Still here, normal, Unanswered);\nPause(60000);")
