@@ -12,6 +12,7 @@
 #include "testwindow.h"
 
 #include <X11/extensions/XTest.h>
+#include <X11/keysym.h>
 
 namespace tarvoke::platform::x11 {
 namespace {
@@ -218,6 +219,33 @@ TEST_F(X11Test, WindowsAreFoundByClassAndTitle) {
     EXPECT_EQ(windows.parent(top), 0u);
     EXPECT_EQ(windows.windowFromPoint({window.rootX(true, 3), window.rootY(true, 3)}), child);
     EXPECT_EQ(windows.windowFromPoint({window.rootX(false, 3), window.rootY(false, 3)}), top);
+}
+
+// While the user holds a modifier, the script's key presses wait for its
+// release (here XTest plays the user's keyboard).
+TEST_F(X11Test, KeysWaitWhileTheUserHoldsAModifier) {
+    TestWindow window;
+    const std::vector<int> ours = m_x11->keys().testDevices();
+    m_x11->keys().testDevices().clear();
+    Display* user = XOpenDisplay(nullptr);
+    ASSERT_NE(user, nullptr);
+    const KeyCode control = XKeysymToKeycode(user, XK_Control_L);
+    XTestFakeKeyEvent(user, control, True, CurrentTime);
+    XSync(user, False);
+    ASSERT_TRUE(keyStateBecomes(17, true));
+    QTimer::singleShot(50, [&] {
+        XTestFakeKeyEvent(user, control, False, CurrentTime);
+        XSync(user, False);
+    });
+    m_platform.input->keyEvent(65, kKeyPress);
+    m_platform.input->keyEvent(65, kKeyRelease);
+    m_platform.input->flush();
+    m_x11->keys().testDevices() = ours;
+    XCloseDisplay(user);
+    const auto keys = window.waitFor(4, {"KeyPress", "KeyRelease"});
+    EXPECT_EQ(describe(keys, {"keysym", "state"}),
+              (std::vector<std::string>{"KeyPress keysym=0xffe3 state=0x0", "KeyRelease keysym=0xffe3 state=0x4",
+                                        "KeyPress keysym=0x61 state=0x0", "KeyRelease keysym=0x61 state=0x0"}));
 }
 
 TEST_F(X11Test, KeyStateFollowsTheKeysAndKeepsThePressBit) {

@@ -48,6 +48,9 @@ public:
     // Takes Ctrl+0 with a passive grab on the root window, so that the stop
     // key reaches no application while a run is active; false lets it go.
     void claimStopKey(bool claimed) override;
+    // The devices whose events are ours (the XTest slaves); a test without a
+    // second keyboard takes them out to play the user with XTest.
+    std::vector<int>& testDevices() { return m_testDevices; }
 
 private:
     void onEvent(XEvent& event);
