@@ -28,8 +28,5 @@ tests/fuzz/run.sh 25
 
 if ctest --test-dir build -N -L desktop | grep -q "Total Tests: [1-9]"; then
   echo "== desktop tests"
-  # The window manager's own timing (its click grabs, focus changes) can
-  # disturb one attempt on a loaded machine; a test passes if any of three
-  # attempts passes, and every failed attempt is still printed.
-  .ci/with-desktop.sh ctest --test-dir build -L desktop --output-on-failure --repeat until-pass:3
+  .ci/with-desktop.sh ctest --test-dir build -L desktop --output-on-failure
 fi

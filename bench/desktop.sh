@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# The desktop benchmarks: pause accuracy beside Python and Qt, and the
-# injection rate beside xdotool and xte on a private Xvfb. Called by
+# The desktop benchmarks: pause accuracy beside Python and Qt, the
+# injection rate beside xdotool and xte on a private Xvfb, and click-then-type
+# beside xdotool. Called by
 # bench/run.sh after the engine benchmarks, or alone.
 # usage: bench/desktop.sh [BUILD_FOLDER]
 set -euo pipefail
@@ -22,3 +23,9 @@ python3 bench/pause_accuracy.py "$build/bin/tarvoke_pause_accuracy" 50
 # come faster than it replays them, whichever tool sends them.
 echo "== injection rate (Xvfb, no window manager)"
 .ci/with-desktop.sh --no-wm python3 bench/injection_rate.py "$build/bin/tarvoke-play" "$build/bin/tarvoke-testwindow" 1000
+# With openbox, whose grab holds every click on a client window until it has
+# raised the window: every click must still arrive.
+echo "== injection rate (Xvfb with openbox)"
+.ci/with-desktop.sh python3 bench/injection_rate.py "$build/bin/tarvoke-play" "$build/bin/tarvoke-testwindow" 1000 5 xte
+echo "== click, then type into the clicked window (Xvfb with openbox)"
+.ci/with-desktop.sh python3 bench/click_type.py "$build/bin/tarvoke-play" "$build/bin/tarvoke-testwindow" 100 3

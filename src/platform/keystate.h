@@ -19,6 +19,9 @@ public:
     // keys alone, which is all a run needs, and ask for a button's state
     // when it is read.
     virtual void followPointer() {}
+    // While a run is active the stop key (Ctrl+0) is kept from the
+    // applications; a platform that cannot do so ignores this.
+    virtual void claimStopKey(bool) {}
 };
 
 }  // namespace tarvoke::platform

@@ -10,7 +10,9 @@ void Playback::load(std::string scriptText) {
 void Playback::run(int count) {
     m_stopRequested = false;
     m_running = true;
+    claimStopKey(true);
     for (int i = 0; i < count && !m_stopRequested; ++i) m_engine.Execute();
+    claimStopKey(false);
     m_running = false;
 }
 
@@ -22,6 +24,7 @@ void Playback::stop() {
 
 bool Playback::resumeIfPending() {
     if (!m_bResumePending) return false;
+    claimStopKey(true);
     if (m_view) m_view->setPlayTimer(true);
     m_bResumePending = false;
     return true;
@@ -33,6 +36,7 @@ void Playback::start(std::string& sScriptText, bool clearTargetWindow) {
     m_engine.Initialize(sScriptText);
     if (clearTargetWindow) m_session.hTargetWindow = 0;
     if (m_view) m_view->hideForRun();
+    claimStopKey(true);
     if (m_view) m_view->setPlayTimer(true);
 }
 
@@ -64,6 +68,7 @@ void Playback::tick() {
 
 void Playback::stopPlay() {
     stop();
+    claimStopKey(false);
     // A run in hand may still press a key in the statement it is in (the
     // engine ends after it): its keys are let go when its tick ends.
     if (m_inTick) m_releaseDue = true;
@@ -74,6 +79,11 @@ void Playback::stopPlay() {
     m_view->showAfterRun();
 }
 
+// While a run is active, the stop key reaches no application.
+void Playback::claimStopKey(bool claimed) {
+    if (m_session.platform.keys) m_session.platform.keys->claimStopKey(claimed);
+}
+
 // Keys and buttons a stopped run left down would stay down on the desktop.
 void Playback::releaseHeld() {
     if (m_session.platform.input) m_session.platform.input->releaseAll();
@@ -81,6 +91,7 @@ void Playback::releaseHeld() {
 
 void Playback::pauseScript() {
     if (m_view) m_view->setPlayTimer(false);
+    claimStopKey(false);
     m_engine.PauseExecution();
     if (m_session.platform.clock) m_session.platform.clock->cancelWaits();
     m_bResumePending = true;

@@ -74,6 +74,7 @@ public:
 
 private:
     void releaseHeld();
+    void claimStopKey(bool claimed);
 
     engine::SC& m_engine;
     host::Session& m_session;

@@ -90,8 +90,9 @@ class ActingOnTheDesktop(unittest.TestCase):
         with TestWindow("--class", "Target", "--title", "Target Window", "--child-class", "TargetChild") as window:
             xdotool("mousemove", 3, 3)
             # At 15 twips a pixel, 300 and 150 arrive as 20 and 10.
-            result = Script('SelectWindow("Target", "Target Window");\nLeftDownEx(300, 150);\nLeftUpEx(300, 150);\n'
-                            'KeyDown(66);\nKeyUp(66);\nSelectSubWindow("TargetChild");\nRightDownEx(45, 30);\n'
+            # Look-ups ignore case: unquoted names are lower-cased at load.
+            result = Script('SelectWindow(target, "TARGET window");\nLeftDownEx(300, 150);\nLeftUpEx(300, 150);\n'
+                            'KeyDown(66);\nKeyUp(66);\nSelectSubWindow(targetchild);\nRightDownEx(45, 30);\n'
                             'RightUpEx(45, 30);\nDeselectWindow();\nMoveMouse(7, 8);').run()
             self.assertEqual(result.returncode, 0, result.stderr)
             events = window.wait_for(6, "ButtonPress", "ButtonRelease", "KeyPress", "KeyRelease")
@@ -109,25 +110,152 @@ class ActingOnTheDesktop(unittest.TestCase):
         # Moved by xdotool's warp, which the server reports to no raw-event
         # listener: the position must come from the server itself.
         xdotool("mousemove", 321, 234)
-        result = Script("LeftClick();\nMoveMouse(5, 6);\nInt(a, 0);\nAdd(a, lx);\nInt(b, 0);\nAdd(b, ly);").run(
-            "--dump")
+        result = Script("LeftClick();\nMoveMouse(5, 6);\nInt(a, 0);\nAdd(a, lx);\nInt(b, 0);\nAdd(b, ly);\n"
+                        "MoveMouse(40000, -70000);").run("--dump")
         self.assertEqual(result.returncode, 0, result.stderr)
         self.assertIn("Long: a, value: 321\n", result.stdout)
         self.assertIn("Long: b, value: 234\n", result.stdout)
+        # A position beyond the screen stops at its edge.
+        self.assertEqual(pointer(), (1919, 0))
 
     def test_start_runs_a_program_whose_window_appears(self):
         testwindow = os.environ["TARVOKE_TESTWINDOW"]
-        result = Script('StartEx("%s", "--class Launched --title \'Launched Window\'", normal);' % testwindow).run()
-        self.assertEqual(result.returncode, 0, result.stderr)
-        found = []
-        deadline = time.monotonic() + 5
-        while not found and time.monotonic() < deadline:
-            found = subprocess.run(["xdotool", "search", "--class", "Launched"], capture_output=True,
-                                   text=True).stdout.split()
-            time.sleep(0.05)
-        self.assertTrue(found)
-        for window in found:
-            subprocess.run(["xdotool", "windowkill", window])
+        # A program that names its process on its window, and one that does not.
+        for name, extra in (("WithPid", ""), ("NoPid", " --pid no")):
+            with self.subTest(name):
+                # The message box keeps the run, and so its watch of the new window, alive.
+                script = Script('StartEx("%s", "--class %s --title \'Launched Window\'%s", maximized);\n'
+                                'Message(Started, normal, Started);' % (testwindow, name, extra))
+                process = script.start()
+                self.assertTrue(wait_until(lambda: windows_named("Started")), "no message box appeared")
+                found = []
+                wait_until(lambda: found.extend(subprocess.run(["xdotool", "search", "--class", name],
+                                                               capture_output=True, text=True).stdout.split())
+                           or found)
+                self.assertTrue(found)
+                maximized = wait_until(lambda: "_NET_WM_STATE_MAXIMIZED_VERT" in subprocess.run(
+                    ["xprop", "-id", found[0], "_NET_WM_STATE"], capture_output=True, text=True).stdout)
+                xdotool("windowactivate", "--sync", windows_named("Started")[0], "key", "--clearmodifiers", "Return")
+                process.communicate(timeout=10)
+                for window in found:
+                    subprocess.run(["xdotool", "windowkill", window], capture_output=True)
+                self.assertTrue(maximized, "the window was not maximized")
+
+
+# Modifiers that typing adds around a character (Shift, AltGr).
+MODIFIER_KEYSYMS = {"0xffe1", "0xffe2", "0xfe03", "0xff7e"}
+
+
+def typed(window, count):
+    """The keysyms of the window's key presses, modifiers left out, once there are count of them."""
+    deadline = time.monotonic() + 5
+    while True:
+        keys = [e["keysym"] for e in window.events("KeyPress") if e["keysym"] not in MODIFIER_KEYSYMS]
+        if len(keys) >= count or time.monotonic() > deadline:
+            return keys
+        time.sleep(0.02)
+
+
+class TwoWindows:
+    """Two test windows side by side; the right one, shown last, has the focus."""
+
+    def __enter__(self):
+        self.left = TestWindow("--class", "Left", "--geometry", "500x300+20+40").__enter__()
+        self.right = TestWindow("--class", "Right", "--geometry", "500x300+700+40").__enter__()
+        return self.left, self.right
+
+    def __exit__(self, *exc):
+        self.right.__exit__(*exc)
+        self.left.__exit__(*exc)
+
+
+class OrderAcrossDevices(unittest.TestCase):
+    """The window manager holds a click on an unfocused window back until it
+    has focused it, while keys would pass: the keys still land behind it."""
+
+    QTKEXZ = ["0x71", "0x74", "0x6b", "0x65", "0x78", "0x7a", "0x31", "0x77", "0xff0d"]
+
+    def test_keys_after_a_click_land_in_the_clicked_window(self):
+        rows = [
+            ("plain click, text", "MoveMouse({x}, {y});\nLeftClick();\nSendKeys(\"qtkexz1w~\");", self.QTKEXZ),
+            ("Ex click, text", "LeftDownEx({x}, {y});\nLeftUpEx({x}, {y});\nSendKeys(\"qtkexz1w~\");",
+             self.QTKEXZ),
+            ("plain click, numbers", "MoveMouse({x}, {y});\nLeftClick();\nKeyDown(81);\nKeyUp(81);\nKeyDown(84);\n"
+             "KeyUp(84);", ["0x71", "0x74"]),
+            ("Ex click, numbers", "LeftDownEx({x}, {y});\nLeftUpEx({x}, {y});\nKeyDown(81);\nKeyUp(81);", ["0x71"]),
+        ]
+        for name, body, expected in rows:
+            with self.subTest(name), TwoWindows() as (left, right):
+                x, y = left.point("top", 30, 30)
+                result = Script(body.format(x=x, y=y)).run()
+                self.assertEqual(result.returncode, 0, result.stderr)
+                self.assertEqual(typed(left, len(expected)), expected)
+                self.assertEqual(right.events("KeyPress", "KeyRelease"), [])
+
+    def test_keys_a_click_and_keys_keep_their_order(self):
+        with TestWindow() as window:
+            x, y = window.point("top", 30, 30)
+            result = Script('SendKeys("ab");\nMoveMouse(%d, %d);\nLeftClick();\nSendKeys("cd");' % (x, y)).run()
+            self.assertEqual(result.returncode, 0, result.stderr)
+            events = window.wait_for(10, "KeyPress", "KeyRelease", "ButtonPress", "ButtonRelease")
+        self.assertEqual(describe(events, "keysym", "button"), [
+            "KeyPress keysym=0x61 button=", "KeyRelease keysym=0x61 button=",
+            "KeyPress keysym=0x62 button=", "KeyRelease keysym=0x62 button=",
+            "ButtonPress keysym= button=1", "ButtonRelease keysym= button=1",
+            "KeyPress keysym=0x63 button=", "KeyRelease keysym=0x63 button=",
+            "KeyPress keysym=0x64 button=", "KeyRelease keysym=0x64 button=",
+        ])
+
+    def test_a_key_after_a_shift_drag_follows_it(self):
+        with TestWindow() as window:
+            (x1, y1), (x2, y2) = window.point("top", 30, 30), window.point("top", 200, 120)
+            result = Script("MoveMouse(%d, %d);\nKeyDown(16);\nLeftDown();\nMoveMouse(%d, %d);\nLeftUp();\n"
+                            "KeyUp(16);\nKeyDown(65);\nKeyUp(65);" % (x1, y1, x2, y2)).run()
+            self.assertEqual(result.returncode, 0, result.stderr)
+            events = window.wait_for(6, "ButtonPress", "ButtonRelease", "KeyPress", "KeyRelease")
+        self.assertEqual(describe(events, "keysym", "button", "state"), [
+            "KeyPress keysym=0xffe1 button= state=0x0", "ButtonPress keysym= button=1 state=0x1",
+            "ButtonRelease keysym= button=1 state=0x101", "KeyRelease keysym=0xffe1 button= state=0x1",
+            "KeyPress keysym=0x61 button= state=0x0", "KeyRelease keysym=0x61 button= state=0x0",
+        ])
+        self.assertEqual((events[1]["x"], events[2]["x"]), ("30", "200"), "the drag ends where it was moved to")
+
+
+def setxkbmap(layout):
+    subprocess.run(["setxkbmap", layout], check=True)
+
+
+class Layouts(unittest.TestCase):
+    def tearDown(self):
+        setxkbmap("us")
+
+    def test_every_character_of_the_map_is_typed_at_its_level(self):
+        # AltGr characters, and on the French map ß, which needs a spare key.
+        # ("#" would start a comment of the script.)
+        rows = [
+            ("de", "@[]{{}{}}\\|{~}", ["0x40", "0x5b", "0x5d", "0x7b", "0x7d", "0x5c", "0x7c", "0x7e"]),
+            ("fr", "@{^}[]{{}{}}\\|`\u00df", ["0x40", "0x5e", "0x5b", "0x5d", "0x7b", "0x7d", "0x5c",
+                                              "0x7c", "0x60", "0xdf"]),
+        ]
+        for layout, keys, expected in rows:
+            with self.subTest(layout), TestWindow() as window:
+                setxkbmap(layout)
+                result = Script('SendKeys("%s");' % keys).run()
+                self.assertEqual(result.returncode, 0, result.stderr)
+                self.assertEqual(typed(window, len(expected)), expected)
+
+    def test_a_map_switched_during_a_run_is_followed(self):
+        with TestWindow() as window:
+            x, y = window.point("top", 30, 30)
+            script = Script('SendKeys("yz");\nMessage(Switch the map, normal, Switch);\nMoveMouse(%d, %d);\n'
+                            'LeftClick();\nSendKeys("yz");' % (x, y))
+            process = script.start()
+            self.assertTrue(wait_until(lambda: windows_named("Switch")), "no message box appeared")
+            setxkbmap("de")
+            xdotool("windowactivate", "--sync", windows_named("Switch")[0], "key", "--clearmodifiers", "Return")
+            _, errors = process.communicate(timeout=10)
+            self.assertEqual(process.returncode, 0, errors)
+            self.assertEqual(typed(window, 4), ["0x79", "0x7a", "0x79", "0x7a"])
 
 
 class StoppingARun(unittest.TestCase):
@@ -173,6 +301,31 @@ class StoppingARun(unittest.TestCase):
     def test_sigterm_stops_a_pause(self):
         self.stop_within_a_second(self.PAUSE, lambda p: p.send_signal(signal.SIGTERM), 143)
 
+    def test_a_stop_ends_a_long_typing_at_once(self):
+        # 20 times 9,999 characters.
+        body = 'SendKeys("%s");' % ("{a 9999}" * 20)
+        rows = [("SIGINT", lambda p: p.send_signal(signal.SIGINT), 130),
+                ("SIGTERM", lambda p: p.send_signal(signal.SIGTERM), 143), ("Ctrl+0", self.ctrl_zero, 0)]
+        for name, stop, status in rows:
+            with self.subTest(name), TestWindow() as window:
+                xdotool("mousemove", *window.point("top", 10, 10))
+                script = Script(body)
+                process = script.start()
+                self.assertTrue(window.wait_for(200, "KeyPress"), "the typing did not start")
+                started = time.monotonic()
+                stop(process)
+                # A click by another tool marks the server's time after the stop.
+                xdotool("click", "2")
+                _, errors = process.communicate(timeout=5)
+                self.assertLess(time.monotonic() - started, 1.5)
+                self.assertEqual(process.returncode, status, errors)
+                marks = window.wait_for(1, "ButtonPress", timeout=30)
+                self.assertTrue(marks, "the mark did not arrive")
+                late = [e for e in window.events("KeyPress") if int(e["time"]) > int(marks[0]["time"])]
+                self.assertEqual(late, [], "keys arrived after the stop")
+                # The stop key is the player's while it runs.
+                self.assertNotIn("0x30", [e["keysym"] for e in window.events("KeyPress")])
+
 
 def windows_named(title):
     return subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "^%s$" % title], capture_output=True,
@@ -199,7 +352,8 @@ class MessageBoxes(unittest.TestCase):
             xdotool("windowactivate", "--sync", box, "key", "--clearmodifiers", "Return")
             _, errors = process.communicate(timeout=10)
             self.assertEqual(process.returncode, 0, errors)
-            self.assertEqual(len(window.wait_for(2, "ButtonPress", "ButtonRelease")), 2)
+            buttons = window.wait_for(2, "ButtonPress", "ButtonRelease")
+            self.assertEqual(len(buttons), 2, buttons)
 
     def test_a_stop_closes_the_open_box(self):
         script = Script("Message(Still here, normal, Unanswered);\nPause(60000);")

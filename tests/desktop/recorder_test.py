@@ -36,6 +36,15 @@ def click(button):
     time.sleep(HOLD)
 
 
+def start_recorder(*args):
+    """tarvoke-play --record, once it says that it records."""
+    recorder = subprocess.Popen([PLAY, "--record", *args], stderr=subprocess.PIPE, text=True)
+    line = recorder.stderr.readline()
+    if "press Ctrl+0 to stop" not in line:
+        raise RuntimeError("the recorder did not start: " + line + recorder.stderr.read())
+    return recorder
+
+
 def inputs(window):
     """Buttons and keys the window received, with repeated modifier presses folded."""
     seen = []
@@ -56,8 +65,7 @@ class RecordThenPlay(unittest.TestCase):
         self.folder.cleanup()
 
     def record(self, window, *extra):
-        recorder = subprocess.Popen([PLAY, "--record", self.script, *extra], stderr=subprocess.PIPE, text=True)
-        time.sleep(0.5)
+        recorder = start_recorder(self.script, *extra)
         x, y = window.point("top", 40, 30)
         xdotool("mousemove", x - 10, y - 10)
         time.sleep(HOLD)
@@ -105,8 +113,7 @@ class RecordThenPlay(unittest.TestCase):
 
     def test_after_ctrl_four_clicks_go_to_the_window_as_sent_events(self):
         with TestWindow() as window:
-            recorder = subprocess.Popen([PLAY, "--record", self.script, "--no-mouse-move"])
-            time.sleep(0.5)
+            recorder = start_recorder(self.script, "--no-mouse-move")
             x, y = window.point("child", 20, 20)
             xdotool("mousemove", x, y)
             tap("ctrl", "4")
@@ -129,8 +136,7 @@ class RecordThenPlay(unittest.TestCase):
 
     def test_ctrl_five_samples_the_colour_under_the_cursor(self):
         with TestWindow() as window:
-            recorder = subprocess.Popen([PLAY, "--record", self.script, "--no-mouse-move"])
-            time.sleep(0.5)
+            recorder = start_recorder(self.script, "--no-mouse-move")
             xdotool("mousemove", *window.point("top", 10, 10))  # the top window is white
             tap("ctrl", "5")
             xdotool("mousemove", *window.point("child", 10, 10))  # the child is black

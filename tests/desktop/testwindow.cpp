@@ -9,11 +9,13 @@
 //
 // "ready" comes once the top-level window is mapped and has the focus; x and
 // y are the root positions of the windows' insides. Positions of the child
-// are the child's own. keysym is the one the key carries at level 0 or 1 as
-// the event's state says, read when the event is handled.
+// are the child's own. keysym is the one XLookupString reads from the key
+// and the event's state (its level and group), read when the event is
+// handled.
 //
 // usage: tarvoke-testwindow [--class C] [--title T] [--child-class C]
 //                           [--child-title T] [--geometry WxH+X+Y] [--log FILE]
+//                           [--pid no]
 
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
@@ -34,6 +36,7 @@ struct Options {
     std::string childTitle = "Tarvoke Child";
     int x = 100, y = 100, width = 600, height = 400;
     const char* log = nullptr;
+    bool publishPid = true;  // "--pid no" leaves _NET_WM_PID out, as plain Xt programs do
 };
 
 Options parseOptions(int argc, char** argv) {
@@ -46,6 +49,7 @@ Options parseOptions(int argc, char** argv) {
         else if (name == "--child-class") options.childClass = value;
         else if (name == "--child-title") options.childTitle = value;
         else if (name == "--log") options.log = value;
+        else if (name == "--pid") options.publishPid = std::strcmp(value, "no") != 0;
         else if (name == "--geometry") std::sscanf(value, "%dx%d+%d+%d", &options.width, &options.height, &options.x, &options.y);
         else {
             std::fprintf(stderr, "tarvoke-testwindow: unknown option %s\n", name.c_str());
@@ -180,8 +184,9 @@ int main(int argc, char** argv) {
     setNames(display, child, options.childClass, options.childTitle);
     askForPosition(display, top, options);
     const long pid = getpid();
-    XChangeProperty(display, top, XInternAtom(display, "_NET_WM_PID", False), XA_CARDINAL, 32, PropModeReplace,
-                    reinterpret_cast<const unsigned char*>(&pid), 1);
+    if (options.publishPid)
+        XChangeProperty(display, top, XInternAtom(display, "_NET_WM_PID", False), XA_CARDINAL, 32, PropModeReplace,
+                        reinterpret_cast<const unsigned char*>(&pid), 1);
     Atom deleteWindow = XInternAtom(display, "WM_DELETE_WINDOW", False);
     XSetWMProtocols(display, top, &deleteWindow, 1);
     XMapWindow(display, child);

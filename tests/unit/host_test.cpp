@@ -22,6 +22,7 @@ protected:
         notepad = fake.windows.addWindow("notepad", "Untitled - Notepad");
         edit = fake.windows.addWindow("edit", "", notepad);
         fake.windows.addWindow("other", "x");
+        fake.windows.addWindow("summer", "\u00e9t\u00e9 \u0101\u013a");
     }
     Lines play(const std::string& script) {
         fake.transcript.clear();
@@ -90,6 +91,12 @@ const Case kTargetWindow[] = {
      {"FindWindow \"notepad\" null", "FindWindow \"a\" \"b\"", "keybd_event 65 0"}},
     {"FindWindow matches class and title", "FindWindow(notepad, \"Untitled - Notepad\"); KeyDown(1);",
      {"FindWindow \"notepad\" \"Untitled - Notepad\"", "SendMessage 1001 256 1 0x00010001"}},
+    {"class and title match without regard to case", "FindWindow(\"NotePad\", \"UNTITLED - notepad\"); KeyDown(1);",
+     {"FindWindow \"NotePad\" \"UNTITLED - notepad\"", "SendMessage 1001 256 1 0x00010001"}},
+    {"case beyond ASCII too, and nothing more", "FindWindow(, \"\u00c9T\u00c9 \u0100\u0139\"); KeyDown(1);"
+     " FindWindow(, \"untitled\"); KeyDown(2);",
+     {"FindWindow null \"\u00c9T\u00c9 \u0100\u0139\"", "SendMessage 1004 256 1 0x00010001",
+      "FindWindow null \"untitled\"", "keybd_event 2 0"}},
     {"a quoted empty title is no null", "FindWindow(notepad, \"\"); KeyDown(1);",
      {"FindWindow \"notepad\" \"\"", "keybd_event 1 0"}},
     {"a sub-window by class, second parameter ignored", "SelectWindow(notepad); SelectSubWindow(edit, b); KeyDown(1);",

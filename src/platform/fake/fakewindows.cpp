@@ -1,5 +1,7 @@
 #include "platform/fake/fakewindows.h"
 
+#include "platform/textcase.h"
+
 #include <algorithm>
 
 namespace tarvoke::platform::fake {
@@ -31,7 +33,9 @@ WindowId FakeWindows::firstMatch(WindowId parent, WindowId childAfter, const std
             afterSeen = w.id == childAfter;
             continue;
         }
-        if ((!windowClass || *windowClass == w.windowClass) && (!title || *title == w.title)) return w.id;
+        if ((!windowClass || equalIgnoringCase(*windowClass, w.windowClass)) &&
+            (!title || equalIgnoringCase(*title, w.title)))
+            return w.id;
     }
     return 0;
 }

@@ -21,6 +21,8 @@ public:
     void yield() override;
     void wait(int32_t ms) override;
     void cancelWaits() override { ++m_cancels; }
+    // Changes with every cancelWaits (a stop), for work that is no wait.
+    uint64_t cancels() const { return m_cancels; }
     int64_t monotonicMs() override;
 
 private:

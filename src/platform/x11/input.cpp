@@ -5,6 +5,9 @@
 #include <xcb/xcb.h>
 #include <xcb/xtest.h>
 
+#include <poll.h>
+
+#include <algorithm>
 #include <cstdlib>
 #include <optional>
 
@@ -110,16 +113,110 @@ KeySym keysymOfCharacter(const std::string& character) {
     return 0x1000000 + codepoint;
 }
 
-void X11Input::fakeInput(uint8_t type, uint8_t detail, int32_t x, int32_t y) {
+bool X11Input::fakeInput(uint8_t type, uint8_t detail, int32_t x, int32_t y, bool echoes) {
+    const Device device = type == XCB_KEY_PRESS || type == XCB_KEY_RELEASE ? kKeyboard : kPointer;
+    if (m_lastDevice != kNoDevice && device != m_lastDevice) {
+        awaitDelivery(m_lastDevice);
+        if (device == kKeyboard && m_pressedSinceKeys) awaitFocus();
+        m_pressedSinceKeys = false;
+    }
+    if (type == XCB_BUTTON_PRESS) m_pressedSinceKeys = true;
+    if (type == XCB_KEY_PRESS && !awaitUserModifiers()) return false;
+    m_lastDevice = device;
     // No root window: the one the pointer is on. Positions travel as 16-bit
     // numbers.
     xcb_test_fake_input(m_x.xcb(), type, detail, XCB_CURRENT_TIME, XCB_NONE, static_cast<int16_t>(x),
                         static_cast<int16_t>(y), 0);
     m_x.queued();
+    if (echoes && device != kNoDevice) ++m_unconfirmed[device];
+    if (++m_sincePace >= kPaceEvents) awaitDelivery(device);
+    return true;
+}
+
+void X11Input::turn() {
+    m_clock.yield();
+    m_x.drainEvents();
+}
+
+void X11Input::awaitDelivery(Device device) {
+    m_sincePace = 0;
+    if (device == kPointer) m_moveBehindClick = false;
+    if (m_unconfirmed[device] == 0) return;
+    const auto echoes = [&] { return device == kKeyboard ? m_keys.keyEchoes() : m_keys.buttonEchoes(); };
+    const uint64_t target = m_echoBase[device] + m_unconfirmed[device];
+    m_x.flush();
+    const auto deadline = std::chrono::steady_clock::now() + kHeldBack;
+    for (;;) {
+        turn();
+        if (echoes() >= target || stopped() || std::chrono::steady_clock::now() >= deadline) break;
+        pollfd readable{ConnectionNumber(m_x.display()), POLLIN, 0};
+        ::poll(&readable, 1, 1);
+    }
+    // Counted from here on: an echo that comes after the deadline, or one
+    // of another program's XTest input, puts the next wait short by as
+    // much, never makes it wait in vain.
+    m_echoBase[device] = echoes();
+    m_unconfirmed[device] = 0;
+}
+
+// Some window managers (fluxbox among them) let a click through at once and
+// focus the window when they handle it, a moment later.
+void X11Input::awaitFocus() {
+    Display* display = m_x.display();
+    Window root = None, clicked = None, focus = None;
+    int rootX = 0, rootY = 0, x = 0, y = 0, revert = 0;
+    unsigned mask = 0;
+    XQueryPointer(display, m_x.root(), &root, &clicked, &rootX, &rootY, &x, &y, &mask);
+    if (clicked == None) return;
+    // A menu or another override-redirect window never takes the focus.
+    XWindowAttributes attributes{};
+    if (!XGetWindowAttributes(display, clicked, &attributes) || attributes.override_redirect) return;
+    const auto topLevelOf = [&](Window window) {
+        for (int depth = 0; window != None && window != PointerRoot && depth < 64; ++depth) {
+            Window treeRoot = None, parent = None, *children = nullptr;
+            unsigned count = 0;
+            if (!XQueryTree(display, window, &treeRoot, &parent, &children, &count)) return Window{None};
+            if (children) XFree(children);
+            if (parent == treeRoot) return window;
+            window = parent;
+        }
+        return window;
+    };
+    const auto deadline = std::chrono::steady_clock::now() + kHeldBack;
+    for (;;) {
+        XGetInputFocus(display, &focus, &revert);
+        if (focus == PointerRoot || topLevelOf(focus) == clicked) return;
+        if (stopped() || std::chrono::steady_clock::now() >= deadline) return;
+        pollfd readable{ConnectionNumber(display), POLLIN, 0};
+        ::poll(&readable, 1, 1);
+        turn();
+    }
+}
+
+bool X11Input::awaitUserModifiers() {
+    if (!m_keys.userModifierDown()) return true;
+    m_x.flush();
+    while (m_keys.userModifierDown()) {
+        if (stopped()) return false;
+        pollfd readable{ConnectionNumber(m_x.display()), POLLIN, 0};
+        ::poll(&readable, 1, 1);
+        turn();
+    }
+    return !stopped();
 }
 
 void X11Input::setCursorPos(int32_t x, int32_t y) {
-    fakeInput(XCB_MOTION_NOTIFY, 0, x, y);
+    beginOperation();
+    // Clamped before the 16-bit fields, so that a far position ends at the
+    // edge instead of wrapping round.
+    const int screen = DefaultScreen(m_x.display());
+    x = std::clamp<int32_t>(x, 0, std::max(DisplayWidth(m_x.display(), screen) - 1, 0));
+    y = std::clamp<int32_t>(y, 0, std::max(DisplayHeight(m_x.display(), screen) - 1, 0));
+    // A move behind a click that the window manager holds back is held
+    // with it, and the server reports the old position until both are
+    // through: the next cursor question waits for the click.
+    if (m_unconfirmed[kPointer] > 0) m_moveBehindClick = true;
+    fakeInput(XCB_MOTION_NOTIFY, 0, x, y, false);
     m_cursor.reset();
     m_burstQuery.reset();
 }
@@ -131,6 +228,7 @@ Point X11Input::cursorPos() {
     // Counted before asking: a move that lands after the answer asks again.
     m_cursorMotions = m_keys.motions();
     m_cursorAsked = now;
+    if (m_moveBehindClick) awaitDelivery(kPointer);
     const Connection::Pointer pointer = m_x.queryPointer();
     m_cursor = Point{pointer.x, pointer.y};
     return *m_cursor;
@@ -140,6 +238,7 @@ std::unique_ptr<PendingPoint> X11Input::askCursorPos() {
     // Goes out with the next flush, ahead of what is queued after it. The
     // clicks of one burst share it while no move of ours lies between them.
     if (!m_burstQuery || m_burstQueryFlushes != m_x.flushes()) {
+        if (m_moveBehindClick) awaitDelivery(kPointer);
         m_burstQuery = std::make_shared<PointerQuery>(m_x, m_x.root());
         m_burstQueryFlushes = m_x.flushes();
     }
@@ -147,9 +246,13 @@ std::unique_ptr<PendingPoint> X11Input::askCursorPos() {
 }
 
 void X11Input::mouseEvent(uint32_t flags) {
+    beginOperation();
     for (const ButtonFlag& entry : kButtonFlags) {
         if (entry.flag != flags) continue;
-        fakeInput(entry.press ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE, static_cast<uint8_t>(entry.button));
+        const bool echoes = entry.press || m_heldButtons.count(entry.button) > 0;
+        if (!fakeInput(entry.press ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE, static_cast<uint8_t>(entry.button), 0, 0,
+                       echoes))
+            return;
         if (entry.press) m_heldButtons.insert(entry.button);
         else m_heldButtons.erase(entry.button);
         return;
@@ -177,7 +280,8 @@ KeyCode X11Input::keycodeForPress(uint8_t vk) {
 }
 
 void X11Input::pressKeycode(KeyCode code, bool press) {
-    fakeInput(press ? XCB_KEY_PRESS : XCB_KEY_RELEASE, code);
+    const bool echoes = press || m_heldKeys.count(code) > 0;
+    if (!fakeInput(press ? XCB_KEY_PRESS : XCB_KEY_RELEASE, code, 0, 0, echoes)) return;
     m_keyboard.setHeld(code, press);
     if (press) {
         m_heldKeys.insert(code);
@@ -203,44 +307,46 @@ void X11Input::pressVk(uint8_t vk, bool press) {
 }
 
 void X11Input::keyEvent(uint8_t vk, uint32_t flags) {
+    beginOperation();
     pressVk(vk, flags != kKeyRelease);
 }
 
 void X11Input::typeKeysym(KeySym keysym) {
-    const auto codes = m_keyboard.keycodesOf(keysym);
-    KeyCode plain = 0, shifted = 0;
-    for (KeyCode code : codes) {
-        const int level = m_keyboard.levelOf(code, keysym);
-        if (level == 0 && plain == 0) plain = code;
-        if (level == 1 && shifted == 0) shifted = code;
+    const auto typing = m_keyboard.typingOf(keysym);
+    if (!typing) return;
+    // The level's modifiers (Shift, AltGr ...) around the key, unless the
+    // script holds them already.
+    std::vector<KeyCode> modifiers;
+    for (unsigned bit = ShiftMask; bit <= Mod5Mask; bit <<= 1) {
+        if (!(typing->mods & bit)) continue;
+        const KeyCode code = m_keyboard.modifierKeycode(bit);
+        if (code != 0 && m_heldKeys.count(code) == 0) modifiers.push_back(code);
     }
-    const auto shiftCodes = m_keyboard.keycodesOf(XK_Shift_L);
-    const KeyCode shift = shiftCodes.empty() ? 0 : shiftCodes.front();
-    const KeyCode code = plain ? plain : shifted;
-    if (code == 0) return;
-    const bool withShift = plain == 0 && shift != 0;
-    if (withShift) pressKeycode(shift, true);
-    pressKeycode(code, true);
-    pressKeycode(code, false);
-    if (withShift) pressKeycode(shift, false);
+    for (KeyCode code : modifiers) pressKeycode(code, true);
+    pressKeycode(typing->code, true);
+    pressKeycode(typing->code, false);
+    for (auto it = modifiers.rbegin(); it != modifiers.rend(); ++it) pressKeycode(*it, false);
 }
 
 void X11Input::sendKeys(const std::string&, const std::vector<KeyStroke>& strokes) {
-    // Characters that only a level beyond Shift carries (AltGr) get a
-    // spare keycode too: typing them needs no modifier then.
-    std::vector<KeySym> needed;
+    // Characters that no key of the group in force carries get a spare
+    // keycode; the others are typed with their level's modifiers.
+    std::vector<KeySym> needed, typed;
     for (const KeyStroke& stroke : strokes) {
         if (stroke.kind == KeyStroke::Kind::Type) {
             const KeySym keysym = keysymOfCharacter(stroke.text);
-            bool reachable = false;
-            for (KeyCode code : m_keyboard.keycodesOf(keysym)) reachable |= m_keyboard.levelOf(code, keysym) <= 1;
-            if (!reachable) needed.push_back(keysym);
+            if (!m_keyboard.typingOf(keysym)) typed.push_back(keysym);
         } else if (const KeySym keysym = keysymOf(stroke.vk); keysym != NoSymbol) {
             needed.push_back(keysym);
         }
     }
+    beginOperation();
     m_keyboard.bindSpares(needed);
+    m_keyboard.bindSpares(typed, true);
     for (const KeyStroke& stroke : strokes) {
+        // A stop ends the typing at once; what is held is let go by the
+        // run's end.
+        if (stopped()) break;
         switch (stroke.kind) {
         case KeyStroke::Kind::Press: pressVk(stroke.vk, true); break;
         case KeyStroke::Kind::Release: pressVk(stroke.vk, false); break;
@@ -303,6 +409,8 @@ void X11Input::sendMessage(WindowId window, uint32_t message, uint32_t wParam, u
 void X11Input::flush() { m_x.flush(); }
 
 void X11Input::releaseAll() {
+    // Lets go also after a stop, and while the user holds a modifier.
+    beginOperation();
     for (unsigned button : m_heldButtons) fakeInput(XCB_BUTTON_RELEASE, static_cast<uint8_t>(button));
     m_heldButtons.clear();
     while (!m_heldKeys.empty()) pressKeycode(*m_heldKeys.begin(), false);

@@ -5,7 +5,21 @@
 //
 // Every operation queues its requests and leaves them in the connection's
 // buffer, which goes out at the next turn of the event loop or at flush(),
-// so that a burst of clicks leaves in one write. Only keysyms needing a
+// so that a burst of clicks leaves in one write.
+//
+// Order across devices: a window manager takes a click on an unfocused
+// window with a synchronous grab, freezing the pointer until it has raised
+// and focused the window, while key events pass it; a keyboard grab does
+// the same the other way round. So before an event of the other device
+// leaves, the earlier ones must have come through: the XInput 2 raw event
+// that the server delivers for each of them, which a frozen master device
+// holds back too, is waited for (at most kHeldBack); and after a click, until
+// the clicked window has the focus, for window managers that focus it only
+// after letting the click through. Events of one device
+// in a row stay in one write, except that every kPaceEvents events the same
+// wait keeps what is in flight small, so that a stop ends input at once.
+// While the user holds a modifier on a real keyboard, key events wait: the
+// user's shortcut must not turn the script's letters into shortcuts. Only keysyms needing a
 // spare keycode are bound in one batch and synced first: at most one round
 // trip per operation. Cursor queries go through the XCB side too, whose
 // answers can be read later.
@@ -18,6 +32,7 @@
 
 #include "host/keytable.h"
 #include "platform/input.h"
+#include "platform/x11/clock.h"
 #include "platform/x11/connection.h"
 #include "platform/x11/keyboard.h"
 #include "platform/x11/keystate.h"
@@ -29,11 +44,15 @@ class PointerQuery;
 class X11Input : public Input {
 public:
     static constexpr std::chrono::milliseconds kWarpCheck{25};
+    static constexpr std::chrono::milliseconds kHeldBack{200};
+    static constexpr int kPaceEvents = 32;
 
     // The key state answers which keysyms the map carries (for the key
     // table's fallbacks) and counts the pointer's moves.
-    X11Input(Connection& connection, Keyboard& keyboard, const X11KeyState& keys)
-        : m_x(connection), m_keyboard(keyboard), m_keys(keys), m_mapView(keys.view()) {}
+    // The clock gives the event loop its turns while input waits, and tells
+    // of a stop (its waits are cancelled), which ends the operation.
+    X11Input(Connection& connection, Keyboard& keyboard, X11KeyState& keys, RealClock& clock)
+        : m_x(connection), m_keyboard(keyboard), m_keys(keys), m_mapView(keys.view()), m_clock(clock) {}
     void setCursorPos(int32_t x, int32_t y) override;
     // While the key state follows the pointer, asks the server only after
     // the pointer has moved, and at least every kWarpCheck, since another
@@ -56,16 +75,43 @@ private:
     void pressKeycode(KeyCode code, bool press);
     void pressVk(uint8_t vk, bool press);
     void typeKeysym(KeySym keysym);
+    enum Device { kKeyboard, kPointer, kNoDevice };
     // Queues one XTest event (XCB_KEY_PRESS ... XCB_MOTION_NOTIFY) for the
-    // connection's next flush.
-    void fakeInput(uint8_t type, uint8_t detail, int32_t x = 0, int32_t y = 0);
+    // connection's next flush, after the waits that keep the order; echoes
+    // tells whether the server will make a raw event of it (a release of
+    // what is not down makes none). False when a stop dropped it.
+    bool fakeInput(uint8_t type, uint8_t detail, int32_t x = 0, int32_t y = 0, bool echoes = true);
+    // Waits until the raw events of the device's events sent so far have
+    // come back, at most kHeldBack, or a stop.
+    void awaitDelivery(Device device);
+    // After a button press, waits until the top-level window under the
+    // pointer has the focus, at most kHeldBack: the window manager may
+    // focus it only after the click has come through.
+    void awaitFocus();
+    // Waits while a modifier is down on a real keyboard; false on a stop.
+    // Only presses wait: a release types nothing.
+    bool awaitUserModifiers();
+    // One turn of the event loop and a look at the server's events.
+    void turn();
+    void beginOperation() { m_operationCancels = m_clock.cancels(); }
+    bool stopped() const { return m_clock.cancels() != m_operationCancels; }
     void sendButton(Window window, uint32_t message, uint32_t lParam);
     void sendKey(Window window, uint32_t message, uint8_t vk);
 
     Connection& m_x;
     Keyboard& m_keyboard;
-    const X11KeyState& m_keys;
+    X11KeyState& m_keys;
     const host::KeyboardView& m_mapView;
+    RealClock& m_clock;
+    uint64_t m_operationCancels = 0;
+    Device m_lastDevice = kNoDevice;
+    // Per device, the echoes counted when it was last waited for and the
+    // events sent since that will make one.
+    uint64_t m_echoBase[2] = {0, 0};
+    uint64_t m_unconfirmed[2] = {0, 0};
+    int m_sincePace = 0;
+    bool m_moveBehindClick = false;
+    bool m_pressedSinceKeys = false;
     // The cursor as last asked, the move count and the time of asking.
     std::optional<Point> m_cursor;
     uint64_t m_cursorMotions = 0;

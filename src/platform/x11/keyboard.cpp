@@ -20,10 +20,19 @@ Keyboard::Keyboard(Connection& connection) : m_x(connection) {
         if (std::all_of(row, row + m_perKeycode, [](KeySym s) { return s == NoSymbol; }))
             m_spares.push_back(static_cast<KeyCode>(code));
     }
+    int opcode = 0, error = 0, major = XkbMajorVersion, minor = XkbMinorVersion;
+    if (XkbQueryExtension(m_x.display(), &opcode, &m_xkbEventBase, &error, &major, &minor)) {
+        XkbSelectEvents(m_x.display(), XkbUseCoreKbd, XkbMapNotifyMask | XkbNewKeyboardNotifyMask,
+                        XkbMapNotifyMask | XkbNewKeyboardNotifyMask);
+        XkbSelectEventDetails(m_x.display(), XkbUseCoreKbd, XkbStateNotify, XkbGroupStateMask, XkbGroupStateMask);
+    } else {
+        m_xkbEventBase = -1;
+    }
     m_x.onEvent([this](XEvent& event) { onEvent(event); });
 }
 
 Keyboard::~Keyboard() {
+    if (m_xkb) XkbFreeKeyboard(m_xkb, 0, True);
     if (m_bound.empty()) return;
     // Clients look a keysym up when they handle the key event, which can be
     // a moment after we sent it: give them that moment before the spare
@@ -48,6 +57,21 @@ void Keyboard::load() {
 }
 
 void Keyboard::onEvent(XEvent& event) {
+    if (m_xkbEventBase >= 0 && event.type == m_xkbEventBase) {
+        const auto& xkb = reinterpret_cast<const XkbEvent&>(event);
+        if (xkb.any.xkb_type == XkbStateNotify) {
+            m_group = xkb.state.group;
+        } else if (xkb.any.xkb_type == XkbMapNotify || xkb.any.xkb_type == XkbNewKeyboardNotify) {
+            // Our own bindings change the map too; reading it again is
+            // cheap beside typing.
+            m_xkbStale = true;
+            if (m_ownChanges == 0) {
+                m_stale = true;
+                ++m_version;
+            }
+        }
+        return;
+    }
     if (event.type != MappingNotify || event.xmapping.request != MappingKeyboard) return;
     // Our own bindings are in the local map already; only another
     // client's change makes it stale.
@@ -100,10 +124,10 @@ KeyCode Keyboard::takeSpare() {
     return 0;
 }
 
-void Keyboard::bindSpares(const std::vector<KeySym>& keysyms) {
+void Keyboard::bindSpares(const std::vector<KeySym>& keysyms, bool forTyping) {
     bool changed = false;
     for (KeySym keysym : keysyms) {
-        if (keysym == NoSymbol || !keycodesOf(keysym).empty()) continue;
+        if (keysym == NoSymbol || (forTyping ? typingOf(keysym).has_value() : !keycodesOf(keysym).empty())) continue;
         const KeyCode code = takeSpare();
         if (code == 0) break;
         // The keysym at the plain and the shifted level, so that a held
@@ -117,6 +141,7 @@ void Keyboard::bindSpares(const std::vector<KeySym>& keysyms) {
         std::copy(row.begin(), row.end(), m_map.begin() + offset);
         m_codesOf.erase(keysym);
         m_bound.push_back(code);
+        m_xkbStale = true;
         m_lastBinding = std::chrono::steady_clock::now();
         ++m_ownChanges;
         ++m_version;
@@ -128,6 +153,79 @@ void Keyboard::bindSpares(const std::vector<KeySym>& keysyms) {
 void Keyboard::setHeld(KeyCode keycode, bool held) {
     if (held) ++m_held[keycode];
     else if (m_held[keycode] > 0) --m_held[keycode];
+}
+
+}  // namespace tarvoke::platform::x11
+
+namespace tarvoke::platform::x11 {
+
+void Keyboard::loadXkb() {
+    m_xkbStale = false;
+    m_typings.clear();
+    if (m_xkbEventBase < 0) return;
+    if (m_xkb) XkbFreeKeyboard(m_xkb, 0, True);
+    m_xkb = XkbGetMap(m_x.display(), XkbKeyTypesMask | XkbKeySymsMask | XkbModifierMapMask, XkbUseCoreKbd);
+    XkbStateRec state{};
+    if (XkbGetState(m_x.display(), XkbUseCoreKbd, &state) == Success) m_group = state.group;
+}
+
+std::optional<Keyboard::Typing> Keyboard::typingOf(KeySym keysym) {
+    if (m_xkbStale) loadXkb();
+    if (keysym == NoSymbol) return std::nullopt;
+    if (m_typingsGroup != m_group) m_typings.clear(), m_typingsGroup = m_group;
+    if (auto it = m_typings.find(keysym); it != m_typings.end()) return it->second;
+    return m_typings[keysym] = findTyping(keysym);
+}
+
+std::optional<Keyboard::Typing> Keyboard::findTyping(KeySym keysym) {
+    if (!m_xkb || !m_xkb->map) {
+        // Without XKB: the core map's plain and shifted levels.
+        for (KeyCode code : keycodesOf(keysym)) {
+            const int level = levelOf(code, keysym);
+            if (level == 0 || level == 1) return Typing{code, level == 1 ? unsigned{ShiftMask} : 0u};
+        }
+        return std::nullopt;
+    }
+    std::optional<Typing> best;
+    int bestCost = 0;
+    for (int code = m_xkb->min_key_code; code <= m_xkb->max_key_code; ++code) {
+        const int groups = XkbKeyNumGroups(m_xkb, code);
+        if (groups == 0) continue;
+        // A group beyond the key's own wraps round, as XKB's default says.
+        const int group = m_group % groups;
+        XkbKeyTypePtr type = XkbKeyKeyType(m_xkb, code, group);
+        const int width = XkbKeyGroupsWidth(m_xkb, code);
+        for (int level = 0; level < type->num_levels && level < width; ++level) {
+            if (XkbKeySymEntry(m_xkb, code, level, group) != keysym) continue;
+            // The modifiers of the level: none for the first, else the
+            // type's entry for it with the fewest (never Lock).
+            std::optional<unsigned> mods;
+            if (level == 0) mods = 0;
+            for (int i = 0; i < type->map_count; ++i) {
+                const XkbKTMapEntryRec& entry = type->map[i];
+                if (!entry.active || entry.level != level || (entry.mods.mask & LockMask)) continue;
+                if (!mods || __builtin_popcount(entry.mods.mask) < __builtin_popcount(*mods)) mods = entry.mods.mask;
+            }
+            if (!mods) continue;
+            bool reachable = true;
+            for (unsigned bit = ShiftMask; bit <= Mod5Mask; bit <<= 1)
+                if ((*mods & bit) && modifierKeycode(bit) == 0) reachable = false;
+            const int cost = __builtin_popcount(*mods);
+            if (reachable && (!best || cost < bestCost)) {
+                best = Typing{static_cast<KeyCode>(code), *mods};
+                bestCost = cost;
+            }
+        }
+    }
+    return best;
+}
+
+KeyCode Keyboard::modifierKeycode(unsigned bit) {
+    if (m_xkbStale) loadXkb();
+    if (!m_xkb || !m_xkb->map || !m_xkb->map->modmap) return 0;
+    for (int code = m_xkb->min_key_code; code <= m_xkb->max_key_code; ++code)
+        if ((m_xkb->map->modmap[code] & bit) && XkbKeyNumSyms(m_xkb, code) > 0) return static_cast<KeyCode>(code);
+    return 0;
 }
 
 }  // namespace tarvoke::platform::x11

@@ -6,9 +6,12 @@
 
 #include "platform/x11/connection.h"
 
+#include <X11/XKBlib.h>
+
 #include <chrono>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <unordered_map>
 #include <vector>
 
@@ -25,6 +28,16 @@ public:
     const std::vector<KeyCode>& keycodesOf(KeySym keysym);
     // The level (0 plain, 1 shifted, ...) at which a keycode carries the keysym; -1 if not.
     int levelOf(KeyCode keycode, KeySym keysym);
+    // How to type a keysym on the map and group in force: a keycode that
+    // carries it, and the modifiers (Shift, Mod5 for AltGr ...) its level
+    // needs. Nothing when no key carries it in this group.
+    struct Typing {
+        KeyCode code = 0;
+        unsigned mods = 0;
+    };
+    std::optional<Typing> typingOf(KeySym keysym);
+    // A keycode that sets the real modifier bit (ShiftMask ... Mod5Mask); 0 if none.
+    KeyCode modifierKeycode(unsigned bit);
     // The X keycode of a physical key (evdev code + 8); 0 when out of range.
     KeyCode keycodeOfEvdev(uint16_t evdevCode) const;
 
@@ -32,7 +45,8 @@ public:
     // keycode, in one batch, and waits until the server has them (one round
     // trip, none when nothing needed binding). A binding stays until its
     // keycode is needed for another keysym and is not held down.
-    void bindSpares(const std::vector<KeySym>& keysyms);
+    // With forTyping, a keysym counts as carried only when typingOf finds it.
+    void bindSpares(const std::vector<KeySym>& keysyms, bool forTyping = false);
     void setHeld(KeyCode keycode, bool held);
     // Changes whenever the map may have changed (another client's change, or
     // a binding of ours), for those who keep answers drawn from it.
@@ -42,6 +56,17 @@ private:
     void load();
     void onEvent(XEvent& event);
     KeyCode takeSpare();
+    void loadXkb();
+    std::optional<Typing> findTyping(KeySym keysym);
+
+    // The XKB map (key types, symbols per group, modifier map) and the
+    // group in force, both followed through XKB's notify events.
+    XkbDescPtr m_xkb = nullptr;
+    int m_xkbEventBase = -1;
+    int m_group = 0;
+    bool m_xkbStale = true;
+    std::unordered_map<KeySym, std::optional<Typing>> m_typings;  // for m_group, cleared with the map
+    int m_typingsGroup = 0;
 
     Connection& m_x;
     int m_min = 8;

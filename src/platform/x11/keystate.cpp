@@ -1,6 +1,10 @@
 #include "platform/x11/keystate.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
+
+#include <X11/keysym.h>
 
 #include <X11/extensions/XInput2.h>
 
@@ -58,6 +62,7 @@ X11KeyState::X11KeyState(Connection& connection, Keyboard& keyboard) : m_x(conne
     if (present) m_opcode = extension->major_opcode;
     std::free(extension);
     if (!present || !versionOk) return;
+    findTestDevices();
     selectRawEvents(false);
     m_x.onEvent([this](XEvent& e) { onEvent(e); });
     // Keys already down at the start count as down, not as pressed.
@@ -69,11 +74,11 @@ void X11KeyState::selectRawEvents(bool withPointer) {
     unsigned char bits[XIMaskLen(XI_LASTEVENT)] = {};
     XISetMask(bits, XI_RawKeyPress);
     XISetMask(bits, XI_RawKeyRelease);
-    if (withPointer) {
-        XISetMask(bits, XI_RawButtonPress);
-        XISetMask(bits, XI_RawButtonRelease);
-        XISetMask(bits, XI_RawMotion);
-    }
+    // Buttons always, for the echoes of our clicks; motion, which comes in
+    // floods, only for the recorder.
+    XISetMask(bits, XI_RawButtonPress);
+    XISetMask(bits, XI_RawButtonRelease);
+    if (withPointer) XISetMask(bits, XI_RawMotion);
     XIEventMask mask{XIAllMasterDevices, sizeof bits, bits};
     XISelectEvents(m_x.display(), m_x.root(), &mask, 1);
 }
@@ -120,6 +125,14 @@ void X11KeyState::onEvent(XEvent& event) {
     default: return;
     }
     if (index >= m_down.size()) return;
+    const bool test = std::find(m_testDevices.begin(), m_testDevices.end(), raw->sourceid) != m_testDevices.end();
+    if (test) ++(index < kButtonBase ? m_keyEchoes : m_buttonEchoes);
+    if (!test && index < kButtonBase && m_userDown[index] != press) {
+        m_userDown[index] = press;
+        m_userKeysDown += press ? 1 : -1;
+    }
+    // Without the recorder's interest, buttons are asked of the server.
+    if (index >= kButtonBase && !m_followsPointer) return;
     m_down[index] = press;
     ++m_changes;
     if (press) m_lastPress[index] = ++m_presses;
@@ -142,6 +155,53 @@ bool X11KeyState::pressedSinceLastRead(uint8_t vk) {
     const bool pressed = host::isVirtualKeyDown(vk, *m_pressedView);
     m_lastRead[vk] = m_presses;
     return pressed;
+}
+
+}  // namespace tarvoke::platform::x11
+
+namespace tarvoke::platform::x11 {
+
+// The server names the XTest slave of each master "<master> XTEST
+// keyboard" and "<master> XTEST pointer".
+void X11KeyState::findTestDevices() {
+    int count = 0;
+    XIDeviceInfo* devices = XIQueryDevice(m_x.display(), XIAllDevices, &count);
+    for (int i = 0; i < count; ++i) {
+        const char* name = devices[i].name;
+        if (devices[i].use != XISlaveKeyboard && devices[i].use != XISlavePointer) continue;
+        if (name && std::strstr(name, " XTEST ")) m_testDevices.push_back(devices[i].deviceid);
+    }
+    if (devices) XIFreeDeviceInfo(devices);
+}
+
+bool X11KeyState::userModifierDown() {
+    if (m_userKeysDown <= 0) return false;
+    static constexpr KeySym kModifiers[] = {XK_Shift_L,   XK_Shift_R, XK_Control_L, XK_Control_R,      XK_Alt_L,
+                                            XK_Alt_R,     XK_Meta_L,  XK_Meta_R,    XK_Super_L,        XK_Super_R,
+                                            XK_Hyper_L,   XK_Hyper_R, XK_ISO_Level3_Shift, XK_Mode_switch};
+    for (KeySym keysym : kModifiers)
+        for (KeyCode code : m_keyboard.keycodesOf(keysym))
+            if (m_userDown[code]) return true;
+    return false;
+}
+
+void X11KeyState::claimStopKey(bool claimed) {
+    if (claimed == (m_stopKey != 0)) return;
+    if (claimed) {
+        const auto& codes = m_keyboard.keycodesOf(XK_0);
+        if (codes.empty()) return;
+        m_stopKey = codes.front();
+    }
+    // Every combination of the lock modifiers (Caps Lock, Num Lock), which
+    // a passive grab would otherwise have to match exactly.
+    for (unsigned locks : {0u, unsigned{LockMask}, unsigned{Mod2Mask}, unsigned{LockMask | Mod2Mask}}) {
+        if (claimed)
+            XGrabKey(m_x.display(), m_stopKey, ControlMask | locks, m_x.root(), False, GrabModeAsync, GrabModeAsync);
+        else
+            XUngrabKey(m_x.display(), m_stopKey, ControlMask | locks, m_x.root());
+    }
+    if (!claimed) m_stopKey = 0;
+    m_x.flush();
 }
 
 }  // namespace tarvoke::platform::x11

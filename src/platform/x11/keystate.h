@@ -10,6 +10,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "host/keytable.h"
 #include "platform/keystate.h"
@@ -34,6 +35,23 @@ public:
     // pointer is followed; a warp by another program is not among them.
     uint64_t motions() const { return m_motions; }
 
+    // Raw events of the XTest devices (our input, and any other tool's) as
+    // the server has delivered them to the master devices: a master frozen
+    // by a window manager's synchronous grab delivers them only once it
+    // thaws, so an echo tells that every earlier event of that device is
+    // through.
+    uint64_t keyEchoes() const { return m_keyEchoes; }
+    uint64_t buttonEchoes() const { return m_buttonEchoes; }
+    // A modifier (Shift, Ctrl, Alt, Super, AltGr) held down on a real
+    // keyboard, not by XTest: the user is typing a shortcut.
+    bool userModifierDown();
+    // Takes Ctrl+0 with a passive grab on the root window, so that the stop
+    // key reaches no application while a run is active; false lets it go.
+    void claimStopKey(bool claimed) override;
+    // The devices whose events are ours (the XTest slaves); a test without a
+    // second keyboard takes them out to play the user with XTest.
+    std::vector<int>& testDevices() { return m_testDevices; }
+
 private:
     void onEvent(XEvent& event);
     // Raw key events, and with the pointer raw button and motion events.
@@ -41,6 +59,7 @@ private:
     void fillKeysFromServer();
     void fillButtonsFromServer();
     bool buttonDown(size_t index);
+    void findTestDevices();
 
     Connection& m_x;
     Keyboard& m_keyboard;
@@ -66,6 +85,13 @@ private:
     uint64_t m_changes = 0;
     uint64_t m_answersChanges = 0;
     uint64_t m_answersMap = 0;
+    // The XTest slave devices, and the keycodes down on the other ones.
+    std::vector<int> m_testDevices;
+    std::array<bool, 256> m_userDown{};
+    int m_userKeysDown = 0;
+    uint64_t m_keyEchoes = 0;
+    uint64_t m_buttonEchoes = 0;
+    KeyCode m_stopKey = 0;
 };
 
 }  // namespace tarvoke::platform::x11

@@ -145,16 +145,31 @@ X11Programs::~X11Programs() = default;
 void X11Programs::applyStateLater(long pid, int32_t show) {
     const uint64_t id = m_nextWatch++;
     const auto started = std::chrono::steady_clock::now();
+    // The windows that were there before the start, for programs that do
+    // not say their process id.
+    const std::vector<Window> before = m_windows.clientWindows();
+    std::set<Window> known(before.begin(), before.end());
     // The watch ends itself from its tick: nothing may follow the erase.
-    m_watches[id] = m_loop.every(std::chrono::milliseconds(kStatePollMs), [this, id, pid, show, started] {
-        if (lookFor(pid, show, started)) m_watches.erase(id);
-    });
+    m_watches[id] = m_loop.every(std::chrono::milliseconds(kStatePollMs),
+                                 [this, id, pid, show, started, known = std::move(known)] {
+                                     if (lookFor(pid, show, started, known)) m_watches.erase(id);
+                                 });
 }
 
-bool X11Programs::lookFor(long pid, int32_t show, std::chrono::steady_clock::time_point started) {
+bool X11Programs::lookFor(long pid, int32_t show, std::chrono::steady_clock::time_point started,
+                          const std::set<Window>& known) {
+    // The program's own window, else the first new one without a process
+    // id (xcalc, xedit and other plain Xt programs publish none).
+    Window unclaimed = None;
     for (Window window : m_windows.clientWindows()) {
-        if (m_windows.processOf(window) != static_cast<unsigned long>(pid)) continue;
+        const unsigned long owner = m_windows.processOf(window);
+        if (owner == 0 && unclaimed == None && known.count(window) == 0) unclaimed = window;
+        if (owner != static_cast<unsigned long>(pid)) continue;
         applyState(window, show);
+        return true;
+    }
+    if (unclaimed != None) {
+        applyState(unclaimed, show);
         return true;
     }
     return std::chrono::steady_clock::now() - started > std::chrono::milliseconds(kStateWatchMs);

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -32,14 +33,17 @@ public:
                       int32_t show) override;
 
 private:
-    // For up to five seconds, the first client window of process pid is
-    // iconified (show 2) or maximized (show 3), watched from the event loop.
+    // For up to five seconds, the first client window of process pid (or,
+    // for a program that names none, the first new window) is iconified
+    // (show 2) or maximized (show 3), watched from the event loop.
     void applyStateLater(long pid, int32_t show);
     void applyState(unsigned long window, int32_t show);
 
-    // One look for the first client window of pid; true when the watch is
-    // over (the window was found, or the time is up).
-    bool lookFor(long pid, int32_t show, std::chrono::steady_clock::time_point started);
+    // One look for the first client window of pid, or the first one not
+    // known at the start that names no process; true when the watch is over
+    // (the window was found, or the time is up).
+    bool lookFor(long pid, int32_t show, std::chrono::steady_clock::time_point started,
+                 const std::set<Window>& known);
 
     X11Windows& m_windows;
     EventLoop& m_loop;

@@ -1,5 +1,7 @@
 #include "platform/x11/windows.h"
 
+#include "platform/textcase.h"
+
 #include <X11/Xatom.h>
 #include <X11/Xutil.h>
 
@@ -64,8 +66,8 @@ std::string X11Windows::title(WindowId window) {
 
 bool X11Windows::matches(Window window, const std::optional<std::string>& windowClass,
                          const std::optional<std::string>& title) {
-    if (windowClass && className(window) != *windowClass) return false;
-    return !title || this->title(window) == *title;
+    if (windowClass && !equalIgnoringCase(className(window), *windowClass)) return false;
+    return !title || equalIgnoringCase(this->title(window), *title);
 }
 
 WindowId X11Windows::firstMatch(const std::vector<Window>& windows, WindowId after,

@@ -9,11 +9,11 @@ std::unique_ptr<X11Platform> X11Platform::open(EventLoop& loop) {
     Connection& x = *result->m_connection;
     result->m_keyboard = std::make_unique<Keyboard>(x);
     result->m_keys = std::make_unique<X11KeyState>(x, *result->m_keyboard);
-    result->m_input = std::make_unique<X11Input>(x, *result->m_keyboard, *result->m_keys);
+    result->m_clock = std::make_unique<RealClock>(loop);
+    result->m_input = std::make_unique<X11Input>(x, *result->m_keyboard, *result->m_keys, *result->m_clock);
     result->m_windows = std::make_unique<X11Windows>(x);
     result->m_programs = std::make_unique<X11Programs>(*result->m_windows, loop);
     result->m_screen = std::make_unique<X11Screen>(x);
-    result->m_clock = std::make_unique<RealClock>(loop);
     return result;
 }
 

@@ -36,11 +36,11 @@ private:
     std::unique_ptr<Connection> m_connection;
     std::unique_ptr<Keyboard> m_keyboard;
     std::unique_ptr<X11KeyState> m_keys;
+    std::unique_ptr<RealClock> m_clock;
     std::unique_ptr<X11Input> m_input;
     std::unique_ptr<X11Windows> m_windows;
     std::unique_ptr<X11Programs> m_programs;
     std::unique_ptr<X11Screen> m_screen;
-    std::unique_ptr<RealClock> m_clock;
 };
 
 }  // namespace tarvoke::platform::x11
