@@ -5,6 +5,7 @@
 // keysyms and evdev codes into keycodes of the map in force.
 
 #include "platform/x11/connection.h"
+#include "platform/x11/leftovers.h"
 
 #include <chrono>
 #include <cstdint>
@@ -42,6 +43,8 @@ private:
     void load();
     void onEvent(XEvent& event);
     KeyCode takeSpare();
+    // Lists the bound spares where the next start finds them if we are killed.
+    void publishBound();
 
     Connection& m_x;
     int m_min = 8;
@@ -56,6 +59,7 @@ private:
     std::chrono::steady_clock::time_point m_lastBinding;
     int m_ownChanges = 0;                   // mapping notices that our own bindings will cause
     std::unordered_map<KeySym, std::vector<KeyCode>> m_codesOf;  // cache of keycodesOf, cleared with the map
+    SpareKeycodeRecord m_record{m_x};
 };
 
 }  // namespace tarvoke::platform::x11
