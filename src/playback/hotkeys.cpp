@@ -44,4 +44,6 @@ std::vector<Hotkey> pollHotkeys(platform::KeyState& keys, HotkeyConditions condi
     return fired;
 }
 
+bool stopKeysDown(platform::KeyState& keys) { return keys.isDown(kControl) && keys.isDown(48); }
+
 }  // namespace tarvoke::playback

@@ -31,4 +31,8 @@ struct HotkeyConditions {
 // key that merely stays down fires once.
 std::vector<Hotkey> pollHotkeys(platform::KeyState& keys, HotkeyConditions conditions = {});
 
+// Whether Ctrl+0 is held now; takes no "pressed since" bit, so the poll
+// still sees the press.
+bool stopKeysDown(platform::KeyState& keys);
+
 }  // namespace tarvoke::playback
