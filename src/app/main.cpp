@@ -4,6 +4,7 @@
 #include <QTimer>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <unistd.h>
 
 #include "app/app.h"
@@ -14,6 +15,7 @@
 #include "platform/qimage/qimagepictures.h"
 #include "platform/loop/qtloop.h"
 #include "platform/x11/x11platform.h"
+#include "playback/hotkeys.h"
 
 namespace {
 
@@ -33,9 +35,43 @@ platform::x11::X11Platform* g_desktop = nullptr;
     ::_exit(status);
 }
 
+constexpr int kInternalErrorStatus = 70;
+
+// An exception that escapes, also one that cannot unwind through Qt's
+// frames, ends the program with one line, the keys let go first.
+[[noreturn]] void endOnError(const char* what) {
+    std::fprintf(stderr, "tarvoke: internal error%s%s\n", what ? ": " : "", what ? what : "");
+    endProcessNow(kInternalErrorStatus);
+}
+
+[[noreturn]] void endOnUncaught() {
+    try {
+        if (const std::exception_ptr error = std::current_exception()) std::rethrow_exception(error);
+    } catch (const std::exception& error) {
+        endOnError(error.what());
+    } catch (...) {
+    }
+    endOnError(nullptr);
+}
+
+int run(int argc, char** argv);
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    std::set_terminate(endOnUncaught);
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& error) {
+        endOnError(error.what());
+    } catch (...) {
+        endOnError(nullptr);
+    }
+}
+
+namespace {
+
+int run(int argc, char** argv) {
     // The program acts on X11 windows, so in a Wayland session its own
     // windows live on XWayland too.
     const bool wayland = inWaylandSession();
@@ -55,12 +91,23 @@ int main(int argc, char** argv) {
         return 2;
     }
     g_desktop = desktop.get();
+    // Goes before the desktop: an error on its way out lets go of the keys.
+    struct ForgetDesktop {
+        ~ForgetDesktop() {
+            if (g_desktop) g_desktop->input().releaseAll();
+            g_desktop = nullptr;
+        }
+    } forgetDesktop;
     platform::qimage::QImagePictures pictures;
     platform::Platform platform = desktop->platform(&scriptMessages);
     platform.pictures = &pictures;
 
     app::App app({programFolder, app::settingsFolder(programFolder) / "settings.dat", platform, &dialogs,
                   endProcessNow, nullptr});
+
+    // A long step (a huge text, the dump) gives up when Ctrl+0 is held, so
+    // that the stop the hotkey poll then sees ends the run at once.
+    app.session.stopRequested = [&desktop] { return playback::stopKeysDown(desktop->keys()); };
 
     // Form_Initialize of the splash.
     app::WriteManifest();
@@ -80,3 +127,5 @@ int main(int argc, char** argv) {
         });
     return application.exec();
 }
+
+}  // namespace

@@ -35,7 +35,10 @@ std::unique_ptr<Desktop> Desktop::open(platform::EventLoop& loop) {
 
 Desktop::Desktop(platform::EventLoop& loop) : m_loop(loop), m_messages(loop) {}
 
-Desktop::~Desktop() = default;
+// Also on the way out of an error.
+Desktop::~Desktop() {
+    if (m_x11) m_x11->input().releaseAll();
+}
 
 platform::Platform Desktop::platform() { return m_x11->platform(&m_messages); }
 
@@ -48,6 +51,8 @@ void Desktop::pollHotkeysOnce(const std::function<void()>& onStop) {
     for (playback::Hotkey hotkey : playback::pollHotkeys(m_x11->keys()))
         if (hotkey == playback::Hotkey::Stop) onStop();
 }
+
+bool Desktop::stopKeysDown() { return playback::stopKeysDown(m_x11->keys()); }
 
 void Desktop::releaseAll() { m_x11->input().releaseAll(); }
 

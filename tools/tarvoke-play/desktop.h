@@ -36,6 +36,8 @@ public:
     void pollHotkeys(std::function<void()> onStop);
     // One poll, for a caller with a timer of its own.
     void pollHotkeysOnce(const std::function<void()>& onStop);
+    // Whether Ctrl+0 is held now, read without a turn of the loop.
+    bool stopKeysDown();
     // Releases every key and button that the run pressed and did not release.
     void releaseAll();
     // Closes the message boxes of the run that are still open.
