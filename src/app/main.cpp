@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QTimer>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -107,7 +108,15 @@ int run(int argc, char** argv) {
 
     // A long step (a huge text, the dump) gives up when Ctrl+0 is held, so
     // that the stop the hotkey poll then sees ends the run at once.
-    app.session.stopRequested = [&desktop] { return playback::stopKeysDown(desktop->keys()); };
+    // The key state learns of it from events that a turn of the loop reads:
+    // a long step reads them itself, at most once a millisecond.
+    app.session.stopRequested = [&desktop, last = std::chrono::steady_clock::time_point()]() mutable {
+        const auto now = std::chrono::steady_clock::now();
+        if (now - last < std::chrono::milliseconds(1)) return false;
+        last = now;
+        desktop->connection().drainEvents();
+        return playback::stopKeysDown(desktop->keys());
+    };
 
     // Form_Initialize of the splash.
     app::WriteManifest();

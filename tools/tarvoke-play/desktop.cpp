@@ -1,5 +1,6 @@
 #include "desktop.h"
 
+#include <chrono>
 #include <cstdlib>
 
 #include "platform/x11/x11platform.h"
@@ -52,7 +53,15 @@ void Desktop::pollHotkeysOnce(const std::function<void()>& onStop) {
         if (hotkey == playback::Hotkey::Stop) onStop();
 }
 
-bool Desktop::stopKeysDown() { return playback::stopKeysDown(m_x11->keys()); }
+bool Desktop::stopKeysDown() {
+    // The key state learns of Ctrl+0 from events that a turn of the loop
+    // reads; a long step reads them itself, at most once a millisecond.
+    const auto now = std::chrono::steady_clock::now();
+    if (now - m_lastKeyRead < std::chrono::milliseconds(1)) return false;
+    m_lastKeyRead = now;
+    m_x11->connection().drainEvents();
+    return playback::stopKeysDown(m_x11->keys());
+}
 
 void Desktop::releaseAll() { m_x11->input().releaseAll(); }
 

@@ -3,6 +3,7 @@
 // shown by a helper program, and the hotkey poll that lets Ctrl+0 stop the
 // run.
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -49,6 +50,7 @@ private:
     std::unique_ptr<platform::x11::X11Platform> m_x11;
     HelperMessageBoxes m_messages;
     std::unique_ptr<platform::EventLoop::Handle> m_poll;
+    std::chrono::steady_clock::time_point m_lastKeyRead;
 };
 
 }  // namespace tarvoke::player
