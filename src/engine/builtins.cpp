@@ -133,7 +133,9 @@ void SC::runTextCommand(int32_t functionID) {
     auto& p = m_statements[m_lngCurrentLine].sParameter;
     GetVariable(p[0]);
     if (m_value.lngValueType != kText) return;
-    // The value in hand is the text itself: a long text is not copied again.
+    // For a text variable the value in hand is its text, so a long text is
+    // not copied again; any other name is taken as it stands.
+    if (slotsOf(p[0]).text < 0) m_value.sValue = GetVariableAsString(p[0]);
     const std::string second = GetVariableAsString(p[1]);
     const std::string third = GetVariableAsString(p[2]);
     if (functionID == static_cast<int32_t>(Command::Parse)) {
