@@ -173,7 +173,7 @@ class Run:
 
 def main():
     player = sys.argv[1]
-    areas = [a for a in sys.argv[2:] if a != "--sanitized"] or ["stops", "bad_files", "memory", "dry_run_writes"]
+    areas = [a for a in sys.argv[2:] if a and a != "--sanitized"] or ["stops", "bad_files", "memory", "dry_run_writes"]
     failures = []
     with tempfile.TemporaryDirectory() as folder:
         run = Run(player, folder)
