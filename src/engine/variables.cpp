@@ -65,9 +65,12 @@ struct Operand {
     double asDouble() const { return type == kLong ? lng : dbl; }
 };
 
-Operand takeOperand(const ValueSlot& slot) {
+// Takes the text out of the slot rather than copying it: a side of a
+// condition may be a text of hundreds of megabytes. (The slot's text is read
+// only while its tag says text, so nothing sees it go.)
+Operand takeOperand(ValueSlot& slot) {
     Operand operand{slot.lngValueType, {}, slot.lngValue, slot.dblValue};
-    if (slot.lngValueType == kText) operand.text = slot.sValue;
+    if (slot.lngValueType == kText) operand.text = std::move(slot.sValue);
     return operand;
 }
 
@@ -371,11 +374,16 @@ bool SC::Evaluate(const std::string& inputParameters) {
     if (!resolve(left)) return false;
     const Operand a = takeOperand(m_value);
     if (!resolve(right)) return false;
-    const Operand b = takeOperand(m_value);
+    Operand b = takeOperand(m_value);
 
-    if (a.type == kText || b.type == kText) return compare(found.op, a.asText(), b.asText());
-    if (a.type == kLong && b.type == kLong) return compare(found.op, a.lng, b.lng);
-    return compare(found.op, a.asDouble(), b.asDouble());
+    bool result = false;
+    if (a.type == kText && b.type == kText) result = compare(found.op, a.text, b.text);
+    else if (a.type == kText || b.type == kText) result = compare(found.op, a.asText(), b.asText());
+    else if (a.type == kLong && b.type == kLong) result = compare(found.op, a.lng, b.lng);
+    else result = compare(found.op, a.asDouble(), b.asDouble());
+    // The value in hand keeps the right side's text, as a look-up leaves it.
+    if (b.type == kText) m_value.sValue = std::move(b.text);
+    return result;
 }
 
 }  // namespace tarvoke::engine
