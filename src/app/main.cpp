@@ -110,12 +110,14 @@ int run(int argc, char** argv) {
     // that the stop the hotkey poll then sees ends the run at once.
     // The key state learns of it from events that a turn of the loop reads:
     // a long step reads them itself, at most once a millisecond.
-    app.session.stopRequested = [&desktop, last = std::chrono::steady_clock::time_point()]() mutable {
+    app.session.stopRequested = [&app, &desktop, last = std::chrono::steady_clock::time_point()]() mutable {
         const auto now = std::chrono::steady_clock::now();
         if (now - last < std::chrono::milliseconds(1)) return false;
         last = now;
         desktop->connection().drainEvents();
-        return playback::stopKeysDown(desktop->keys());
+        if (!playback::stopKeysDown(desktop->keys())) return false;
+        app.session.stopKeysSeen = true;
+        return true;
     };
 
     // Form_Initialize of the splash.

@@ -51,6 +51,9 @@ struct Session {
     // the run at once; the loop then ends it at the next yield.
     std::function<bool()> stopRequested;
     bool stopPending() const { return stopRequested && stopRequested(); }
+    // Set where stopRequested saw Ctrl+0 held: the next hotkey poll stops the
+    // run even when the keys are up again by then.
+    bool stopKeysSeen = false;
 
     // The screen module: the image store and the colour ranges.
     screen::ImageStore imageTable;

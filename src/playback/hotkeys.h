@@ -19,6 +19,9 @@ enum class Hotkey {
 struct HotkeyConditions {
     bool correctTimeRunning = false;
     bool recording = false;
+    // A long step saw Ctrl+0 held (stopKeysDown) and gave up: Stop fires
+    // even if the keys are up again by this tick.
+    bool stopSeen = false;
 };
 
 // The hotkeys that fire in this tick, in the order they are to be carried

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <utility>
 
 #include "platform/x11/x11platform.h"
 #include "playback/hotkeys.h"
@@ -49,7 +50,7 @@ void Desktop::pollHotkeys(std::function<void()> onStop) {
 }
 
 void Desktop::pollHotkeysOnce(const std::function<void()>& onStop) {
-    for (playback::Hotkey hotkey : playback::pollHotkeys(m_x11->keys()))
+    for (playback::Hotkey hotkey : playback::pollHotkeys(m_x11->keys(), {.stopSeen = std::exchange(m_stopSeen, false)}))
         if (hotkey == playback::Hotkey::Stop) onStop();
 }
 
@@ -57,10 +58,12 @@ bool Desktop::stopKeysDown() {
     // The key state learns of Ctrl+0 from events that a turn of the loop
     // reads; a long step reads them itself, at most once a millisecond.
     const auto now = std::chrono::steady_clock::now();
-    if (now - m_lastKeyRead < std::chrono::milliseconds(1)) return false;
+    if (now - m_lastKeyRead < std::chrono::milliseconds(1)) return m_stopSeen;
     m_lastKeyRead = now;
     m_x11->connection().drainEvents();
-    return playback::stopKeysDown(m_x11->keys());
+    // Held now, perhaps up again by the next poll: that poll stops the run all the same.
+    if (playback::stopKeysDown(m_x11->keys())) m_stopSeen = true;
+    return m_stopSeen;
 }
 
 void Desktop::releaseAll() { m_x11->input().releaseAll(); }

@@ -51,6 +51,7 @@ private:
     HelperMessageBoxes m_messages;
     std::unique_ptr<platform::EventLoop::Handle> m_poll;
     std::chrono::steady_clock::time_point m_lastKeyRead;
+    bool m_stopSeen = false;
 };
 
 }  // namespace tarvoke::player
