@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds Tarvoke and runs every test: the logic and
 # script tests in parallel, a sanitizer pass over the core and the player, a
-# bounded fuzzing run of the script loader,
+# bounded fuzzing run of the script loader and of the dry-run player,
 # and the desktop tests one at a time on a private X server.
 set -euo pipefail
 cd "$(dirname "$0")"
@@ -24,7 +24,9 @@ cmake --build build-asan -j "$jobs"
 ctest --test-dir build-asan -j "$jobs" -LE desktop --output-on-failure
 
 echo "== fuzzing the script loader (libFuzzer, 25 s)"
-tests/fuzz/run.sh 25
+tests/fuzz/run.sh 25 loader
+echo "== fuzzing the dry-run player (libFuzzer, 25 s)"
+tests/fuzz/run.sh 25 player
 
 if ctest --test-dir build -N -L desktop | grep -q "Total Tests: [1-9]"; then
   echo "== desktop tests"

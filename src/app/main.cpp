@@ -2,8 +2,10 @@
 
 #include <QApplication>
 #include <QTimer>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <string_view>
 #include <unistd.h>
 
@@ -15,6 +17,7 @@
 #include "platform/qimage/qimagepictures.h"
 #include "platform/loop/qtloop.h"
 #include "platform/x11/x11platform.h"
+#include "playback/hotkeys.h"
 
 namespace {
 
@@ -34,6 +37,27 @@ platform::x11::X11Platform* g_desktop = nullptr;
     ::_exit(status);
 }
 
+constexpr int kInternalErrorStatus = 70;
+
+// An exception that escapes, also one that cannot unwind through Qt's
+// frames, ends the program with one line, the keys let go first.
+[[noreturn]] void endOnError(const char* what) {
+    std::fprintf(stderr, "tarvoke: internal error%s%s\n", what ? ": " : "", what ? what : "");
+    endProcessNow(kInternalErrorStatus);
+}
+
+[[noreturn]] void endOnUncaught() {
+    try {
+        if (const std::exception_ptr error = std::current_exception()) std::rethrow_exception(error);
+    } catch (const std::exception& error) {
+        endOnError(error.what());
+    } catch (...) {
+    }
+    endOnError(nullptr);
+}
+
+int run(int argc, char** argv);
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -41,6 +65,19 @@ int main(int argc, char** argv) {
         std::printf("tarvoke %s\n", TARVOKE_VERSION);
         return 0;
     }
+    std::set_terminate(endOnUncaught);
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& error) {
+        endOnError(error.what());
+    } catch (...) {
+        endOnError(nullptr);
+    }
+}
+
+namespace {
+
+int run(int argc, char** argv) {
     // The program acts on X11 windows, so in a Wayland session its own
     // windows live on XWayland too.
     const bool wayland = inWaylandSession();
@@ -60,12 +97,33 @@ int main(int argc, char** argv) {
         return 2;
     }
     g_desktop = desktop.get();
+    // Goes before the desktop: an error on its way out lets go of the keys.
+    struct ForgetDesktop {
+        ~ForgetDesktop() {
+            if (g_desktop) g_desktop->input().releaseAll();
+            g_desktop = nullptr;
+        }
+    } forgetDesktop;
     platform::qimage::QImagePictures pictures;
     platform::Platform platform = desktop->platform(&scriptMessages);
     platform.pictures = &pictures;
 
     app::App app({programFolder, app::settingsFolder(programFolder) / "settings.dat", platform, &dialogs,
                   endProcessNow, nullptr});
+
+    // A long step (a huge text, the dump) gives up when Ctrl+0 is held, so
+    // that the stop the hotkey poll then sees ends the run at once.
+    // The key state learns of it from events that a turn of the loop reads:
+    // a long step reads them itself, at most once a millisecond.
+    app.session.stopRequested = [&app, &desktop, last = std::chrono::steady_clock::time_point()]() mutable {
+        const auto now = std::chrono::steady_clock::now();
+        if (now - last < std::chrono::milliseconds(1)) return false;
+        last = now;
+        desktop->connection().drainEvents();
+        if (!playback::stopKeysDown(desktop->keys())) return false;
+        app.session.stopKeysSeen = true;
+        return true;
+    };
 
     // Form_Initialize of the splash.
     app::WriteManifest();
@@ -85,3 +143,5 @@ int main(int argc, char** argv) {
         });
     return application.exec();
 }
+
+}  // namespace

@@ -1,5 +1,7 @@
 #include "app/playtimers.h"
 
+#include <utility>
+
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QThread>
@@ -70,7 +72,8 @@ bool PlayTimers::playXSelected() const { return isPlayXSelected && isPlayXSelect
 void PlayTimers::pollHotkeys() {
     platform::KeyState* keys = m_app.keys();
     if (!keys) return;
-    const auto fired = playback::pollHotkeys(*keys, {correctTimeTimerOn(), m_app.recorder.bRecording});
+    const auto fired = playback::pollHotkeys(
+        *keys, {correctTimeTimerOn(), m_app.recorder.bRecording, std::exchange(m_app.session.stopKeysSeen, false)});
     for (playback::Hotkey hotkey : fired) {
         const std::function<void()>& action = hotkey == playback::Hotkey::Stop    ? m_actions.stop
                                               : hotkey == playback::Hotkey::Pause ? m_actions.pause

@@ -62,13 +62,16 @@ QByteArray encodeScriptText(const QString& text) { return text.toUtf8(); }
 
 #include "app/dialogs.h"
 #include "app/filesave.h"
+#include "platform/fileread.h"
 
 namespace tarvoke::app {
 
 std::optional<QString> readScriptFile(const std::string& path) {
-    QFile file(QFile::decodeName(QByteArray::fromStdString(path)));
-    if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
-    return decodeScriptBytes(file.readAll());
+    platform::ReadLimits limits;
+    limits.maxBytes = platform::kMaxScriptBytes;
+    const platform::ReadResult read = platform::readRegularFile(path, limits);
+    if (!read) return std::nullopt;
+    return decodeScriptBytes(QByteArray::fromStdString(read.bytes));
 }
 
 bool saveScriptFile(Dialogs& dialogs, const std::string& path, const QString& text) {

@@ -1,11 +1,10 @@
 #include "app/settings.h"
 
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <unistd.h>
 
 #include "app/filesave.h"
+#include "platform/fileread.h"
 
 namespace tarvoke::app {
 
@@ -51,10 +50,12 @@ std::filesystem::path settingsFolder(const std::filesystem::path& programFolder)
 }
 
 LoadedSettings LoadSettings(const std::filesystem::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    if (!in) return {Settings{}, true};
-    const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    return {parseSettings(text), false};
+    // A settings file holds a few bytes; anything larger is no settings file.
+    platform::ReadLimits limits;
+    limits.maxBytes = 1 << 20;
+    const platform::ReadResult read = platform::readRegularFile(file.string(), limits);
+    if (!read) return {Settings{}, true};
+    return {parseSettings(read.bytes), false};
 }
 
 void SaveSettings(const std::filesystem::path& file, const Settings& settings) {

@@ -59,23 +59,6 @@ std::optional<std::string> cut(const std::string& text, const std::string& start
     return text.substr(static_cast<size_t>(*start) - 1, static_cast<size_t>(*length));
 }
 
-// Empty when the result would be longer than limit.
-std::optional<std::string> replaceAll(const std::string& text, const std::string& find, const std::string& with,
-                                      size_t limit) {
-    if (find.empty()) return text;
-    if (with.size() > find.size()) {
-        size_t hits = 0;
-        for (size_t hit = 0; (hit = text.find(find, hit)) != std::string::npos; hit += find.size()) ++hits;
-        if (text.size() + hits * (with.size() - find.size()) > limit) return std::nullopt;
-    }
-    std::string out;
-    size_t start = 0;
-    for (size_t hit; (hit = text.find(find, start)) != std::string::npos; start = hit + find.size())
-        out.append(text, start, hit - start).append(with);
-    out.append(text, start, std::string::npos);
-    return out;
-}
-
 }  // namespace
 
 void SC::ExecuteBuiltin() {
@@ -150,13 +133,15 @@ void SC::runTextCommand(int32_t functionID) {
     auto& p = m_statements[m_lngCurrentLine].sParameter;
     GetVariable(p[0]);
     if (m_value.lngValueType != kText) return;
-    const std::string text = GetVariableAsString(p[0]);
+    // For a text variable the value in hand is its text, so a long text is
+    // not copied again; any other name is taken as it stands.
+    if (slotsOf(p[0]).text < 0) m_value.sValue = GetVariableAsString(p[0]);
     const std::string second = GetVariableAsString(p[1]);
     const std::string third = GetVariableAsString(p[2]);
     if (functionID == static_cast<int32_t>(Command::Parse)) {
-        if (auto piece = cut(text, second, third)) m_value.sValue = std::move(*piece);
+        if (auto piece = cut(m_value.sValue, second, third)) m_value.sValue = std::move(*piece);
     } else {
-        if (auto replaced = replaceAll(text, second, third, m_maxTextBytes)) m_value.sValue = std::move(*replaced);
+        if (auto replaced = replaceText(m_value.sValue, second, third)) m_value.sValue = std::move(*replaced);
     }
     AddSetVariable(p[0], kText, 11);
 }

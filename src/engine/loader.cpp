@@ -36,6 +36,7 @@ void SC::resetTables() {
     m_callStack.assign(1, 0);
     m_lngCallDepth = 0;
     m_stringVariables.assign(1, {});
+    m_textBytes = 0;
     m_longVariables.assign(1, {});
     m_doubleVariables.assign(1, {});
     m_names.clear();

@@ -25,6 +25,7 @@ void SC::Execute() {
         m_session.platform.clock->yield();
         if (m_lngCurrentLine > m_lngStatementCount || m_lngCurrentLine < 1) return;
         if (m_intExecuteType == 2 && m_countStatement) m_countStatement();
+        m_stepStopped = false;
         if (!runStatement()) return;
         ++m_lngCurrentLine;
         if (!m_blnRunning) return;
@@ -38,6 +39,7 @@ bool SC::runStatement() {
     const Statement& statement = m_statements[line];
     switch (static_cast<Command>(statement.functionID)) {
     case Command::Call:
+        if (m_lngCallDepth >= kMaxCallDepth) return true;
         ++m_lngCallDepth;
         if (static_cast<size_t>(m_lngCallDepth) >= m_callStack.size()) m_callStack.resize(m_lngCallDepth + 1);
         m_callStack[m_lngCallDepth] = line;

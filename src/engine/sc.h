@@ -8,6 +8,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -46,6 +47,9 @@ public:
 class SC {
 public:
     static constexpr int32_t kEndsRun = -1;
+    // A Call deeper than this fails as a failed step does: nothing happens.
+    static constexpr int32_t kMaxCallDepth = 100000;
+    static constexpr size_t kDefaultTextMemory = size_t{1} << 30;
 
     explicit SC(host::Session& session);
     // Statements point into the engine's own parameter store.
@@ -55,6 +59,9 @@ public:
     // Load. sInputCode receives the normalised text.
     void Initialize(std::string& sInputCode);
     std::string GetDebug() const;
+    // The dump, piece after piece, without building it whole; false when a
+    // stop came before its end.
+    bool writeDebug(const std::function<void(std::string_view)>& write) const;
     void StopExecution();
     void PauseExecution();
     void Execute();
@@ -76,6 +83,10 @@ public:
     // The longest text a variable holds, 2^31 - 1 bytes as the language's
     // texts; a step that would make a longer one fails. Tests lower it.
     void setMaxTextBytes(size_t bytes) { m_maxTextBytes = bytes; }
+    // The most all texts may hold together: the variables and the value in
+    // hand, and while a step works, the text it builds. A step beyond fails.
+    void setMaxTextMemory(size_t bytes) { m_maxTextMemory = bytes; }
+    size_t textMemory() const { return m_textBytes + m_value.sValue.size(); }
     // Called for every statement run while the execute type is 2.
     void setStatementCounter(std::function<void()> counter) { m_countStatement = std::move(counter); }
 
@@ -122,6 +133,11 @@ private:
     void runFunctionOfVariable(int32_t functionID);
     void runTextCommand(int32_t functionID);
     void runMessage();
+    bool fitsTexts(size_t newSize) const;
+    bool stopPending();
+    bool copyText(std::string& to, const std::string& from);
+    bool appendText(std::string& to, std::string_view piece);
+    std::optional<std::string> replaceText(const std::string& text, const std::string& find, const std::string& with);
 
     host::Session& m_session;
     ExternalCommands* m_external = nullptr;
@@ -148,6 +164,11 @@ private:
     std::unordered_map<std::string, NameSlots> m_names;
     ValueSlot m_value;
     size_t m_maxTextBytes = 2147483647;
+    size_t m_maxTextMemory = kDefaultTextMemory;
+    size_t m_textBytes = 0;  // held by the text variables
+    // Set when a long piece of the statement in hand saw a stop: the step
+    // then changes nothing.
+    bool m_stepStopped = false;
 };
 
 }  // namespace tarvoke::engine

@@ -11,6 +11,8 @@
 namespace tarvoke::engine {
 namespace {
 
+constexpr size_t kTextPiece = size_t{4} << 20;
+
 enum class Operator { Less, LessOrEqual, Greater, GreaterOrEqual, Equal, NotEqual };
 
 struct FoundOperator {
@@ -63,20 +65,13 @@ struct Operand {
     double asDouble() const { return type == kLong ? lng : dbl; }
 };
 
-Operand takeOperand(const ValueSlot& slot) {
+// Takes the text out of the slot rather than copying it: a side of a
+// condition may be a text of hundreds of megabytes. (The slot's text is read
+// only while its tag says text, so nothing sees it go.)
+Operand takeOperand(ValueSlot& slot) {
     Operand operand{slot.lngValueType, {}, slot.lngValue, slot.dblValue};
-    if (slot.lngValueType == kText) operand.text = slot.sValue;
+    if (slot.lngValueType == kText) operand.text = std::move(slot.sValue);
     return operand;
-}
-
-void removeAll(std::string& text, const std::string& what) {
-    if (what.empty()) return;
-    std::string out;
-    size_t start = 0;
-    for (size_t hit; (hit = text.find(what, start)) != std::string::npos; start = hit + what.size())
-        out.append(text, start, hit - start);
-    out.append(text, start, std::string::npos);
-    text = std::move(out);
 }
 
 std::string slotText(const ValueSlot& slot) {
@@ -86,6 +81,41 @@ std::string slotText(const ValueSlot& slot) {
 }
 
 }  // namespace
+
+bool SC::stopPending() {
+    if (!m_stepStopped && m_session.stopPending()) m_stepStopped = true;
+    return m_stepStopped;
+}
+
+// A text beyond a few megabytes takes long to copy (a fresh page of memory
+// is slow), so long texts are copied in pieces with a look at the stop
+// between them. On a stop the copy is left unfinished and the step changes
+// nothing.
+bool SC::appendText(std::string& to, std::string_view piece) {
+    for (size_t done = 0; done < piece.size(); done += kTextPiece) {
+        if (piece.size() > kTextPiece && stopPending()) return false;
+        to.append(piece.substr(done, kTextPiece));
+    }
+    return true;
+}
+
+bool SC::copyText(std::string& to, const std::string& from) {
+    if (&to == &from) return true;
+    if (from.size() <= kTextPiece) {
+        to = from;
+        return true;
+    }
+    to.clear();
+    to.reserve(from.size());
+    return appendText(to, from);
+}
+
+bool SC::fitsTexts(size_t newSize) const {
+    // The value in hand counts by what it holds on to, which a short value
+    // after a long one does not give back.
+    const size_t held = m_textBytes + m_value.sValue.capacity();
+    return newSize <= m_maxTextBytes && newSize <= m_maxTextMemory && held <= m_maxTextMemory - newSize;
+}
 
 bool SC::readLastPosition(const std::string& name, int32_t& value) const {
     if (name.size() != 2 || name[0] != 'l') return false;
@@ -116,7 +146,7 @@ bool SC::resolve(std::string& name) {
     const NameSlots slots = slotsOf(name);
     if (slots.text >= 0) {
         m_value.lngValueType = kText;
-        m_value.sValue = m_stringVariables[slots.text].value;
+        if (!copyText(m_value.sValue, m_stringVariables[slots.text].value)) m_value.sValue.clear();
         return true;
     }
     if (slots.lng >= 0) {
@@ -195,6 +225,7 @@ int32_t SC::appendVariable(const std::string& name, int32_t type) {
 
 void SC::AddSetVariable(const std::string& sVariableName, int32_t sVariableType, int32_t FUNCTION_ID) {
     if (sVariableType != kText && sVariableType != kLong && sVariableType != kDouble) return;
+    if (m_stepStopped) return;
     const NameSlots slots = slotsOf(sVariableName);
     int32_t index = sVariableType == kText ? slots.text : sVariableType == kLong ? slots.lng : slots.dbl;
     int32_t operation = FUNCTION_ID;
@@ -203,40 +234,92 @@ void SC::AddSetVariable(const std::string& sVariableName, int32_t sVariableType,
         index = appendVariable(sVariableName, sVariableType);
         operation = 11;
     }
-    if (sVariableType == kText) applyToText(m_stringVariables[index].value, operation);
+    if (sVariableType == kText) {
+        std::string& value = m_stringVariables[index].value;
+        const size_t before = value.size();
+        applyToText(value, operation);
+        m_textBytes = m_textBytes - before + value.size();
+    }
     else if (sVariableType == kLong) applyToLong(m_longVariables[index].value, operation);
     else applyToDouble(m_doubleVariables[index].value, operation);
 }
 
+// A text that would outgrow the longest text the language holds, or the
+// memory all texts may hold together, is a failed step: the variable stays
+// as it was. So does a step that a stop cut short.
 void SC::applyToText(std::string& value, int32_t FUNCTION_ID) {
     const bool textOperand = m_value.lngValueType == kText;
-    // A text that would outgrow the longest text the language holds is a
-    // failed step: the variable stays as it was.
-    auto fits = [this](size_t size) { return size <= m_maxTextBytes; };
+    const std::string number = textOperand ? std::string() : slotText(m_value);
+    const std::string& operand = textOperand ? m_value.sValue : number;
+    // value followed by count times piece, built aside so that a failure
+    // leaves value untouched.
+    const auto build = [&](std::string_view head, std::string_view piece, size_t count) {
+        if (head.size() > m_maxTextMemory || (count > 0 && piece.size() > (m_maxTextMemory - head.size()) / count))
+            return;
+        const size_t size = head.size() + piece.size() * count;
+        if (!fitsTexts(size)) return;
+        std::string result;
+        result.reserve(size);
+        if (!appendText(result, head)) return;
+        for (size_t i = 0; i < count; ++i)
+            if (!appendText(result, piece)) return;
+        value = std::move(result);
+    };
     switch (FUNCTION_ID) {
-    case 11: value = slotText(m_value); break;
-    case 12: {
-        const std::string operand = slotText(m_value);
-        if (fits(value.size() + operand.size())) value += operand;
-        break;
-    }
+    case 11: build({}, operand, 1); break;
+    case 12: build(value, operand, 1); break;
     case 13:
-    case 14: removeAll(value, slotText(m_value)); break;
+    case 14:
+        if (auto removed = replaceText(value, operand, {})) value = std::move(*removed);
+        break;
     case 15: {
         if (textOperand) {
-            if (fits(value.size() + m_value.sValue.size())) value += m_value.sValue;
+            build(value, operand, 1);
             break;
         }
         const auto times = m_value.lngValueType == kLong ? roundToInt16(m_value.lngValue) : roundToInt16(m_value.dblValue);
         if (!times) return;
-        if (*times > 0 && !fits(value.size() * static_cast<size_t>(*times))) return;
-        std::string repeated;
-        for (int16_t i = 0; i < *times; ++i) repeated += value;
-        value = std::move(repeated);
+        if (*times > 1) build({}, value, static_cast<size_t>(*times));
+        else if (*times == 1) break;
+        else value.clear();
         break;
     }
     default: break;  // power has no meaning on text
     }
+}
+
+// Every find replaced by with, or nothing when the result would not fit or
+// a stop came.
+std::optional<std::string> SC::replaceText(const std::string& text, const std::string& find, const std::string& with) {
+    if (find.empty()) return text;
+    size_t size = text.size();
+    if (with.size() != find.size()) {
+        size_t hits = 0, checked = 0;
+        for (size_t hit = 0; (hit = text.find(find, hit)) != std::string::npos; hit += find.size()) {
+            ++hits;
+            if (hit - checked > kTextPiece) {
+                if (stopPending()) return std::nullopt;
+                checked = hit;
+            }
+        }
+        size = text.size() - hits * find.size() + hits * with.size();
+        if (with.size() > find.size() && (text.size() > m_maxTextMemory ||
+                                          hits > (m_maxTextMemory - text.size()) / (with.size() - find.size())))
+            return std::nullopt;
+    }
+    if (!fitsTexts(size)) return std::nullopt;
+    std::string out;
+    out.reserve(size);
+    size_t start = 0, checked = 0;
+    for (size_t hit; (hit = text.find(find, start)) != std::string::npos; start = hit + find.size()) {
+        out.append(text, start, hit - start).append(with);
+        if (out.size() - checked > kTextPiece) {
+            if (stopPending()) return std::nullopt;
+            checked = out.size();
+        }
+    }
+    out.append(text, start, std::string::npos);
+    return out;
 }
 
 void SC::applyToLong(int32_t& value, int32_t FUNCTION_ID) {
@@ -291,11 +374,16 @@ bool SC::Evaluate(const std::string& inputParameters) {
     if (!resolve(left)) return false;
     const Operand a = takeOperand(m_value);
     if (!resolve(right)) return false;
-    const Operand b = takeOperand(m_value);
+    Operand b = takeOperand(m_value);
 
-    if (a.type == kText || b.type == kText) return compare(found.op, a.asText(), b.asText());
-    if (a.type == kLong && b.type == kLong) return compare(found.op, a.lng, b.lng);
-    return compare(found.op, a.asDouble(), b.asDouble());
+    bool result = false;
+    if (a.type == kText && b.type == kText) result = compare(found.op, a.text, b.text);
+    else if (a.type == kText || b.type == kText) result = compare(found.op, a.asText(), b.asText());
+    else if (a.type == kLong && b.type == kLong) result = compare(found.op, a.lng, b.lng);
+    else result = compare(found.op, a.asDouble(), b.asDouble());
+    // The value in hand keeps the right side's text, as a look-up leaves it.
+    if (b.type == kText) m_value.sValue = std::move(b.text);
+    return result;
 }
 
 }  // namespace tarvoke::engine

@@ -148,7 +148,7 @@ public:
         const std::string tolerance = withTolerance ? m_p.text(inArea ? 8 : 6) : "0";
         answerTest(m_engine, m_line,
                    !area || screen::FindImage(m_session.imageTable, image, sub, tolerance, *area,
-                                              m_session.bFirstFind, m_last));
+                                              m_session.bFirstFind, m_last, [this] { return m_session.stopPending(); }));
     }
 
 private:

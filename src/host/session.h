@@ -45,6 +45,16 @@ struct Session {
     // counts them.
     std::function<void()> onWhiteDebugPercent;
 
+    // Whether a stop is on its way (a signal, Ctrl+0) that the event loop has
+    // not handled yet. Long steps (huge texts, image searches, the dump)
+    // look at it between pieces of work and give up, so that the stop ends
+    // the run at once; the loop then ends it at the next yield.
+    std::function<bool()> stopRequested;
+    bool stopPending() const { return stopRequested && stopRequested(); }
+    // Set where stopRequested saw Ctrl+0 held: the next hotkey poll stops the
+    // run even when the keys are up again by then.
+    bool stopKeysSeen = false;
+
     // The screen module: the image store and the colour ranges.
     screen::ImageStore imageTable;
     screen::ColorRanges colorRanges;

@@ -33,15 +33,19 @@ bool allowed(Hotkey hotkey, HotkeyConditions conditions) {
 
 std::vector<Hotkey> pollHotkeys(platform::KeyState& keys, HotkeyConditions conditions) {
     std::vector<Hotkey> fired;
+    if (conditions.stopSeen) fired.push_back(Hotkey::Stop);
     if (!keys.isDown(kControl)) return fired;
     for (const HotkeyRow& row : kRows) {
         // Both reads happen for every row: the press bit is taken even when
         // the condition fails.
         const bool pressed = keys.pressedSinceLastRead(row.vk);
         const bool down = keys.isDown(row.vk);
-        if (pressed && down && allowed(row.hotkey, conditions)) fired.push_back(row.hotkey);
+        if (pressed && down && allowed(row.hotkey, conditions) && !(row.hotkey == Hotkey::Stop && conditions.stopSeen))
+            fired.push_back(row.hotkey);
     }
     return fired;
 }
+
+bool stopKeysDown(platform::KeyState& keys) { return keys.isDown(kControl) && keys.isDown(48); }
 
 }  // namespace tarvoke::playback

@@ -19,6 +19,9 @@ enum class Hotkey {
 struct HotkeyConditions {
     bool correctTimeRunning = false;
     bool recording = false;
+    // A long step saw Ctrl+0 held (stopKeysDown) and gave up: Stop fires
+    // even if the keys are up again by this tick.
+    bool stopSeen = false;
 };
 
 // The hotkeys that fire in this tick, in the order they are to be carried
@@ -30,5 +33,9 @@ struct HotkeyConditions {
 // is down now and was pressed since the previous tick that read it, so a
 // key that merely stays down fires once.
 std::vector<Hotkey> pollHotkeys(platform::KeyState& keys, HotkeyConditions conditions = {});
+
+// Whether Ctrl+0 is held now; takes no "pressed since" bit, so the poll
+// still sees the press.
+bool stopKeysDown(platform::KeyState& keys);
 
 }  // namespace tarvoke::playback

@@ -119,13 +119,30 @@ private:
     std::array<SumWindow, kMaxSum + 1> m_windows;
 };
 
+// One candidate's walk reads at most the area once; a look at the stop
+// every 16 candidates costs nothing beside them.
+class StopProbe {
+public:
+    explicit StopProbe(const StopCheck& stopped) : m_stopped(stopped) {}
+    bool operator()() {
+        if (!m_stopped || (++m_count & 15) != 0) return false;
+        return m_stopped();
+    }
+
+private:
+    const StopCheck& m_stopped;
+    unsigned m_count = 0;
+};
+
 bool onImage(const SumPlane& image, Area area) {
     return area.x1 >= 0 && area.y1 >= 0 && area.x2 < image.width && area.y2 < image.height;
 }
 
 }  // namespace
 
-MatchResult findImagePlainly(const SumPlane* image, const SumPlane* sub, double t, Area area, bool firstFind) {
+MatchResult findImagePlainly(const SumPlane* image, const SumPlane* sub, double t, Area area, bool firstFind,
+                             const StopCheck& stopped) {
+    StopProbe stopNow(stopped);
     int imageLast = 0, subLast = 0;  // the sums read last from each image
     auto read = [](const SumPlane* plane, int64_t x, int64_t y, int& last) {
         if (plane && x >= 0 && y >= 0 && x < plane->width && y < plane->height)
@@ -136,6 +153,7 @@ MatchResult findImagePlainly(const SumPlane* image, const SumPlane* sub, double 
     MatchResult result;
     for (int64_t Y = area.y1; Y <= area.y2; ++Y) {
         for (int64_t X = area.x1; X <= area.x2; ++X) {
+            if (stopNow()) return {};
             if (failsFilter(read(image, X, Y, imageLast), reference, t)) continue;
             bool matched = true;
             int64_t px = 1, py = 1;
@@ -157,10 +175,12 @@ MatchResult findImagePlainly(const SumPlane* image, const SumPlane* sub, double 
     return result;
 }
 
-MatchResult findImage(const SumPlane* image, const SumPlane* sub, double t, Area area, bool firstFind) {
+MatchResult findImage(const SumPlane* image, const SumPlane* sub, double t, Area area, bool firstFind,
+                      const StopCheck& stopped) {
     if (area.isEmpty()) return {};
     if (!image || !sub || sub->width < 2 || sub->height < 2 || !onImage(*image, area))
-        return findImagePlainly(image, sub, t, area, firstFind);
+        return findImagePlainly(image, sub, t, area, firstFind, stopped);
+    StopProbe stopNow(stopped);
 
     const int reference = sub->row(1)[1];
     const Verifier verifier(*image, *sub, t, area);
@@ -177,6 +197,7 @@ MatchResult findImage(const SumPlane* image, const SumPlane* sub, double t, Area
         const uint16_t* row = image->row(Y);
         for (int32_t X = nextIn(row, area.x1, area.x2, candidates); X <= area.x2;
              X = nextIn(row, X + 1, area.x2, candidates)) {
+            if (stopNow()) return {};
             result.found = verifier.matchesAt(X, Y);
             if (!result.found) continue;
             result.match = Position{X, Y};

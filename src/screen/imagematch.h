@@ -9,6 +9,7 @@
 // before the first), so the sub-image's last pixels stand in for the rest.
 // Row 0 and column 0 of the sub-image take no part.
 
+#include <functional>
 #include <optional>
 
 #include "screen/area.h"
@@ -23,13 +24,19 @@ struct MatchResult {
     std::optional<Position> match;
 };
 
+// Looked at every so many candidates: a search of a large area can take
+// minutes, and a stop must not wait for it. A stopped search finds nothing.
+using StopCheck = std::function<bool()>;
+
 // image and sub are the sum planes of the two slots, null for an empty slot.
 // tolerance keeps its sign. firstFind stops at the first full match.
-MatchResult findImage(const SumPlane* image, const SumPlane* sub, double tolerance, Area area, bool firstFind);
+MatchResult findImage(const SumPlane* image, const SumPlane* sub, double tolerance, Area area, bool firstFind,
+                      const StopCheck& stopped = {});
 
 // The same, read pixel by pixel the plain way. Kept as the statement of the
 // rule that findImage must equal; findImage falls back to it for areas that
 // reach outside the image.
-MatchResult findImagePlainly(const SumPlane* image, const SumPlane* sub, double tolerance, Area area, bool firstFind);
+MatchResult findImagePlainly(const SumPlane* image, const SumPlane* sub, double tolerance, Area area, bool firstFind,
+                             const StopCheck& stopped = {});
 
 }  // namespace tarvoke::screen

@@ -76,13 +76,13 @@ double GetSaturation(const ImageStore& store, const std::string& image, Area are
 }
 
 bool FindImage(ImageStore& store, const std::string& image, const std::string& sub, const std::string& tolerance,
-               Area area, bool firstFind, LastPosition last) {
+               Area area, bool firstFind, LastPosition last, const StopCheck& stopped) {
     const auto imageSlot = imageIndex(image);
     if (!imageSlot) return false;
     const auto subSlot = imageIndex(sub);
     if (!subSlot) return false;
     const MatchResult result =
-        findImage(store.sums(*imageSlot), store.sums(*subSlot), numberOr0(tolerance), area, firstFind);
+        findImage(store.sums(*imageSlot), store.sums(*subSlot), numberOr0(tolerance), area, firstFind, stopped);
     if (result.match) last.note(*result.match);
     return result.found;
 }

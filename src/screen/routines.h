@@ -10,6 +10,7 @@
 
 #include "screen/area.h"
 #include "screen/colorrange.h"
+#include "screen/imagematch.h"
 #include "screen/imagestore.h"
 
 namespace tarvoke::screen {
@@ -43,6 +44,6 @@ double GetSaturation(const ImageStore& store, const std::string& image, Area are
 
 // Whether sub lies in image with its pixel (1,1) at a position of area.
 bool FindImage(ImageStore& store, const std::string& image, const std::string& sub, const std::string& tolerance,
-               Area area, bool firstFind, LastPosition last);
+               Area area, bool firstFind, LastPosition last, const StopCheck& stopped = {});
 
 }  // namespace tarvoke::screen

@@ -3,6 +3,8 @@
 #include <QCheckBox>
 #include <QRadioButton>
 #include <QtTest>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "app/frmbasic.h"
 #include "app/frmchoice.h"
@@ -149,6 +151,22 @@ private slots:
         dialog.chkPause->setChecked(true);
         dialog.cmdOK_Click();
         QVERIFY(f.app->bMouseMove && !f.app->bExtendedClicks && f.app->session.bIgnorePauses);
+    }
+
+    // A settings.dat that is no file gives the defaults, as a missing one
+    // does: no abort, no wait on a FIFO.
+    void unreadableSettingsGiveTheDefaults() {
+        QTemporaryDir folder;
+        const std::string path = folder.filePath("settings.dat").toStdString();
+        for (const auto& make : {+[](const std::string& p) { return ::mkdir(p.c_str(), 0700); },
+                                 +[](const std::string& p) { return ::mkfifo(p.c_str(), 0600); }}) {
+            ::rmdir(path.c_str());
+            ::unlink(path.c_str());
+            QCOMPARE(make(path), 0);
+            const LoadedSettings loaded = LoadSettings(path);
+            QVERIFY(loaded.bFirstRun);
+            QCOMPARE(formatSettings(loaded.settings), formatSettings(Settings{}));
+        }
     }
 
     void settingsFolderFollowsTheEnvironment() {

@@ -261,18 +261,24 @@ class Layouts(unittest.TestCase):
 class StoppingARun(unittest.TestCase):
     LOOP = "KeyDown(160);\nLeftDown();\nWhile(1 = 1);\nEndWhile();"
     PAUSE = "KeyDown(160);\nLeftDown();\nPause(60000);"
+    # Copies of a text of 256 MB, each a long step of its own.
+    HUGE = "KeyDown(160);\nLeftDown();\nString(x, a);\n" + "Combine(x, x);\n" * 28 + \
+        "While(1 = 1);\nString(y, x);\nString(y, b);\nEndWhile();"
 
-    def stop_within_a_second(self, body, stop, status):
+    def stop_within_a_second(self, body, stop, status, busy=lambda process: True):
         with TestWindow() as window:
             xdotool("mousemove", *window.point("top", 10, 10))
             script = Script(body)  # kept: its folder goes with it
             process = script.start()
             # The run is under way once its Shift press has arrived.
             self.assertTrue(window.wait_for(1, "KeyPress"), "the run did not start")
+            self.assertTrue(wait_until(lambda: busy(process), timeout=20), "the run did not get busy")
             started = time.monotonic()
             stop(process)
             _, errors = process.communicate(timeout=5)
-            self.assertLess(time.monotonic() - started, 1.5)
+            took = time.monotonic() - started
+            print("stop after %.0f ms" % (took * 1000), file=sys.stderr)
+            self.assertLess(took, 1.5)
             self.assertEqual(process.returncode, status, errors)
             deadline = time.monotonic() + 5
             released = []
@@ -325,6 +331,14 @@ class StoppingARun(unittest.TestCase):
                 self.assertEqual(late, [], "keys arrived after the stop")
                 # The stop key is the player's while it runs.
                 self.assertNotIn("0x30", [e["keysym"] for e in window.events("KeyPress")])
+
+    def test_ctrl_zero_stops_a_step_on_a_huge_text(self):
+        self.stop_within_a_second(self.HUGE, self.ctrl_zero, 0, busy=lambda p: resident_mb(p.pid) > 600)
+
+
+def resident_mb(pid):
+    with open("/proc/%d/status" % pid) as f:
+        return int(next(line for line in f if line.startswith("VmRSS:")).split()[1]) // 1024
 
 
 def windows_named(title):

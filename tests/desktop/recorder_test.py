@@ -3,6 +3,7 @@ into a fresh test window: the same buttons, keys and positions arrive in the
 same order."""
 
 import os
+import signal
 import subprocess
 import sys
 import tempfile
@@ -165,6 +166,23 @@ class RecordThenPlay(unittest.TestCase):
         self.assertIn("--force", refused.stderr)
         with open(self.script) as f:
             self.assertEqual(f.read(), "mine")
+
+    def test_a_recording_that_nothing_takes_is_kept_in_the_state_folder(self):
+        # Neither the target (no file can be made in /proc) nor standard output takes it.
+        state = os.path.join(self.folder.name, "state")
+        with open("/dev/full", "w") as full:
+            recorder = subprocess.Popen([PLAY, "--record", "/proc/tarvoke-recorded.tk"], stdout=full,
+                                        stderr=subprocess.PIPE, text=True, env=dict(os.environ, XDG_STATE_HOME=state))
+            self.assertIn("recording into", recorder.stderr.readline())
+            recorder.send_signal(signal.SIGINT)
+            errors = recorder.stderr.read()
+            self.assertEqual(recorder.wait(timeout=10), 1, errors)
+        kept = os.listdir(os.path.join(state, "tarvoke"))
+        self.assertEqual(len(kept), 1)
+        path = os.path.join(state, "tarvoke", kept[0])
+        self.assertIn("the recording is kept in '%s'" % path, errors)
+        with open(path) as f:
+            self.assertTrue(f.read().startswith("Function(Main);"))
 
 
 if __name__ == "__main__":

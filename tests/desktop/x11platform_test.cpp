@@ -11,8 +11,14 @@
 #include "platform/x11/x11platform.h"
 #include "testwindow.h"
 
+#include <X11/Xatom.h>
 #include <X11/extensions/XTest.h>
 #include <X11/keysym.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+
+#include "platform/loop/pollloop.h"
 
 namespace tarvoke::platform::x11 {
 namespace {
@@ -285,6 +291,55 @@ TEST_F(X11Test, ReleaseAllLetsGoOfWhatWasPressed) {
     EXPECT_TRUE(keyStateBecomes(16, false));
     EXPECT_TRUE(keyStateBecomes(65, false));
     EXPECT_TRUE(keyStateBecomes(1, false));
+}
+
+bool anyKeycodeCarries(Display* display, KeySym keysym) {
+    int min = 0, max = 0, per = 0;
+    XDisplayKeycodes(display, &min, &max);
+    KeySym* map = XGetKeyboardMapping(display, static_cast<KeyCode>(min), max - min + 1, &per);
+    const bool found = map && std::find(map, map + (max - min + 1) * per, keysym) != map + (max - min + 1) * per;
+    if (map) XFree(map);
+    return found;
+}
+
+// A run killed with keys down and a spare keycode bound leaves both on the
+// server; the next start lets go of them.
+TEST_F(X11Test, TheNextStartCleansUpAfterAKilledRun) {
+    constexpr KeySym kEuro = 0x10020ac;  // what SendKeys binds for the character
+    TestWindow window;
+    Display* display = m_x11->connection().display();
+    ASSERT_FALSE(anyKeycodeCarries(display, kEuro));
+    PollLoop killedLoop;
+    auto killed = X11Platform::open(killedLoop);
+    ASSERT_NE(killed, nullptr);
+    Platform run = killed->platform(nullptr);
+    run.input->keyEvent(160, kKeyPress);
+    run.input->mouseEvent(kLeftDown);
+    const std::string euro = "\xE2\x82\xAC";
+    run.input->sendKeys(euro, *host::parseSendKeys(euro));
+    Display* killedDisplay = killed->connection().display();
+    XSync(killedDisplay, False);
+    EXPECT_TRUE(keyStateBecomes(160, true));
+    EXPECT_TRUE(anyKeycodeCarries(display, kEuro));
+    const auto entries = m_x11->connection().cardinals(m_x11->connection().root(),
+                                                       m_x11->connection().atom("_TARVOKE_SPARE_KEYCODES"), XA_CARDINAL);
+    ASSERT_TRUE(entries && entries->size() == 3);
+    // Killed: the connection closes without another word, and the server
+    // destroys what the run made, its mark in the list among them.
+    ::shutdown(ConnectionNumber(killedDisplay), SHUT_RDWR);
+    static_cast<void>(killed.release());
+    XWindowAttributes attributes;
+    for (int i = 0; i < 200 && m_x11->connection().checked([&] { XGetWindowAttributes(display, (*entries)[0], &attributes); }); ++i)
+        m_platform.clock->wait(10);
+
+    PollLoop nextLoop;
+    const auto next = X11Platform::open(nextLoop);
+    ASSERT_NE(next, nullptr);
+    EXPECT_TRUE(keyStateBecomes(160, false));
+    EXPECT_TRUE(keyStateBecomes(1, false));
+    EXPECT_FALSE(anyKeycodeCarries(display, kEuro));
+    EXPECT_FALSE(m_x11->connection().cardinals(m_x11->connection().root(),
+                                               m_x11->connection().atom("_TARVOKE_SPARE_KEYCODES"), XA_CARDINAL));
 }
 
 TEST_F(X11Test, WaitsEndAtTheirDeadlineOrWhenCancelled) {

@@ -103,7 +103,8 @@ INSTANTIATE_TEST_SUITE_P(Text, BuiltinCases, ::testing::Values(
     Case{"string(s, abab); for(s, a, b);", "s", 8, "bbbb"},
     Case{"string(s, abab); replace(s, ab, x);", "s", 8, "xx"},
     Case{"string(s, abc); replace(s, \"\", x);", "s", 8, "abc"},
-    Case{"string(s, aaa); replace(s, aa, a);", "s", 8, "aa"}));
+    Case{"string(s, aaa); replace(s, aa, a);", "s", 8, "aa"},
+    Case{"parse(0x414243, 1, 2);", "0x414243", 8, "0x"}));
 
 TEST_F(BuiltinsTest, ATextNeverOutgrowsTheLimit) {
     // Steps that would pass the limit fail and leave the text; those that
@@ -125,6 +126,51 @@ TEST_F(BuiltinsTest, ATextNeverOutgrowsTheLimit) {
         run(c.script);
         EXPECT_EQ(valueOf("s"), c.value) << c.script;
     }
+}
+
+TEST_F(BuiltinsTest, TextsTogetherStayWithinTheirMemory) {
+    // The texts of the variables, the value in hand and the text a step
+    // builds stay within the limit: the doubling stops short of it, and a
+    // step beyond fails while the others go on.
+    constexpr size_t kLimit = size_t{1} << 20;
+    engine.setMaxTextMemory(kLimit);
+    std::string doubling = "string(x, a);";
+    for (int i = 0; i < 30; ++i) doubling += "combine(x, x);";
+    run(doubling + "string(y, x); multiply(y, 2); string(z, small);");
+    const size_t x = valueOf("x").size();
+    EXPECT_EQ(x & (x - 1), 0u) << "a doubling failed part way";
+    EXPECT_GE(x, kLimit / 8);
+    EXPECT_LE(engine.textMemory(), kLimit);
+    EXPECT_EQ(valueOf("z"), "small");
+    EXPECT_LE(valueOf("y").size(), x);
+}
+
+TEST_F(BuiltinsTest, AStopCutsALongTextStepShort) {
+    // 16 MB: long enough to be built in pieces with a look at the stop
+    // between them. The stop comes once go exists.
+    session.stopRequested = [this] { return engine.IsExistingVariable("go"); };
+    std::string script = "string(x, a);";
+    for (int i = 0; i < 24; ++i) script += "combine(x, x);";
+    run(script + "int(go, 1); combine(x, x); replace(x, a, bb); string(y, x); multiply(x, 3);");
+    EXPECT_EQ(valueOf("x").size(), size_t{1} << 24);
+    EXPECT_FALSE(engine.IsExistingVariable("y"));
+}
+
+TEST_F(BuiltinsTest, TheDumpComesInPiecesAndEndsOnAStop) {
+    run("string(big, a); multiply(big, 30000); multiply(big, 10); int(n, 7);");
+    std::string whole;
+    int pieces = 0;
+    ASSERT_TRUE(engine.writeDebug([&](std::string_view piece) {
+        whole += piece;
+        ++pieces;
+    }));
+    EXPECT_EQ(whole, engine.GetDebug());
+    EXPECT_GT(pieces, 3);
+    EXPECT_NE(whole.find("Long: n, value: 7\n"), std::string::npos);
+    session.stopRequested = [] { return true; };
+    pieces = 0;
+    EXPECT_FALSE(engine.writeDebug([&](std::string_view) { ++pieces; }));
+    EXPECT_EQ(pieces, 1);
 }
 
 TEST_F(BuiltinsTest, MessageStyles) {

@@ -18,6 +18,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/fileread.h"
 #include "platform/filesave.h"
 
 namespace tarvoke::platform {
@@ -296,6 +297,42 @@ TEST_F(FileSave, KilledSaveLeavesNothingBehind) {
         EXPECT_EQ(names(), replacing ? std::set<std::string>{"keep"} : std::set<std::string>{});
         EXPECT_EQ(readFile(at("keep")), replacing ? "old text" : "");
     }
+}
+
+// Only a regular file is read; nothing else makes the reader wait or read
+// for ever, and every failure is an outcome, never an exception.
+TEST_F(FileSave, ReadsRegularFilesOnly) {
+    writePlain(m_dir / "script.tk", "Function(Main);", 0644);
+    writePlain(m_dir / "empty.tk", "", 0644);
+    ASSERT_EQ(::mkfifo((m_dir / "fifo").c_str(), 0600), 0);
+    std::ofstream(m_dir / "large.tk").close();
+    fs::resize_file(m_dir / "large.tk", 1025);
+    struct Case {
+        std::string path;
+        ReadOutcome outcome;
+        std::string bytes;
+    } cases[] = {
+        {(m_dir / "script.tk").string(), ReadOutcome::Read, "Function(Main);"},
+        {(m_dir / "empty.tk").string(), ReadOutcome::Read, ""},
+        {(m_dir / "missing.tk").string(), ReadOutcome::Failed, ""},
+        {m_dir.string(), ReadOutcome::Folder, ""},
+        {(m_dir / "fifo").string(), ReadOutcome::NotRegular, ""},
+        {"/dev/zero", ReadOutcome::NotRegular, ""},
+        {"/proc/self/mem", ReadOutcome::Failed, ""},
+        {(m_dir / "large.tk").string(), ReadOutcome::TooLarge, ""},
+    };
+    for (const Case& c : cases) {
+        const ReadResult read = readRegularFile(c.path, ReadLimits{1024, {}});
+        EXPECT_EQ(read.outcome, c.outcome) << c.path;
+        EXPECT_EQ(read.bytes, c.bytes) << c.path;
+        EXPECT_EQ(static_cast<bool>(read), c.outcome == ReadOutcome::Read) << c.path;
+        EXPECT_EQ(read.reason().empty(), c.outcome == ReadOutcome::Read) << c.path;
+    }
+    // A file from /proc says it is empty and is not: it is read to its end.
+    EXPECT_NE(readRegularFile("/proc/self/status").bytes.find("VmRSS"), std::string::npos);
+    // A read that a stop ends.
+    EXPECT_EQ(readRegularFile((m_dir / "script.tk").string(), ReadLimits{1024, [] { return true; }}).outcome,
+              ReadOutcome::Stopped);
 }
 
 }  // namespace

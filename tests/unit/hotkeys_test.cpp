@@ -49,6 +49,8 @@ INSTANTIATE_TEST_SUITE_P(
         PollCase{"ZeroWithoutCtrlDoesNothing", {48}, {}, {}, {}},
         PollCase{"NumpadZeroIsNotZero", {17, 96}, {}, {}, {}},
         PollCase{"TapBetweenTicksDoesNotCount", {17}, {48}, {}, {}},
+        PollCase{"AStopSeenInAStepStopsOnceTheKeysAreUp", {}, {17, 48}, {.stopSeen = true}, {Hotkey::Stop}},
+        PollCase{"AStopSeenInAStepFiresOnce", {17, 48}, {}, {.stopSeen = true}, {Hotkey::Stop}},
         PollCase{"CtrlOneOnlyInCorrectTime", {17, 49}, {}, {}, {}},
         PollCase{"CtrlOnePausesCorrectTime", {17, 49}, {}, {.correctTimeRunning = true}, {Hotkey::Pause}},
         PollCase{"RecordAndPlay", {17, 56, 57}, {}, {}, {Hotkey::Record, Hotkey::Play}},

@@ -18,6 +18,10 @@ TEST(PlayerOptions, AcceptsEveryOption) {
     EXPECT_EQ(options.file, "x.tk");
     EXPECT_EQ(std::get<Options>(parse({"-"})).file, "-");
     EXPECT_EQ(std::get<Options>(parse({"--screen", "800x600", "x.tk"})).screen, (std::pair<int32_t, int32_t>{800, 600}));
+    EXPECT_TRUE(std::get<Options>(parse({"--dry-run", "--write-pictures", "x.tk"})).writePictures);
+    EXPECT_EQ(std::get<Options>(parse({"x.tk"})).maxTextMemory, uint64_t{1} << 30);
+    EXPECT_EQ(std::get<Options>(parse({"--max-text-memory", "512M", "x.tk"})).maxTextMemory, uint64_t{512} << 20);
+    EXPECT_EQ(std::get<Options>(parse({"--max-text-memory=4096", "x.tk"})).maxTextMemory, 4096u);
 }
 
 TEST(PlayerOptions, RejectsBadUsage) {
@@ -35,6 +39,10 @@ TEST(PlayerOptions, RejectsBadUsage) {
         {"--screen", "800x", "x.tk"},
         {"--screen", "-8x6", "x.tk"},
         {"--screen", "40000x600", "x.tk"},
+        {"--write-pictures", "x.tk"},
+        {"--max-text-memory", "0", "x.tk"},
+        {"--max-text-memory", "1T", "x.tk"},
+        {"--max-text-memory", "-5M", "x.tk"},
     };
     for (const auto& args : bad) EXPECT_TRUE(std::holds_alternative<UsageError>(parse(args))) << args.size();
     EXPECT_TRUE(std::holds_alternative<ShowHelp>(parse({"x.tk", "--help"})));

@@ -108,6 +108,13 @@ TEST_F(RunTest, WhiteDebugCountsStatementsRunNotSkipped) {
     EXPECT_EQ(lines, (std::vector<int32_t>{1, 2, 6}));
 }
 
+TEST_F(RunTest, ACallBeyondTheDeepestFailsAndTheRunGoesOn) {
+    run("Function(Main); Int(n, 0); Call(f); Message(n, normal, t); EndFunction();"
+        "Function(f); Add(n, 1); Call(f); EndFunction();");
+    EXPECT_EQ(shown(), (std::vector<std::string>{std::to_string(engine::SC::kMaxCallDepth)}));
+    EXPECT_EQ(engine.callDepth(), 0);
+}
+
 TEST_F(RunTest, RunsAgainOnOneLoadWithItsVariables) {
     load("function(main); add(n, 1); endfunction();");
     engine.Execute();

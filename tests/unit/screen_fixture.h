@@ -24,7 +24,7 @@ inline uint32_t grey(uint8_t level) { return screen::makePixel(level, level, lev
 class ScreenTest : public EngineTest {
 protected:
     ScreenTest() : dryRunPictures(sink()), screen(sink()) {
-        dryRunPictures.setFiles(&files);
+        dryRunPictures.setFiles(&files, true);
         session.platform.pictures = &dryRunPictures;
         session.platform.screen = &screen;
         session.sScriptFolder = "/scripts/";

@@ -162,5 +162,22 @@ TEST(ImageMatch, EqualsThePlainRuleOnRandomPictures) {
     EXPECT_GT(matches, 100);  // the cases are not all misses
 }
 
+// A uniform picture matches everywhere, and each candidate walks the rest of
+// the area: on a screen-sized area that takes hours. A stop ends it, finding nothing.
+TEST(ImageMatch, AStopEndsTheSearch) {
+    screen::SumPlane image, sub;
+    image.width = image.height = 1000;
+    image.sums.assign(1000 * 1000, 300);
+    sub.width = sub.height = 4;
+    sub.sums.assign(16, 300);
+    for (const screen::Area area : {screen::Area{0, 0, 999, 999}, screen::Area{-5, -5, 999, 999}}) {
+        int looks = 0;
+        const auto result = screen::findImage(&image, &sub, 1, area, false, [&looks] { return ++looks == 3; });
+        EXPECT_FALSE(result.found);
+        EXPECT_FALSE(result.match);
+        EXPECT_EQ(looks, 3);
+    }
+}
+
 }  // namespace
 }  // namespace tarvoke::test

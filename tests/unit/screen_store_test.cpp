@@ -85,6 +85,14 @@ TEST_F(StoreTest, SaveWritesTheSlotWithItsPathUnresolved) {
     EXPECT_EQ(files.files["out/a.bmp"].pixels, filledGrid(2, 2, grey(3)).pixels);
 }
 
+TEST_F(StoreTest, ADryRunWritesNoPictureUnlessAllowed) {
+    dryRunPictures.setFiles(&files, false);
+    putImage(5, filledGrid(2, 2, grey(3)));
+    runBody("SaveImage(5, \"/home/me/notes.txt\");");
+    EXPECT_TRUE(files.files.count("/home/me/notes.txt") == 0);
+    EXPECT_EQ(fake.transcript.back(), "SavePicture \"/home/me/notes.txt\"");
+}
+
 TEST_F(StoreTest, SaveOfAnEmptySlotWritesTheLastPictureThatPassedThrough) {
     screen.setPicture(filledGrid(2, 1, grey(77)));
     runBody("CaptureScreen(60);\nSaveImage(9, a.bmp);\nSaveImage(60, b.bmp);");

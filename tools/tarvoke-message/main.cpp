@@ -4,7 +4,11 @@
 // on standard input. Exits when the box is closed.
 
 #include <QApplication>
+#include <csignal>
 #include <cstdio>
+#include <cstdlib>
+#include <sys/prctl.h>
+#include <unistd.h>
 #include <iostream>
 #include <iterator>
 #include <string>
@@ -12,6 +16,12 @@
 #include "app/scriptmessages.h"
 
 int main(int argc, char** argv) {
+    // A box of a player that is gone (killed, say) answers no one: it goes
+    // with the player. A player that died before this line is no longer the parent.
+    ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (const char* parent = std::getenv("TARVOKE_MESSAGE_PARENT");
+        parent && std::strtol(parent, nullptr, 10) != static_cast<long>(::getppid()))
+        return 0;
     if (argc != 2) {
         std::fputs("usage: tarvoke-message FLAGS < title NUL text\n", stderr);
         return 2;

@@ -1,6 +1,8 @@
 #include "desktop.h"
 
+#include <chrono>
 #include <cstdlib>
+#include <utility>
 
 #include "platform/x11/x11platform.h"
 #include "playback/hotkeys.h"
@@ -35,7 +37,10 @@ std::unique_ptr<Desktop> Desktop::open(platform::EventLoop& loop) {
 
 Desktop::Desktop(platform::EventLoop& loop) : m_loop(loop), m_messages(loop) {}
 
-Desktop::~Desktop() = default;
+// Also on the way out of an error.
+Desktop::~Desktop() {
+    if (m_x11) m_x11->input().releaseAll();
+}
 
 platform::Platform Desktop::platform() { return m_x11->platform(&m_messages); }
 
@@ -45,8 +50,20 @@ void Desktop::pollHotkeys(std::function<void()> onStop) {
 }
 
 void Desktop::pollHotkeysOnce(const std::function<void()>& onStop) {
-    for (playback::Hotkey hotkey : playback::pollHotkeys(m_x11->keys()))
+    for (playback::Hotkey hotkey : playback::pollHotkeys(m_x11->keys(), {.stopSeen = std::exchange(m_stopSeen, false)}))
         if (hotkey == playback::Hotkey::Stop) onStop();
+}
+
+bool Desktop::stopKeysDown() {
+    // The key state learns of Ctrl+0 from events that a turn of the loop
+    // reads; a long step reads them itself, at most once a millisecond.
+    const auto now = std::chrono::steady_clock::now();
+    if (now - m_lastKeyRead < std::chrono::milliseconds(1)) return m_stopSeen;
+    m_lastKeyRead = now;
+    m_x11->connection().drainEvents();
+    // Held now, perhaps up again by the next poll: that poll stops the run all the same.
+    if (playback::stopKeysDown(m_x11->keys())) m_stopSeen = true;
+    return m_stopSeen;
 }
 
 void Desktop::releaseAll() { m_x11->input().releaseAll(); }

@@ -3,6 +3,7 @@
 // shown by a helper program, and the hotkey poll that lets Ctrl+0 stop the
 // run.
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -36,6 +37,8 @@ public:
     void pollHotkeys(std::function<void()> onStop);
     // One poll, for a caller with a timer of its own.
     void pollHotkeysOnce(const std::function<void()>& onStop);
+    // Whether Ctrl+0 is held now, read without a turn of the loop.
+    bool stopKeysDown();
     // Releases every key and button that the run pressed and did not release.
     void releaseAll();
     // Closes the message boxes of the run that are still open.
@@ -47,6 +50,8 @@ private:
     std::unique_ptr<platform::x11::X11Platform> m_x11;
     HelperMessageBoxes m_messages;
     std::unique_ptr<platform::EventLoop::Handle> m_poll;
+    std::chrono::steady_clock::time_point m_lastKeyRead;
+    bool m_stopSeen = false;
 };
 
 }  // namespace tarvoke::player

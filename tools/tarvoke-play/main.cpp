@@ -4,11 +4,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <exception>
 #include <filesystem>
-#include <fstream>
-#include <iostream>
-#include <iterator>
-#include <sstream>
 #include <variant>
 
 #include "desktop.h"
@@ -19,6 +16,7 @@
 #include "options.h"
 #include "picturemodule.h"
 #include "platform/dryrun/dryrun.h"
+#include "platform/fileread.h"
 #include "platform/loop/pollloop.h"
 #include "platform/turnpacer.h"
 #include "playback/playback.h"
@@ -30,6 +28,7 @@ namespace {
 using namespace tarvoke;
 
 constexpr int kUsageStatus = 2;
+constexpr int kInternalErrorStatus = 70;
 
 int fail(const std::string& message) {
     std::fprintf(stderr, "tarvoke-play: %s\n", message.c_str());
@@ -38,20 +37,15 @@ int fail(const std::string& message) {
 
 // The script's text, or an error message.
 std::variant<std::string, std::string> readScript(const std::string& file) {
-    if (file == "-") {
-        std::ostringstream text;
-        text << std::cin.rdbuf();
-        return std::variant<std::string, std::string>(std::in_place_index<0>, text.str());
-    }
-    std::error_code error;
-    if (std::filesystem::is_directory(file, error))
-        return std::variant<std::string, std::string>(std::in_place_index<1>, "cannot read '" + file + "': it is a folder");
-    std::ifstream in(file, std::ios::binary);
-    if (!in)
-        return std::variant<std::string, std::string>(std::in_place_index<1>,
-                                                      "cannot read '" + file + "': " + std::strerror(errno));
-    std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    return std::variant<std::string, std::string>(std::in_place_index<0>, std::move(text));
+    platform::ReadLimits limits;
+    limits.maxBytes = platform::kMaxScriptBytes;
+    platform::ReadResult read = file == "-" ? platform::readStandardInput(limits) : platform::readRegularFile(file, limits);
+    if (read) return std::variant<std::string, std::string>(std::in_place_index<0>, std::move(read.bytes));
+    const std::string name = file == "-" ? std::string("standard input") : "'" + file + "'";
+    const std::string reason = read.outcome == platform::ReadOutcome::TooLarge
+                                   ? "it is larger than " + std::to_string(platform::kMaxScriptBytes >> 20) + " MB"
+                                   : read.reason();
+    return std::variant<std::string, std::string>(std::in_place_index<1>, "cannot read " + name + ": " + reason);
 }
 
 // The folder scripts find their pictures in: the script's own, with a
@@ -65,6 +59,9 @@ std::string scriptFolder(const std::string& file) {
     return text;
 }
 
+// For the last resort of std::terminate, which runs no destructor.
+player::Desktop* g_desktop = nullptr;
+
 void printLine(std::string_view line) {
     std::fwrite(line.data(), 1, line.size(), stdout);
     std::fputc('\n', stdout);
@@ -72,7 +69,7 @@ void printLine(std::string_view line) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int play(int argc, char** argv) {
     const auto parsed = player::parseOptions(std::vector<std::string>(argv + 1, argv + argc));
     if (std::holds_alternative<player::ShowHelp>(parsed)) {
         std::fputs(player::kUsage, stdout);
@@ -114,6 +111,10 @@ int main(int argc, char** argv) {
     std::unique_ptr<player::Desktop> desktop;
     if (onDesktop && !(desktop = player::Desktop::open(loop)))
         return fail(std::string("cannot open the display '") + std::getenv("DISPLAY") + "'");
+    struct ForgetDesktop {
+        ~ForgetDesktop() { g_desktop = nullptr; }
+    } forgetDesktop;
+    g_desktop = desktop.get();
 
     host::Session session;
     platform::TurnPacer pacer;
@@ -121,7 +122,7 @@ int main(int argc, char** argv) {
         if (pacer.turnDue()) loop.turn(false);
     });
     player::PictureModule pictures;
-    dryRun.setPictureFiles(&pictures);
+    dryRun.setPictureFiles(&pictures, options.writePictures);
     if (!options.screenImage.empty()) {
         screen::PixelGrid picture;
         if (!pictures.load(options.screenImage, picture))
@@ -131,7 +132,7 @@ int main(int argc, char** argv) {
     if (options.screen && options.screenImage.empty())
         dryRun.screen().setSize({options.screen->first, options.screen->second});
     session.platform = desktop ? desktop->platform() : dryRun.platform();
-    // Picture files are really read and written in a dry run too.
+    // Picture files are really read in a dry run too, and written only with --write-pictures.
     if (desktop) session.platform.pictures = &pictures;
     session.sScriptFolder = scriptFolder(options.file);
     session.bIgnorePauses = options.ignorePauses;
@@ -150,6 +151,7 @@ int main(int argc, char** argv) {
     }
 
     engine::SC engine(session);
+    engine.setMaxTextMemory(static_cast<size_t>(options.maxTextMemory));
     host::HostCommands commands;
     engine.setExternalCommands(&commands);
     playback::Playback playback(engine, session);
@@ -166,18 +168,45 @@ int main(int argc, char** argv) {
 
     // Ctrl+0 stops the run with status 0.
     if (desktop) desktop->pollHotkeys(stopRun);
+    // A long step looks for a stop that the loop has not seen yet.
+    session.stopRequested = [&desktop] { return player::StopSignals::count() != 0 || (desktop && desktop->stopKeysDown()); };
 
     playback.load(std::move(std::get<0>(script)));
     if (!options.loadOnly) playback.run(options.repeat);
+    // A signal that a long step saw may have come after the loop's last turn.
+    if (status == 0 && player::StopSignals::count() != 0) status = 128 + player::StopSignals::last();
     if (desktop) desktop->releaseAll();
     // Also after a failed or stopped run: it shows where the run ended.
     if (desktop && !options.screenshot.empty())
         if (const std::string problem = player::writeScreenshot(*desktop->platform().screen, options.screenshot); !problem.empty())
             std::fprintf(stderr, "tarvoke-play: %s\n", problem.c_str());
     if (options.dump) {
-        const std::string dump = engine.GetDebug();
-        std::fwrite(dump.data(), 1, dump.size(), stdout);
+        // The dump of a stopped run is still printed; a stop during the dump ends it.
+        session.stopRequested = [before = player::StopSignals::count()] { return player::StopSignals::count() != before; };
+        if (!engine.writeDebug([](std::string_view piece) { std::fwrite(piece.data(), 1, piece.size(), stdout); }))
+            status = 128 + player::StopSignals::last();
     }
     std::fflush(stdout);
     return status;
+}
+
+int main(int argc, char** argv) {
+    // An exception thrown where it cannot unwind ends the player as one that escapes.
+    std::set_terminate([] {
+        if (g_desktop) g_desktop->releaseAll();
+        std::fputs("tarvoke-play: internal error\n", stderr);
+        std::fflush(stdout);
+        std::_Exit(kInternalErrorStatus);
+    });
+    // Whatever escapes (memory that ran out where no step could fail) ends
+    // the player with one line; the desktop let go of the keys on the way out.
+    try {
+        return play(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "tarvoke-play: internal error: %s\n", error.what());
+    } catch (...) {
+        std::fprintf(stderr, "tarvoke-play: internal error\n");
+    }
+    std::fflush(stdout);
+    return kInternalErrorStatus;
 }

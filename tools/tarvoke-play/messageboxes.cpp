@@ -29,6 +29,8 @@ std::vector<std::string> helperEnvironment() {
     for (char** entry = environ; *entry; ++entry)
         if (std::strncmp(*entry, "QT_QPA_PLATFORM=", 16) != 0) result.emplace_back(*entry);
     result.emplace_back("QT_QPA_PLATFORM=xcb");
+    // The helper ends with the player; it checks that the player is still its parent.
+    result.emplace_back("TARVOKE_MESSAGE_PARENT=" + std::to_string(::getpid()));
     return result;
 }
 

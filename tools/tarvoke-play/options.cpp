@@ -6,7 +6,8 @@ namespace tarvoke::player {
 
 const char* const kUsage =
     "usage: tarvoke-play [--dry-run] [--dump] [--load-only] [--ignore-pauses] [--percent P] [--repeat N]\n"
-    "                    [--screen WxH] [--screen-image FILE] FILE.tk | -\n"
+    "                    [--screen WxH] [--screen-image FILE] [--write-pictures] [--max-text-memory SIZE]\n"
+    "                    FILE.tk | -\n"
     "       tarvoke-play --record FILE.tk [--force] [--no-mouse-move] [--no-extended-clicks]\n"
     "       tarvoke-play --headless[=WxH] [--wm PROGRAM] [--screenshot FILE.png] [OPTIONS] FILE.tk | -\n"
     "\n"
@@ -19,6 +20,9 @@ const char* const kUsage =
     "  --repeat N       run the script N times on one load, keeping its variables\n"
     "  --screen WxH     the screen size of a dry run (default 1920x1080)\n"
     "  --screen-image FILE  in a dry run, every capture returns this picture and the screen has its size\n"
+    "  --write-pictures in a dry run, let SaveImage write its picture (else it prints its line only)\n"
+    "  --max-text-memory SIZE  the most the script's texts may hold together, in bytes or with K, M, G\n"
+    "                   (default 1G); a step that would need more fails\n"
     "  -                read the script from standard input\n"
     "  --record FILE    record the mouse and the keyboard into a new script FILE; Ctrl+0 ends it\n"
     "  --force          with --record: overwrite FILE if it exists\n"
@@ -54,6 +58,24 @@ std::optional<std::pair<int32_t, int32_t>> screenSize(const std::string& text) {
     return std::pair{w, h};
 }
 
+// A number of bytes, with an optional K, M or G (powers of 1024).
+std::optional<uint64_t> byteSize(const std::string& text) {
+    if (text.empty() || text.size() > 15) return std::nullopt;
+    std::string digits = text;
+    uint64_t unit = 1;
+    switch (text.back()) {
+    case 'k': case 'K': unit = uint64_t{1} << 10; break;
+    case 'm': case 'M': unit = uint64_t{1} << 20; break;
+    case 'g': case 'G': unit = uint64_t{1} << 30; break;
+    default: break;
+    }
+    if (unit != 1) digits.pop_back();
+    if (digits.empty() || digits.find_first_not_of("0123456789") != std::string::npos) return std::nullopt;
+    const uint64_t value = std::stoull(digits);
+    if (value == 0 || value > (uint64_t{1} << 50) / unit) return std::nullopt;
+    return value * unit;
+}
+
 }  // namespace
 
 ParseResult parseOptions(const std::vector<std::string>& args) {
@@ -86,6 +108,12 @@ ParseResult parseOptions(const std::vector<std::string>& args) {
         } else if (auto picture = valueOf(args, i, "--screen-image")) {
             if (picture->empty()) return UsageError{"--screen-image needs a picture file"};
             options.screenImage = *picture;
+        } else if (arg == "--write-pictures") {
+            options.writePictures = true;
+        } else if (auto memory = valueOf(args, i, "--max-text-memory")) {
+            const auto bytes = byteSize(*memory);
+            if (!bytes) return UsageError{"--max-text-memory needs a size such as 512M or 2G, not '" + *memory + "'"};
+            options.maxTextMemory = *bytes;
         } else if (auto record = valueOf(args, i, "--record")) {
             if (record->empty()) return UsageError{"--record needs the file to write the recording to"};
             options.record = *record;
@@ -125,6 +153,8 @@ ParseResult parseOptions(const std::vector<std::string>& args) {
         return UsageError{"--force, --no-mouse-move and --no-extended-clicks go with --record"};
     if (!haveFile) return UsageError{"no script given"};
     if (!options.screenImage.empty() && !options.dryRun) return UsageError{"--screen-image needs --dry-run"};
+    if (options.writePictures && !options.dryRun)
+        return UsageError{"--write-pictures goes with --dry-run (a run on the desktop always writes pictures)"};
     return options;
 }
 

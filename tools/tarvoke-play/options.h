@@ -20,6 +20,9 @@ struct Options {
     // --screen WxH: the size of the dry run's screen.
     std::optional<std::pair<int32_t, int32_t>> screen;
     std::string screenImage;  // dry run: every capture returns this picture
+    bool writePictures = false;  // dry run: saveimage really writes
+    // The most the script's texts may hold together, in bytes.
+    uint64_t maxTextMemory = uint64_t{1} << 30;
     std::string file;  // "-" is standard input
 
     // --record FILE: record input into FILE instead of playing a script.

@@ -8,8 +8,14 @@ namespace tarvoke::player {
 namespace {
 
 int g_pipe[2] = {-1, -1};
+std::atomic<unsigned> g_count{0};
+std::atomic<int> g_last{0};
+static_assert(std::atomic<unsigned>::is_always_lock_free && std::atomic<int>::is_always_lock_free,
+              "a signal handler may touch lock-free atomics only");
 
 void writeSignal(int number) {
+    g_last = number;
+    ++g_count;
     const unsigned char byte = static_cast<unsigned char>(number);
     [[maybe_unused]] const ssize_t written = ::write(g_pipe[1], &byte, 1);
 }
@@ -33,6 +39,9 @@ StopSignals::~StopSignals() {
     signal(SIGTERM, SIG_DFL);
     m_watch.reset();
 }
+
+unsigned StopSignals::count() { return g_count; }
+int StopSignals::last() { return g_last; }
 
 void StopSignals::readSignal() {
     unsigned char byte = 0;

@@ -100,7 +100,7 @@ DryRunPlatform::DryRunPlatform(LineSink sink, std::function<void()> pump)
 
 DryRunPlatform::~DryRunPlatform() = default;
 
-void DryRunPlatform::setPictureFiles(Pictures* files) { m_pictures->setFiles(files); }
+void DryRunPlatform::setPictureFiles(Pictures* files, bool writes) { m_pictures->setFiles(files, writes); }
 
 Platform DryRunPlatform::platform() {
     return {&m_input, &m_keys, &m_windows, &m_programs, &m_screen, &m_clock, &m_messages, m_pictures.get()};

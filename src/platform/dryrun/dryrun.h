@@ -114,8 +114,10 @@ public:
     ~DryRunPlatform();
     Platform platform();
     DryRunScreen& screen() { return m_screen; }
-    // Picture files are really read and written through files.
-    void setPictureFiles(Pictures* files);
+    // Picture files are really read through files; they are written only
+    // when writes is true, for a dry run acts on nothing and a script may
+    // name any path.
+    void setPictureFiles(Pictures* files, bool writes = false);
 
 private:
     DryRunInput m_input;

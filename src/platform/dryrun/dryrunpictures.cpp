@@ -9,6 +9,7 @@ bool DryRunPictures::load(const std::string& path, screen::PixelGrid& grid) {
 
 bool DryRunPictures::save(const std::string& path, const screen::PixelGrid& grid) {
     m_sink("SavePicture " + quoted(path));
+    if (!m_writes) return m_files != nullptr;
     return m_files && m_files->save(path, grid);
 }
 

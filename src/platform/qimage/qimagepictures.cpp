@@ -3,18 +3,24 @@
 #include <QImage>
 #include <QImageReader>
 #include <QByteArray>
-#include <QFile>
+#include <QBuffer>
 #include <QString>
 #include <cstring>
 
+#include "platform/fileread.h"
 #include "screen/bmpwriter.h"
 
 namespace tarvoke::platform::qimage {
 
 bool QImagePictures::load(const std::string& path, screen::PixelGrid& grid) {
     grid = {};
-    // Paths are byte strings; QFile::decodeName gives them back unchanged to the file system.
-    QImageReader reader(QFile::decodeName(QByteArray::fromStdString(path)));
+    // Read through the one reader that refuses what is no regular file
+    // (a FIFO would block the program for good).
+    const ReadResult read = readRegularFile(path, ReadLimits{kMaxPictureBytes, {}});
+    if (!read) return false;
+    QByteArray bytes = QByteArray::fromRawData(read.bytes.data(), static_cast<qsizetype>(read.bytes.size()));
+    QBuffer buffer(&bytes);
+    QImageReader reader(&buffer);
     reader.setAutoTransform(false);
     QImage image = reader.read();
     if (image.isNull()) return false;

@@ -40,7 +40,15 @@ Keyboard::~Keyboard() {
     std::this_thread::sleep_until(m_lastBinding + kLookupGrace);
     std::vector<KeySym> none(static_cast<size_t>(m_perKeycode), NoSymbol);
     for (KeyCode code : m_bound) XChangeKeyboardMapping(m_x.display(), code, m_perKeycode, none.data(), 1);
+    m_bound.clear();
+    publishBound();
     XSync(m_x.display(), False);
+}
+
+void Keyboard::publishBound() {
+    std::vector<std::pair<KeyCode, KeySym>> bindings;
+    for (KeyCode code : m_bound) bindings.emplace_back(code, m_map[static_cast<size_t>(code - m_min) * m_perKeycode]);
+    m_record.publish(bindings);
 }
 
 void Keyboard::load() {
@@ -147,7 +155,9 @@ void Keyboard::bindSpares(const std::vector<KeySym>& keysyms, bool forTyping) {
         ++m_version;
         changed = true;
     }
-    if (changed) XSync(m_x.display(), False);
+    if (!changed) return;
+    publishBound();
+    XSync(m_x.display(), False);
 }
 
 void Keyboard::setHeld(KeyCode keycode, bool held) {

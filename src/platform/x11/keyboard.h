@@ -5,6 +5,7 @@
 // keysyms and evdev codes into keycodes of the map in force.
 
 #include "platform/x11/connection.h"
+#include "platform/x11/leftovers.h"
 
 #include <X11/XKBlib.h>
 
@@ -58,6 +59,8 @@ private:
     KeyCode takeSpare();
     void loadXkb();
     std::optional<Typing> findTyping(KeySym keysym);
+    // Lists the bound spares where the next start finds them if we are killed.
+    void publishBound();
 
     // The XKB map (key types, symbols per group, modifier map) and the
     // group in force, both followed through XKB's notify events.
@@ -81,6 +84,7 @@ private:
     std::chrono::steady_clock::time_point m_lastBinding;
     int m_ownChanges = 0;                   // mapping notices that our own bindings will cause
     std::unordered_map<KeySym, std::vector<KeyCode>> m_codesOf;  // cache of keycodesOf, cleared with the map
+    SpareKeycodeRecord m_record{m_x};
 };
 
 }  // namespace tarvoke::platform::x11

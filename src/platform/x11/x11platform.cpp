@@ -1,5 +1,7 @@
 #include "platform/x11/x11platform.h"
 
+#include "platform/x11/leftovers.h"
+
 namespace tarvoke::platform::x11 {
 
 std::unique_ptr<X11Platform> X11Platform::open(EventLoop& loop) {
@@ -7,6 +9,7 @@ std::unique_ptr<X11Platform> X11Platform::open(EventLoop& loop) {
     result->m_connection = std::make_unique<Connection>(loop);
     if (!result->m_connection->ok()) return nullptr;
     Connection& x = *result->m_connection;
+    cleanUpAfterKilledRuns(x);
     result->m_keyboard = std::make_unique<Keyboard>(x);
     result->m_keys = std::make_unique<X11KeyState>(x, *result->m_keyboard);
     result->m_clock = std::make_unique<RealClock>(loop);
