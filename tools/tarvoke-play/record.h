@@ -20,8 +20,8 @@ public:
     CommandLineRecorder(const Options& options, host::Session& session, platform::EventLoop& loop);
     // Records until stop(), then writes the finished script; false when it
     // could not be written (the script then goes to standard output).
-    // afterTick runs after each tick of the sampler.
-    bool run(const std::function<void()>& afterTick);
+    // afterChange runs after each press, release or move is recorded.
+    bool run(const std::function<void()>& afterChange);
     void stop() { m_stopped = true; }
 
 private:
@@ -31,7 +31,6 @@ private:
     host::Session& m_session;
     recorder::RecorderState m_state;
     recorder::FormState m_form;
-    recorder::Stopwatches m_clocks;
     platform::EventLoop& m_loop;
     bool m_stopped = false;
 };

@@ -9,7 +9,9 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
 
 #include "host/keytable.h"
 #include "platform/keystate.h"
@@ -34,6 +36,11 @@ public:
     // pointer is followed; a warp by another program is not among them.
     uint64_t motions() const { return m_motions; }
 
+    // Each raw press, release and move, told as it is taken in, with where
+    // the pointer was at it; the moves of one read come as one change, told
+    // before the next press or release.
+    bool onChange(std::function<void(const InputChange&)> listener) override;
+
 private:
     void onEvent(XEvent& event);
     // Raw key events, and with the pointer raw button and motion events.
@@ -41,6 +48,15 @@ private:
     void fillKeysFromServer();
     void fillButtonsFromServer();
     bool buttonDown(size_t index);
+
+    // For the listener of changes.
+    void tell(const InputChange& change);
+    void tellMotion();
+    Point placeOfPress(uint32_t time);
+    // Asks where the pointer is now; the answer holds for the event in hand
+    // too when no raw motion came between it and the answer.
+    Point askPointer();
+    bool motionReadBefore(unsigned long request);
 
     Connection& m_x;
     Keyboard& m_keyboard;
@@ -66,6 +82,15 @@ private:
     uint64_t m_changes = 0;
     uint64_t m_answersChanges = 0;
     uint64_t m_answersMap = 0;
+
+    std::function<void(const InputChange&)> m_listener;
+    bool m_motionPending = false;
+    uint32_t m_motionTime = 0;
+    // Where the pointer is as of the event in hand, when an answer of the
+    // server is known to hold there: forgotten at each raw motion.
+    std::optional<Point> m_pointer;
+    // The place of the last change told.
+    std::optional<Point> m_told;
 };
 
 }  // namespace tarvoke::platform::x11
