@@ -3,6 +3,13 @@
 #include <algorithm>
 
 namespace tarvoke::recorder {
+namespace {
+
+// A local display stamps with the same monotonic clock: a first stamp up to
+// this much older than its reading was only read late.
+constexpr int64_t kSameClockMs = 1000;
+
+}  // namespace
 
 DisplayTime::Instant DisplayTime::stamp(uint32_t stamp, int64_t receivedAt) {
     // Unwrapped next to where the stamp is expected: a change is read soon
@@ -12,7 +19,10 @@ DisplayTime::Instant DisplayTime::stamp(uint32_t stamp, int64_t receivedAt) {
     // A stamp is never later than its reading; the least delay is the best
     // guess of the offset.
     const int64_t offset = unwrapped - receivedAt;
-    m_offset = m_known ? std::max(m_offset, offset) : offset;
+    if (m_known)
+        m_offset = std::max(m_offset, offset);
+    else if (offset > 0 || offset < -kSameClockMs)
+        m_offset = offset;  // another clock (a display on another machine)
     m_known = true;
     return {unwrapped, true};
 }

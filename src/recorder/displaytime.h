@@ -2,8 +2,9 @@
 // The recorder's clock: the display's own time stamps where a change has
 // one, the local monotonic clock elsewhere (the start, the close). Between
 // two changes the time is the difference of their stamps, exact whatever
-// the delay with which each was read; across the two clocks the offset is
-// the smallest delay seen so far.
+// the delay with which each was read. Across the two clocks: a local X
+// server stamps with the same monotonic clock, so the offset is 0 unless
+// the first stamp says otherwise; then it is the smallest delay seen.
 
 #include <cstdint>
 
