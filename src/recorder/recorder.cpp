@@ -27,9 +27,7 @@ Recorder::Recorder(RecorderState& state, FormState& form, Form kind, platform::K
     m_clocks.readRunClock = [this] { return clamped(m_clock.monotonicMs() - m_runStart); };
 }
 
-Recorder::~Recorder() {
-    if (m_listening) m_keys.onChange({});
-}
+Recorder::~Recorder() { stopListening(); }
 
 DisplayTime::Instant Recorder::now() const {
     return m_changeTime ? *m_changeTime : DisplayTime::local(m_clock.monotonicMs());
@@ -58,9 +56,13 @@ void Recorder::sample() {
 
 void Recorder::countSecond() { recorder::countSecond(m_state, m_clocks); }
 
-std::string Recorder::close() {
+void Recorder::stopListening() {
     if (m_listening) m_keys.onChange({});
     m_listening = false;
+}
+
+std::string Recorder::close() {
+    stopListening();
     return closeRecording(m_state, m_clocks);
 }
 

@@ -37,6 +37,9 @@ public:
     void sample();
     // The seconds timer.
     void countSecond();
+    // Takes no more changes: what the display sends after a stop is not
+    // part of the recording.
+    void stopListening();
     // Stops taking changes and returns the finished script.
     std::string close();
 

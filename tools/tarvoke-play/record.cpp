@@ -53,6 +53,7 @@ bool CommandLineRecorder::run(const std::function<void()>& afterChange) {
     m_state.bMouseMove = m_options.mouseMove;
     m_state.bExtendedClicks = m_options.extendedClicks;
     const bool driven = recorder.start(afterChange);
+    m_recorder = &recorder;
     {
         const auto seconds =
             m_loop.every(std::chrono::milliseconds(kSecondMs), [&recorder] { recorder.countSecond(); });
@@ -66,7 +67,14 @@ bool CommandLineRecorder::run(const std::function<void()>& afterChange) {
         std::fprintf(stderr, "tarvoke-play: recording into '%s'; press Ctrl+0 to stop\n", m_options.record->c_str());
         while (!m_stopped) m_loop.turn(true);
     }
+    m_recorder = nullptr;
     return write(recorder.close());
+}
+
+// The keys of Ctrl+0 may have come in one read with more: those are left out.
+void CommandLineRecorder::stop() {
+    m_stopped = true;
+    if (m_recorder) m_recorder->stopListening();
 }
 
 // Nothing recorded is lost: a script that cannot be written goes to

@@ -7,6 +7,7 @@
 #include "host/session.h"
 #include "options.h"
 #include "platform/eventloop.h"
+#include "recorder/recorder.h"
 #include "recorder/recorderstate.h"
 
 namespace tarvoke::player {
@@ -22,7 +23,7 @@ public:
     // could not be written (the script then goes to standard output).
     // afterChange runs after each press, release or move is recorded.
     bool run(const std::function<void()>& afterChange);
-    void stop() { m_stopped = true; }
+    void stop();
 
 private:
     bool write(const std::string& script) const;
@@ -33,6 +34,7 @@ private:
     recorder::FormState m_form;
     platform::EventLoop& m_loop;
     bool m_stopped = false;
+    recorder::Recorder* m_recorder = nullptr;  // while run() records
 };
 
 }  // namespace tarvoke::player

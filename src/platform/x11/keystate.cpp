@@ -106,6 +106,13 @@ bool X11KeyState::buttonDown(size_t index) {
 }
 
 void X11KeyState::onEvent(XEvent& event) {
+    takeIn(event);
+    // The moves of one read are one change, told when nothing more waits
+    // behind them, or before the next press or release.
+    if (m_motionPending && XQLength(m_x.display()) == 0) tellMotion();
+}
+
+void X11KeyState::takeIn(XEvent& event) {
     XGenericEventCookie& cookie = event.xcookie;
     if (event.type != GenericEvent || cookie.extension != m_opcode || !XGetEventData(m_x.display(), &cookie)) return;
     const auto* raw = static_cast<const XIRawEvent*>(cookie.data);
@@ -122,9 +129,6 @@ void X11KeyState::onEvent(XEvent& event) {
             m_pointer.reset();
             m_motionPending = true;
             m_motionTime = static_cast<uint32_t>(raw->time);
-            // The moves of one read are one change, told when nothing more
-            // waits behind them or before the next press or release.
-            if (XQLength(m_x.display()) == 0) tellMotion();
         }
         return;
     default: return;
@@ -156,11 +160,13 @@ bool X11KeyState::onChange(std::function<void(const InputChange&)> listener) {
     return true;
 }
 
-void X11KeyState::tellMotion() {
+Point X11KeyState::tellMotion() {
     m_motionPending = false;
     const Point at = askPointer();
-    m_told = m_pointer.value_or(at);
-    tell(InputChange{m_motionTime, m_told});
+    const Point here = m_pointer.value_or(at);
+    m_told = here;
+    tell(InputChange{m_motionTime, here});
+    return here;
 }
 
 // Raw button events carry no position, and a warp by another program makes
@@ -170,7 +176,9 @@ void X11KeyState::tellMotion() {
 // the table is still as before the press, so that a recorder writes it
 // before the click.
 Point X11KeyState::placeOfPress(uint32_t time) {
-    if (m_motionPending) tellMotion();
+    // The answer asked for moves that came before holds for the press too:
+    // the press was read before it was asked.
+    if (m_motionPending) return tellMotion();
     const Point at = askPointer();
     // When it moved, the last answer known to hold is the better guess.
     const Point here = m_pointer.value_or(at);

@@ -43,6 +43,7 @@ public:
 
 private:
     void onEvent(XEvent& event);
+    void takeIn(XEvent& event);
     // Raw key events, and with the pointer raw button and motion events.
     void selectRawEvents(bool withPointer);
     void fillKeysFromServer();
@@ -51,7 +52,7 @@ private:
 
     // For the listener of changes.
     void tell(const InputChange& change);
-    void tellMotion();
+    Point tellMotion();
     Point placeOfPress(uint32_t time);
     // Asks where the pointer is now; the answer holds for the event in hand
     // too when no raw motion came between it and the answer.
