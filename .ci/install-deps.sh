@@ -9,7 +9,7 @@ packages=(
   libx11-dev libx11-xcb-dev libxcb1-dev libxcb-xtest0-dev libxtst-dev libxi-dev libxext-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   clang-14 libclang-rt-14-dev
-  xvfb openbox x11-utils xdotool
+  xvfb openbox x11-utils xdotool xautomation
   zlib1g-dev librsvg2-bin dpkg-dev file man-db bash-completion desktop-file-utils appstream lintian
 )
 

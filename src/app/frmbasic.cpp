@@ -158,6 +158,9 @@ void FrmBasic::cmdRecord_Click() {
 void FrmBasic::closeRecording() {
     const std::optional<std::string> script = m_recordTimers->closeIfRecording();
     if (!script) return;
+    // Ctrl+6 and Ctrl+7 may have changed the settings these boxes show.
+    chkMM->setChecked(m_app.bMouseMove);
+    chkEx->setChecked(m_app.bExtendedClicks);
     m_txtLog = QString::fromStdString(*script);
     m_changed = true;
     setWindowTitle(kBareCaption + " - Untitled");

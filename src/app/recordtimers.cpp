@@ -1,7 +1,6 @@
 #include "app/recordtimers.h"
 
 #include "app/app.h"
-#include "recorder/recording.h"
 #include "recorder/sessionhooks.h"
 
 namespace tarvoke::app {
@@ -21,30 +20,41 @@ bool confirmRecording(App& app) {
 
 RecordTimers::RecordTimers(App& app, recorder::Form kind) : m_app(app) {
     host::Session& session = app.session;
-    m_clocks = recorder::sessionClocks(session);
-    if (platform::KeyState* keys = app.keys(); keys && session.platform.input)
-        m_sampler = std::make_unique<recorder::Sampler>(app.recorder, m_form, kind, *keys, *session.platform.input,
-                                                        m_clocks, recorder::sessionHooks(session));
+    if (platform::KeyState* keys = app.keys(); keys && session.platform.input && session.platform.clock)
+        m_recorder = std::make_unique<recorder::Recorder>(app.recorder, m_form, kind, *keys, *session.platform.input,
+                                                          *session.platform.clock, recorder::sessionHooks(session));
     m_tmrRecord.setTimerType(Qt::PreciseTimer);
-    connect(&m_tmrRecTime, &QTimer::timeout, this, [this] { recorder::countSecond(m_app.recorder, m_clocks); });
-    connect(&m_tmrRecord, &QTimer::timeout, this, [this] { m_sampler->tick(); });
+    connect(&m_tmrRecTime, &QTimer::timeout, this, [this] { m_recorder->countSecond(); });
+    connect(&m_tmrRecord, &QTimer::timeout, this, [this] { m_recorder->sample(); });
 }
 
+RecordTimers::~RecordTimers() = default;
+
 void RecordTimers::start() {
-    if (!m_sampler) return;  // no key state or input: nothing could be recorded
+    if (!m_recorder) return;  // no key state or input: nothing could be recorded
     recorder::RecorderState& state = m_app.recorder;
     state.bMouseMove = m_app.bMouseMove;
     state.bExtendedClicks = m_app.bExtendedClicks;
-    recorder::startRecording(state, m_form, *m_app.keys(), *m_app.session.platform.input, m_clocks);
+    // The key state's changes drive the sampler where the platform tells of
+    // them; elsewhere tmrRecord samples every millisecond.
+    const bool driven = m_recorder->start({});
     m_tmrRecTime.start(kSecondMs);
-    m_tmrRecord.start(kSampleIntervalMs);
+    if (!driven) m_tmrRecord.start(kSampleIntervalMs);
 }
 
 std::optional<std::string> RecordTimers::closeIfRecording() {
     if (!m_app.recorder.bRecording) return std::nullopt;
     m_tmrRecord.stop();
     m_tmrRecTime.stop();
-    return recorder::closeRecording(m_app.recorder, m_clocks);
+    std::string script = m_recorder->close();
+    // Ctrl+6 and Ctrl+7 change the settings for good.
+    const recorder::RecorderState& state = m_app.recorder;
+    if (state.bMouseMove != m_app.bMouseMove || state.bExtendedClicks != m_app.bExtendedClicks) {
+        m_app.bMouseMove = state.bMouseMove;
+        m_app.bExtendedClicks = state.bExtendedClicks;
+        m_app.SaveSettings();
+    }
+    return script;
 }
 
 }  // namespace tarvoke::app

@@ -1,6 +1,7 @@
 #pragma once
-// The recording timers of a main window: tmrRecord ticks the sampler every
-// millisecond, tmrRecTime counts the seconds. The recorder's state is the
+// The recording timers of a main window: tmrRecTime counts the seconds;
+// tmrRecord ticks the sampler every millisecond where the key state cannot
+// drive it by its changes. The recorder's state is the
 // program's (App::recorder); the button flags and the last move are the
 // window's own.
 
@@ -11,7 +12,7 @@
 #include <string>
 
 #include "recorder/recorderstate.h"
-#include "recorder/sampler.h"
+#include "recorder/recorder.h"
 
 class QString;
 
@@ -25,11 +26,14 @@ bool confirmRecording(App& app);
 class RecordTimers : public QObject {
 public:
     RecordTimers(App& app, recorder::Form kind);
+    ~RecordTimers() override;
 
     // Resets the recorder, takes the settings' mouse-move and extended-click
     // choices, and starts both timers. The window hides itself before.
     void start();
-    // The finished script when a recording ran, after stopping its timers.
+    // The finished script when a recording ran, after stopping its timers;
+    // settings changed by Ctrl+6 and Ctrl+7 in the recording are kept and
+    // saved.
     std::optional<std::string> closeIfRecording();
 
     bool recordTimerOn() const { return m_tmrRecord.isActive(); }
@@ -37,8 +41,7 @@ public:
 private:
     App& m_app;
     recorder::FormState m_form;
-    recorder::Stopwatches m_clocks;
-    std::unique_ptr<recorder::Sampler> m_sampler;
+    std::unique_ptr<recorder::Recorder> m_recorder;
     QTimer m_tmrRecord;
     QTimer m_tmrRecTime;
 };

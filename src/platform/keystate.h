@@ -3,8 +3,18 @@
 // trip to the display.
 
 #include <cstdint>
+#include <functional>
+#include <optional>
+
+#include "platform/types.h"
 
 namespace tarvoke::platform {
+
+// One press, release or pointer move, as the display saw it.
+struct InputChange {
+    uint32_t time = 0;             // the display's milliseconds (they wrap at 2^32)
+    std::optional<Point> pointer;  // where the pointer was then, when known
+};
 
 class KeyState {
 public:
@@ -22,6 +32,17 @@ public:
     // While a run is active the stop key (Ctrl+0) is kept from the
     // applications; a platform that cannot do so ignores this.
     virtual void claimStopKey(bool) {}
+
+    // Calls the listener once for every press and release of a key or a
+    // button, and for the pointer's moves, in the order the display saw
+    // them, while isDown answers as of right after that change (so a press
+    // and release within one millisecond are two calls). An empty function
+    // ends the calls. False when this platform cannot tell of each change;
+    // its readers then sample.
+    virtual bool onChange(std::function<void(const InputChange&)> listener) {
+        (void)listener;
+        return false;
+    }
 };
 
 }  // namespace tarvoke::platform

@@ -45,7 +45,8 @@ void Sampler::AddRecordedLine(const std::string& sLine) {
 
 // The order of the tick is part of the recording's meaning: the hotkey
 // digits end a tick before the keys behind them are looked at.
-void Sampler::tick() {
+void Sampler::tick(std::optional<platform::Point> pointer) {
+    m_pointer = pointer;
     sampleButton(1, m_form.bLeftDown, "Left");
     sampleButton(2, m_form.bRightDown, "Right");
     sampleButton(4, m_form.bMiddleDown, "Middle");
@@ -63,21 +64,23 @@ void Sampler::tick() {
     plainKeys(164, 254);
 }
 
+platform::Point Sampler::cursor() { return m_pointer ? *m_pointer : m_input.cursorPos(); }
+
 void Sampler::sampleButton(uint8_t vk, bool& flag, const char* name) {
     const bool down = m_keys.isDown(vk);
     if (down == flag) return;
-    const platform::Point cursor = m_input.cursorPos();
+    const platform::Point at = cursor();
     const std::string change = std::string(name) + (down ? "Down" : "Up");
-    AddRecordedLine(m_state.bExtendedClicks ? change + "Ex(" + pointText(cursor) + ");" : change + "();");
+    AddRecordedLine(m_state.bExtendedClicks ? change + "Ex(" + pointText(at) + ");" : change + "();");
     flag = down;
 }
 
 // A move along one axis alone writes nothing until the other one changes too.
 void Sampler::sampleMove() {
-    const platform::Point cursor = m_input.cursorPos();
-    if (cursor.x == m_form.ptLastMove.x || cursor.y == m_form.ptLastMove.y) return;
-    AddRecordedLine("MoveMouse(" + pointText(cursor) + ");");
-    m_form.ptLastMove = cursor;
+    const platform::Point at = cursor();
+    if (at.x == m_form.ptLastMove.x || at.y == m_form.ptLastMove.y) return;
+    AddRecordedLine("MoveMouse(" + pointText(at) + ");");
+    m_form.ptLastMove = at;
 }
 
 void Sampler::plainKey(uint8_t vk) {

@@ -4,6 +4,7 @@
 // each after a Pause line with the time since the line before.
 
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "platform/input.h"
@@ -26,10 +27,14 @@ public:
         : m_state(state), m_form(form), m_kind(kind), m_keys(keys), m_input(input), m_clocks(clocks),
           m_hooks(std::move(hooks)) {}
 
-    void tick();
+    // One comparison of everything with what was last written. pointer is
+    // where the pointer was at the change that led to this tick, when the
+    // platform knows; else the cursor is read now.
+    void tick(std::optional<platform::Point> pointer = std::nullopt);
     void AddRecordedLine(const std::string& sLine);
 
 private:
+    platform::Point cursor();
     void sampleButton(uint8_t vk, bool& flag, const char* name);
     void sampleMove();
     void plainKey(uint8_t vk);
@@ -46,6 +51,7 @@ private:
     platform::Input& m_input;
     const Stopwatches& m_clocks;
     SamplerHooks m_hooks;
+    std::optional<platform::Point> m_pointer;  // of the tick in hand
 };
 
 // Takes the last "KeyDown(163);" out of the text, else the last

@@ -1,19 +1,9 @@
 #include "recorder/sessionhooks.h"
 
-#include "host/timing.h"
 #include "recorder/windowselection.h"
 #include "screen/imagefiles.h"
 
 namespace tarvoke::recorder {
-
-Stopwatches sessionClocks(host::Session& session) {
-    Stopwatches clocks;
-    clocks.startEventClock = [&session] { host::StartEventClock(session); };
-    clocks.readEventClock = [&session] { return host::ReadEventClock(session); };
-    clocks.startRunClock = [&session] { host::StartRunClock(session); };
-    clocks.readRunClock = [&session] { return host::ReadRunClock(session); };
-    return clocks;
-}
 
 SamplerHooks sessionHooks(host::Session& session) {
     SamplerHooks hooks;

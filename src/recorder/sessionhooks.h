@@ -1,7 +1,7 @@
 #pragma once
 // What the recorder needs from the host session, the same for the windows
-// and the command-line recorder: the host's stopwatches, and the hotkeys'
-// window selection and private screen capture.
+// and the command-line recorder: the hotkeys' window selection and private
+// screen capture.
 
 #include "host/session.h"
 #include "recorder/recorderstate.h"
@@ -9,7 +9,6 @@
 
 namespace tarvoke::recorder {
 
-Stopwatches sessionClocks(host::Session& session);
 SamplerHooks sessionHooks(host::Session& session);
 
 }  // namespace tarvoke::recorder

@@ -2,6 +2,7 @@
 // script, the start and close in both modes, and the Ctrl+8 start.
 
 #include <QAction>
+#include <QCheckBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRegularExpression>
@@ -10,6 +11,8 @@
 
 #include "app/frmbasic.h"
 #include "app/frmmain.h"
+#include "app/frmsettings.h"
+#include "app/settings.h"
 #include "app_fixture.h"
 
 using namespace tarvoke::app;
@@ -21,6 +24,8 @@ constexpr uint8_t kCtrl = 17;
 constexpr uint8_t kLeftCtrl = 162;
 constexpr uint8_t kEight = 56;
 constexpr uint8_t kA = 65;
+constexpr uint8_t kSix = 54;
+constexpr uint8_t kSeven = 55;
 
 // One of the two main windows, driven alike.
 struct Window {
@@ -178,6 +183,42 @@ private slots:
                                 "Pause(t);"};
         if (dropped) expected = expected.mid(4);
         QCOMPARE(body, expected);
+    }
+
+    // Ctrl+6 and Ctrl+7 change the settings for good: the program's flags,
+    // settings.dat, the Settings dialog, Basic Mode's boxes, the next start.
+    void ctrlSixAndSevenChangeTheSettingsForGood_data() {
+        QTest::addColumn<bool>("basic");
+        QTest::newRow("advanced") << false;
+        QTest::newRow("basic") << true;
+    }
+    void ctrlSixAndSevenChangeTheSettingsForGood() {
+        QFETCH(bool, basic);
+        AppFixture f;
+        Window w = open(f, basic);
+        w.setText("");
+        f.app->bMouseMove = f.app->bExtendedClicks = true;
+        w.record();
+        for (uint8_t digit : {kSix, kSeven}) {
+            f.keys.press(kCtrl);
+            f.keys.press(kLeftCtrl);
+            QVERIFY(recorded(f, "KeyDown(162);"));
+            f.keys.press(digit);
+            const bool& flag = digit == kSix ? f.app->recorder.bMouseMove : f.app->recorder.bExtendedClicks;
+            QTRY_VERIFY(!flag);
+            f.keys.releaseAll();
+            QTRY_VERIFY(!f.app->recorder.bSkipNextLine);  // the Ctrl release swallowed
+        }
+        w.stop();
+        QVERIFY(!f.app->bMouseMove && !f.app->bExtendedClicks);
+        const Settings saved = parseSettings(f.readFile("settings.dat").toStdString());
+        QVERIFY(!saved.bMouseMove && !saved.bExtendedClicks);
+        FrmSettings dialog(*f.app);
+        QVERIFY(!dialog.chkMM->isChecked() && !dialog.chkEx->isChecked());
+        if (basic) QVERIFY(!f.app->frmBasic().chkMM->isChecked() && !f.app->frmBasic().chkEx->isChecked());
+        w.record();
+        QVERIFY(!f.app->recorder.bMouseMove && !f.app->recorder.bExtendedClicks);
+        w.stop();
     }
 };
 

@@ -30,6 +30,19 @@ def tap(*keys):
         time.sleep(HOLD)
 
 
+INPUT_TYPES = ("ButtonPress", "ButtonRelease", "KeyPress", "KeyRelease")
+
+
+def xte(*commands, window=None, total=0):
+    """Input with no hold at all: each press and its release leave together.
+    With a window, waits until it has received total presses and releases:
+    the window manager holds a click on a client window back until it has
+    looked at it, so a burst of the other device waits, as a person's would."""
+    subprocess.run(["xte", *commands], check=True)
+    if window and len(window.wait_for(total, *INPUT_TYPES)) < total:
+        raise AssertionError("the window did not receive the input")
+
+
 def click(button):
     xdotool("mousedown", button)
     time.sleep(HOLD)
@@ -37,13 +50,51 @@ def click(button):
     time.sleep(HOLD)
 
 
-def start_recorder(*args):
-    """tarvoke-play --record, once it says that it records."""
-    recorder = subprocess.Popen([PLAY, "--record", *args], stderr=subprocess.PIPE, text=True)
+def start_recorder(script, *extra, env=None):
+    """tarvoke-play --record, once it says it records (it listens by then)."""
+    recorder = subprocess.Popen([PLAY, "--record", script, *extra], stderr=subprocess.PIPE, text=True, env=env)
     line = recorder.stderr.readline()
-    if "press Ctrl+0 to stop" not in line:
-        raise RuntimeError("the recorder did not start: " + line + recorder.stderr.read())
+    if "recording into" not in line:
+        raise AssertionError("the recorder did not start: " + line + recorder.stderr.read())
     return recorder
+
+
+def stop_recorder(test, recorder, script):
+    tap("ctrl", "0")
+    test.assertEqual(recorder.wait(timeout=10), 0, recorder.stderr.read())
+    recorder.stderr.close()
+    with open(script) as f:
+        return f.read()
+
+
+def body(text):
+    """The recorded lines between the frame, without the pauses."""
+    return [line for line in text.split("\n")[4:-2] if line and not line.startswith("Pause(")]
+
+
+def key_lines(text):
+    """KeyDown and KeyUp of each character, as the recorder writes a tap."""
+    lines = []
+    for c in text:
+        lines += ["KeyDown(%d);" % ord(c.upper()), "KeyUp(%d);" % ord(c.upper())]
+    return lines
+
+
+BUTTON_NAMES = {"1": "Left", "2": "Middle", "3": "Right"}
+
+
+def lines_seen(window):
+    """What the window received, as the recorder writes it: clicks with their
+    place, letters and digits as their keys, in the order the server
+    delivered them (a window manager may hold a click back behind keys)."""
+    lines = []
+    for e in window.events("ButtonPress", "ButtonRelease", "KeyPress", "KeyRelease"):
+        down = e["type"].endswith("Press")
+        if e["type"].startswith("Button"):
+            lines.append("%s%sEx(%s);" % (BUTTON_NAMES[e["button"]], "Down" if down else "Up", e["root"]))
+        else:
+            lines.append("Key%s(%d);" % ("Down" if down else "Up", ord(chr(int(e["keysym"], 16)).upper())))
+    return lines
 
 
 def inputs(window):
@@ -76,11 +127,13 @@ class RecordThenPlay(unittest.TestCase):
         tap("a")
         tap("shift", "b")
         tap("ctrl", "c")
-        time.sleep(0.2)
-        tap("ctrl", "0")
-        self.assertEqual(recorder.wait(timeout=10), 0, recorder.stderr.read())
-        with open(self.script) as f:
-            return f.read()
+        # Then taps with no hold at all, a click where the pointer moved to,
+        # and a click after a warp.
+        xte("mouseclick 1", "mouseclick 1", window=window, total=16)
+        xte("str xyz", window=window, total=22)
+        xte("mousemove %d %d" % (x + 20, y + 25), "mouseclick 3", window=window, total=24)
+        xdotool("mousemove", x + 30, y + 5, "click", 1)
+        return stop_recorder(self, recorder, self.script)
 
     def test_recording_has_the_frame_and_the_lines_done(self):
         with TestWindow() as window:
@@ -97,8 +150,57 @@ class RecordThenPlay(unittest.TestCase):
         keys = [line for line in body if line.startswith("Key")]
         self.assertEqual(keys, ["KeyDown(65);", "KeyUp(65);",
                                 "KeyDown(16);", "KeyDown(160);", "KeyDown(66);", "KeyUp(66);", "KeyUp(16);", "KeyUp(160);",
-                                "KeyDown(162);", "KeyDown(67);", "KeyUp(67);", "KeyUp(162);"])
+                                "KeyDown(162);", "KeyDown(67);", "KeyUp(67);", "KeyUp(162);"] + key_lines("xyz"))
         self.assertTrue(all(line.endswith(");") for line in lines[4:-2] if line))
+
+    def test_input_with_no_hold_is_all_recorded_in_order(self):
+        with TestWindow() as window:
+            x, y = window.point("top", 40, 30)
+            xdotool("mousemove", x, y)
+            recorder = start_recorder(self.script, "--no-mouse-move")
+            letters = "abcdefghijklmnopqrstuvwxyz0123456789"
+            xte(*["mouseclick 1"] * 20, window=window, total=40)
+            xte("str " + letters, window=window, total=40 + 72)
+            seen = lines_seen(window)
+            text = stop_recorder(self, recorder, self.script)
+        expected = ["LeftDownEx(%d,%d);" % (x, y), "LeftUpEx(%d,%d);" % (x, y)] * 20 + key_lines(letters)
+        self.assertEqual(seen, expected)
+        self.assertEqual(body(text), expected)
+        # A press and its release within one millisecond stand with a Pause of 0 between them.
+        self.assertIn("LeftDownEx(%d,%d);\nPause(0);\nLeftUpEx" % (x, y), text)
+
+    def test_a_click_right_after_a_move_or_a_warp_is_recorded_where_it_happened(self):
+        with TestWindow() as window:
+            points = [window.point("top", 20 + 17 * i, 15 + 9 * i) for i in range(8)]
+            recorder = start_recorder(self.script)
+            for i, (x, y) in enumerate(points):
+                if i % 2:
+                    xte("mousemove %d %d" % (x, y), "mouseclick 1")  # a move of the XTest pointer
+                else:
+                    xdotool("mousemove", x, y, "click", 1)  # a warp, which makes no raw motion
+            lines = body(stop_recorder(self, recorder, self.script))
+        expected = []
+        for x, y in points:
+            expected += ["MoveMouse(%d,%d);" % (x, y), "LeftDownEx(%d,%d);" % (x, y), "LeftUpEx(%d,%d);" % (x, y)]
+        self.assertEqual(lines, expected)
+
+    def test_ctrl_six_and_seven_flip_the_flags_for_the_rest_of_the_recording(self):
+        env = dict(os.environ, TARVOKE_SETTINGS_DIR=os.path.join(self.folder.name, "settings"))
+        with TestWindow() as window:
+            (x1, y1), (x2, y2) = window.point("top", 20, 20), window.point("top", 60, 50)
+            recorder = start_recorder(self.script, env=env)
+            xte("mousemove %d %d" % (x1, y1), "mouseclick 1")
+            tap("ctrl", "6")
+            tap("ctrl", "7")
+            xte("mousemove %d %d" % (x2, y2), "mouseclick 1")
+            tap("ctrl", "7")
+            xte("mouseclick 1")
+            lines = body(stop_recorder(self, recorder, self.script))
+        self.assertEqual(lines, ["MoveMouse(%d,%d);" % (x1, y1), "LeftDownEx(%d,%d);" % (x1, y1),
+                                 "LeftUpEx(%d,%d);" % (x1, y1), "LeftDown();", "LeftUp();",
+                                 "LeftDownEx(%d,%d);" % (x2, y2), "LeftUpEx(%d,%d);" % (x2, y2)])
+        # The player keeps no settings.
+        self.assertFalse(os.path.exists(env["TARVOKE_SETTINGS_DIR"]))
 
     def test_playing_the_recording_repeats_the_input(self):
         with TestWindow() as window:
@@ -110,7 +212,7 @@ class RecordThenPlay(unittest.TestCase):
             replayed = inputs(window)
         # The recording ends with the Ctrl+0 that stopped it, which is not in it.
         self.assertEqual(replayed, recorded[:len(replayed)])
-        self.assertGreaterEqual(len(replayed), 12)
+        self.assertGreaterEqual(len(replayed), 12 + 4 + 6 + 4)
 
     def test_after_ctrl_four_clicks_go_to_the_window_as_sent_events(self):
         with TestWindow() as window:
@@ -119,10 +221,7 @@ class RecordThenPlay(unittest.TestCase):
             xdotool("mousemove", x, y)
             tap("ctrl", "4")
             click(1)
-            tap("ctrl", "0")
-            self.assertEqual(recorder.wait(timeout=10), 0)
-        with open(self.script) as f:
-            text = f.read()
+            text = stop_recorder(self, recorder, self.script)
         self.assertIn('SelectWindow("TarvokeTest", "Tarvoke Test Window");\nSelectSubWindow("TarvokeChild");\n', text)
         self.assertNotIn("KeyDown(52)", text)
         self.assertNotIn("KeyDown(162)", text)
@@ -142,10 +241,8 @@ class RecordThenPlay(unittest.TestCase):
             tap("ctrl", "5")
             xdotool("mousemove", *window.point("child", 10, 10))  # the child is black
             tap("ctrl", "5")
-            tap("ctrl", "0")
-            self.assertEqual(recorder.wait(timeout=10), 0)
-            with open(self.script) as f:
-                body = [line for line in f.read().split("\n") if line and not line.startswith("Pause(")]
+            text = stop_recorder(self, recorder, self.script)
+            body = [line for line in text.split("\n") if line and not line.startswith("Pause(")]
             self.assertEqual(body[3:], [
                 "CaptureScreen(imagesave0);", "CreateColorRange(colorrange0, 255, 255, 255, 255, 255, 255);",
                 "MoveMouseToColorRange(imagesave0, colorrange0);",

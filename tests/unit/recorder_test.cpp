@@ -1,7 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
 #include <set>
 
+#include "platform/fake/fakekeyboard.h"
+#include "recorder/recorder.h"
 #include "recorder/recording.h"
 #include "recorder/sampler.h"
 #include "recorder/windowselection.h"
@@ -242,6 +246,112 @@ TEST(WindowSelection, TextsAreCutAt99BytesOnACharacterBoundary) {
     std::string accented = std::string(98, 'a') + "\xc3\xa9";  // the é would straddle the cut
     EXPECT_EQ(cutWindowText(accented), std::string(98, 'a'));
 }
+
+// The recorder driven by the key state's changes, as the X11 key state
+// tells them from raw events: one tick per change, timed by its stamp.
+
+struct TestClock : platform::Clock {
+    int64_t now = 0;
+    void yield() override {}
+    void wait(int32_t) override {}
+    void cancelWaits() override {}
+    int64_t monotonicMs() override { return now; }
+};
+
+// What the user did, stamped by the display and read `late` ms after.
+struct Step {
+    enum What { Press, Release, Move } what;
+    uint32_t stamp;
+    int vk = 0;
+    platform::Point at{};
+    int late = 0;
+};
+
+struct ChangeCase {
+    const char* name;
+    bool mouseMove, extendedClicks;
+    int64_t start;  // local time of the start
+    int64_t skew;   // the display's clock ahead of the local one
+    std::vector<Step> steps;
+    std::string expected;
+};
+
+const ChangeCase kChangeCases[] = {
+    {"a click with no hold after a move: both lines, Pause(0) between", true, true, 1000, 0,
+     {{Step::Move, 1010, 0, {300, 300}}, {Step::Press, 1020, 1, {300, 300}}, {Step::Release, 1020, 1, {300, 300}}},
+     "Pause(10);\nMoveMouse(300,300);\nPause(10);\nLeftDownEx(300,300);\nPause(0);\nLeftUpEx(300,300);\n"},
+    {"keys typed within one millisecond", false, false, 1000, 0,
+     {{Step::Press, 1005, 65}, {Step::Release, 1005, 65}, {Step::Press, 1005, 66}, {Step::Release, 1006, 66}},
+     "Pause(5);\nKeyDown(65);\nPause(0);\nKeyUp(65);\nPause(0);\nKeyDown(66);\nPause(1);\nKeyUp(66);\n"},
+    {"pauses from the stamps, however late each was read", false, false, 1000, 0,
+     {{Step::Press, 1010, 65, {}, 30}, {Step::Release, 1012, 65, {}, 3}},
+     "Pause(10);\nKeyDown(65);\nPause(2);\nKeyUp(65);\n"},
+    {"stamps that wrap at 2^32", false, false, 4294967291, 0,
+     {{Step::Press, 4294967294u, 65}, {Step::Release, 2, 65}}, "Pause(3);\nKeyDown(65);\nPause(4);\nKeyUp(65);\n"},
+    {"a display with a clock of its own: the first pause as read", false, false, 1000, 76000,
+     {{Step::Press, 77000, 65, {}, 10}, {Step::Release, 77003, 65, {}, 50}},
+     "Pause(10);\nKeyDown(65);\nPause(3);\nKeyUp(65);\n"},
+    {"clicks where the change says, the cursor read later elsewhere", false, true, 1000, 0,
+     {{Step::Press, 1001, 1, {300, 300}}, {Step::Release, 1001, 1, {300, 300}}, {Step::Press, 1002, 2, {5, 6}},
+      {Step::Release, 1003, 2, {5, 6}}},
+     "Pause(1);\nLeftDownEx(300,300);\nPause(0);\nLeftUpEx(300,300);\nPause(1);\nRightDownEx(5,6);\nPause(1);\n"
+     "RightUpEx(5,6);\n"},
+    {"Ctrl+6 and Ctrl+7 flip the settings for what follows", true, true, 1000, 0,
+     {{Step::Press, 1010, 162}, {Step::Press, 1011, 54}, {Step::Release, 1011, 54}, {Step::Release, 1012, 162},
+      {Step::Press, 1020, 162}, {Step::Press, 1021, 55}, {Step::Release, 1021, 55}, {Step::Release, 1022, 162},
+      {Step::Move, 1030, 0, {40, 50}}, {Step::Press, 1031, 1, {40, 50}}, {Step::Release, 1031, 1, {40, 50}}},
+     "Pause(10);\nPause(10);\nPause(11);\nLeftDown();\nPause(0);\nLeftUp();\n"},
+};
+
+class ChangeTest : public ::testing::TestWithParam<ChangeCase> {};
+
+TEST_P(ChangeTest, WritesOneTickPerChange) {
+    const ChangeCase& c = GetParam();
+    platform::fake::FakeKeyboard keyboard = platform::fake::FakeKeyboard::us();
+    FakeCursor cursor;
+    cursor.cursor = {900, 700};  // where a late read of the cursor would find it
+    TestClock clock;
+    clock.now = c.start;
+    RecorderState state;
+    state.bMouseMove = c.mouseMove;
+    state.bExtendedClicks = c.extendedClicks;
+    FormState form;
+    form.ptLastMove = cursor.cursor;
+    Recorder recorder(state, form, Form::Basic, keyboard, cursor, clock, {});
+    int polls = 0;
+    ASSERT_TRUE(recorder.start([&polls] { ++polls; }));
+    form.ptLastMove = {900, 700};
+    int64_t lastStamp = c.start;
+    for (const Step& step : c.steps) {
+        lastStamp += static_cast<int32_t>(step.stamp - static_cast<uint32_t>(lastStamp + c.skew));
+        clock.now = std::max(clock.now, lastStamp + step.late);
+        if (step.what == Step::Move)
+            keyboard.moved(step.stamp, step.at);
+        else
+            keyboard.change(static_cast<uint8_t>(step.vk), step.what == Step::Press, step.stamp,
+                            step.vk <= 4 ? std::optional(step.at) : std::nullopt);
+    }
+    EXPECT_EQ(state.sScriptText, c.expected);
+    EXPECT_EQ(polls, static_cast<int>(c.steps.size()));
+    // The close counts on the local clock from the last change's stamp.
+    clock.now += 7;
+    const std::string script = recorder.close();
+    if (c.skew == 0) {
+        const std::string last = "Pause(" + std::to_string(clock.now - lastStamp) + ");\n\nEndFunction();";
+        EXPECT_NE(script.find(last), std::string::npos) << script;
+    }
+    // After the close no change is taken.
+    keyboard.change(90, true, 5000);
+    EXPECT_EQ(state.sScriptText, script);
+}
+
+INSTANTIATE_TEST_SUITE_P(Recorder, ChangeTest, ::testing::ValuesIn(kChangeCases),
+                         [](const ::testing::TestParamInfo<ChangeCase>& info) {
+                             std::string name;
+                             for (const char* c = info.param.name; *c; ++c)
+                                 if (std::isalnum(static_cast<unsigned char>(*c))) name += *c;
+                             return name;
+                         });
 
 }  // namespace
 }  // namespace tarvoke::recorder

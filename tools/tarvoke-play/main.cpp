@@ -145,7 +145,8 @@ int play(int argc, char** argv) {
             status = 128 + number;
             recorder.stop();
         });
-        // The sampler's timer polls the hotkeys too: one wake-up a millisecond.
+        // The hotkeys are looked at after each key the recorder takes in:
+        // nothing wakes while the user does nothing.
         const auto stopOnCtrlZero = [&] { desktop->pollHotkeysOnce([&] { recorder.stop(); }); };
         return recorder.run(stopOnCtrlZero) ? status : 1;
     }

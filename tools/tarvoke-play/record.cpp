@@ -10,8 +10,7 @@
 #include <filesystem>
 
 #include "platform/filesave.h"
-#include "recorder/recording.h"
-#include "recorder/sampler.h"
+#include "recorder/recorder.h"
 #include "recorder/sessionhooks.h"
 
 namespace tarvoke::player {
@@ -99,27 +98,39 @@ std::string recordingProblem(const Options& options) {
 }
 
 CommandLineRecorder::CommandLineRecorder(const Options& options, host::Session& session, platform::EventLoop& loop)
-    : m_options(options), m_session(session), m_clocks(recorder::sessionClocks(session)), m_loop(loop) {}
+    : m_options(options), m_session(session), m_loop(loop) {}
 
-bool CommandLineRecorder::run(const std::function<void()>& afterTick) {
+bool CommandLineRecorder::run(const std::function<void()>& afterChange) {
     platform::Platform& platform = m_session.platform;
-    recorder::Sampler sampler(m_state, m_form, recorder::Form::Basic, *platform.keys, *platform.input, m_clocks,
-                              recorder::sessionHooks(m_session));
-
+    recorder::Recorder recorder(m_state, m_form, recorder::Form::Basic, *platform.keys, *platform.input,
+                                *platform.clock, recorder::sessionHooks(m_session));
+    // The flags flip with Ctrl+6 and Ctrl+7 for the rest of this recording
+    // alone: the player keeps no settings.
     m_state.bMouseMove = m_options.mouseMove;
     m_state.bExtendedClicks = m_options.extendedClicks;
-    recorder::startRecording(m_state, m_form, *platform.keys, *platform.input, m_clocks);
+    const bool driven = recorder.start(afterChange);
+    m_recorder = &recorder;
     {
-        const auto seconds = m_loop.every(std::chrono::milliseconds(kSecondMs),
-                                          [this] { recorder::countSecond(m_state, m_clocks); });
-        const auto samples = m_loop.every(std::chrono::milliseconds(kSampleIntervalMs), [&sampler, &afterTick] {
-            sampler.tick();
-            afterTick();
-        });
+        const auto seconds =
+            m_loop.every(std::chrono::milliseconds(kSecondMs), [&recorder] { recorder.countSecond(); });
+        // Without changes told by the key state, a sampler every millisecond.
+        std::unique_ptr<platform::EventLoop::Handle> samples;
+        if (!driven)
+            samples = m_loop.every(std::chrono::milliseconds(kSampleIntervalMs), [&recorder, &afterChange] {
+                recorder.sample();
+                afterChange();
+            });
         std::fprintf(stderr, "tarvoke-play: recording into '%s'; press Ctrl+0 to stop\n", m_options.record->c_str());
         while (!m_stopped) m_loop.turn(true);
     }
-    return write(recorder::closeRecording(m_state, m_clocks));
+    m_recorder = nullptr;
+    return write(recorder.close());
+}
+
+// The keys of Ctrl+0 may have come in one read with more: those are left out.
+void CommandLineRecorder::stop() {
+    m_stopped = true;
+    if (m_recorder) m_recorder->stopListening();
 }
 
 // Nothing recorded is lost: a script that cannot be written goes to

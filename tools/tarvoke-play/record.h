@@ -7,6 +7,7 @@
 #include "host/session.h"
 #include "options.h"
 #include "platform/eventloop.h"
+#include "recorder/recorder.h"
 #include "recorder/recorderstate.h"
 
 namespace tarvoke::player {
@@ -20,9 +21,9 @@ public:
     CommandLineRecorder(const Options& options, host::Session& session, platform::EventLoop& loop);
     // Records until stop(), then writes the finished script; false when it
     // could not be written (the script then goes to standard output).
-    // afterTick runs after each tick of the sampler.
-    bool run(const std::function<void()>& afterTick);
-    void stop() { m_stopped = true; }
+    // afterChange runs after each press, release or move is recorded.
+    bool run(const std::function<void()>& afterChange);
+    void stop();
 
 private:
     bool write(const std::string& script) const;
@@ -31,9 +32,9 @@ private:
     host::Session& m_session;
     recorder::RecorderState m_state;
     recorder::FormState m_form;
-    recorder::Stopwatches m_clocks;
     platform::EventLoop& m_loop;
     bool m_stopped = false;
+    recorder::Recorder* m_recorder = nullptr;  // while run() records
 };
 
 }  // namespace tarvoke::player

@@ -83,6 +83,15 @@ void FakeKeyboard::pressVirtualKey(uint8_t vk, bool down) {
     if (const uint8_t keycode = keycodeFor(vk)) m_keycodesDown[keycode] = down;
 }
 
+void FakeKeyboard::change(uint8_t vk, bool down, uint32_t time, std::optional<Point> pointer) {
+    pressVirtualKey(vk, down);
+    if (m_listener) m_listener(InputChange{time, pointer});
+}
+
+void FakeKeyboard::moved(uint32_t time, Point to) {
+    if (m_listener) m_listener(InputChange{time, to});
+}
+
 bool FakeKeyboard::carriesKeysym(uint32_t keysym) const { return keycodeCarrying(keysym) != 0; }
 
 bool FakeKeyboard::keysymDown(uint32_t keysym) const {

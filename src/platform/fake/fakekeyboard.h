@@ -5,6 +5,8 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <map>
 #include <vector>
 
@@ -42,6 +44,16 @@ public:
     bool isDown(uint8_t vk) override { return host::isVirtualKeyDown(vk, *this); }
     bool pressedSinceLastRead(uint8_t vk) override;
 
+    // Changes are told as the display would: change() presses or releases
+    // what vk means and tells the listener, stamped with the display's time.
+    bool onChange(std::function<void(const InputChange&)> listener) override {
+        m_listener = std::move(listener);
+        return true;
+    }
+    void change(uint8_t vk, bool down, uint32_t time, std::optional<Point> pointer = std::nullopt);
+    // A move of the pointer.
+    void moved(uint32_t time, Point to);
+
 private:
     uint8_t keycodeCarrying(uint32_t keysym) const;
 
@@ -49,6 +61,7 @@ private:
     std::array<bool, 256> m_keycodesDown{};
     std::array<bool, 16> m_buttonsDown{};
     std::array<bool, 256> m_wasDown{};
+    std::function<void(const InputChange&)> m_listener;
 };
 
 }  // namespace tarvoke::platform::fake

@@ -111,6 +111,13 @@ bool X11KeyState::buttonDown(size_t index) {
 }
 
 void X11KeyState::onEvent(XEvent& event) {
+    takeIn(event);
+    // The moves of one read are one change, told when nothing more waits
+    // behind them, or before the next press or release.
+    if (m_motionPending && XQLength(m_x.display()) == 0) tellMotion();
+}
+
+void X11KeyState::takeIn(XEvent& event) {
     XGenericEventCookie& cookie = event.xcookie;
     if (event.type != GenericEvent || cookie.extension != m_opcode || !XGetEventData(m_x.display(), &cookie)) return;
     const auto* raw = static_cast<const XIRawEvent*>(cookie.data);
@@ -121,7 +128,14 @@ void X11KeyState::onEvent(XEvent& event) {
     case XI_RawKeyRelease: index = raw->detail; break;
     case XI_RawButtonPress: index = kButtonBase + raw->detail; press = true; break;
     case XI_RawButtonRelease: index = kButtonBase + raw->detail; break;
-    case XI_RawMotion: ++m_motions; return;
+    case XI_RawMotion:
+        ++m_motions;
+        if (m_listener) {
+            m_pointer.reset();
+            m_motionPending = true;
+            m_motionTime = static_cast<uint32_t>(raw->time);
+        }
+        return;
     default: return;
     }
     if (index >= m_down.size()) return;
@@ -133,9 +147,92 @@ void X11KeyState::onEvent(XEvent& event) {
     }
     // Without the recorder's interest, buttons are asked of the server.
     if (index >= kButtonBase && !m_followsPointer) return;
+    const auto time = static_cast<uint32_t>(raw->time);
+    std::optional<Point> here;
+    if (m_listener) here = placeOfPress(time);
     m_down[index] = press;
     ++m_changes;
     if (press) m_lastPress[index] = ++m_presses;
+    if (here) tell(InputChange{time, here});
+}
+
+// A copy runs, so that the listener may end the calls from inside.
+void X11KeyState::tell(const InputChange& change) {
+    if (!m_listener) return;
+    const auto listener = m_listener;
+    listener(change);
+}
+
+bool X11KeyState::onChange(std::function<void(const InputChange&)> listener) {
+    if (!m_ok) return false;
+    m_listener = std::move(listener);
+    m_motionPending = false;
+    m_pointer.reset();
+    m_told.reset();
+    if (m_listener) m_told = askPointer();
+    return true;
+}
+
+Point X11KeyState::tellMotion() {
+    m_motionPending = false;
+    const Point at = askPointer();
+    const Point here = m_pointer.value_or(at);
+    m_told = here;
+    tell(InputChange{m_motionTime, here});
+    return here;
+}
+
+// Raw button events carry no position, and a warp by another program makes
+// no raw event: the server is asked at each press and release, and its
+// answer is the place of it unless the pointer moved between the two. A
+// place that no move told of was a warp: it is told as a move first, while
+// the table is still as before the press, so that a recorder writes it
+// before the click.
+Point X11KeyState::placeOfPress(uint32_t time) {
+    // The answer asked for moves that came before holds for the press too:
+    // the press was read before it was asked.
+    if (m_motionPending) return tellMotion();
+    const Point at = askPointer();
+    // When it moved, the last answer known to hold is the better guess.
+    const Point here = m_pointer.value_or(at);
+    if (m_told != here) {
+        m_told = here;
+        tell(InputChange{time, here});
+    }
+    return here;
+}
+
+Point X11KeyState::askPointer() {
+    const unsigned long request = NextRequest(m_x.display());
+    const Connection::Pointer answer = m_x.queryPointer();
+    const Point at{answer.x, answer.y};
+    // Events carry the serial of the last request handled before them: a
+    // raw motion read before the answer with a lower serial than the query
+    // happened after the event in hand and before the answer.
+    if (!motionReadBefore(request)) m_pointer = at;
+    return at;
+}
+
+bool X11KeyState::motionReadBefore(unsigned long request) {
+    struct Search {
+        int opcode;
+        unsigned long request;
+        bool found;
+    } search{m_opcode, request, false};
+    XEvent unused;
+    // The predicate never matches, so nothing leaves the queue; it only looks.
+    XCheckIfEvent(
+        m_x.display(), &unused,
+        [](Display*, XEvent* event, XPointer arg) -> Bool {
+            auto* s = reinterpret_cast<Search*>(arg);
+            const XGenericEventCookie& cookie = event->xcookie;
+            if (event->type == GenericEvent && cookie.extension == s->opcode && cookie.evtype == XI_RawMotion &&
+                cookie.serial < s->request)
+                s->found = true;
+            return False;
+        },
+        reinterpret_cast<XPointer>(&search));
+    return search.found;
 }
 
 bool X11KeyState::isDown(uint8_t vk) {

@@ -9,8 +9,10 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
+#include <optional>
 
 #include "host/keytable.h"
 #include "platform/keystate.h"
@@ -51,15 +53,29 @@ public:
     // The devices whose events are ours (the XTest slaves); a test without a
     // second keyboard takes them out to play the user with XTest.
     std::vector<int>& testDevices() { return m_testDevices; }
+    // Each raw press, release and move, told as it is taken in, with where
+    // the pointer was at it; the moves of one read come as one change, told
+    // before the next press or release.
+    bool onChange(std::function<void(const InputChange&)> listener) override;
 
 private:
     void onEvent(XEvent& event);
+    void takeIn(XEvent& event);
     // Raw key events, and with the pointer raw button and motion events.
     void selectRawEvents(bool withPointer);
     void fillKeysFromServer();
     void fillButtonsFromServer();
     bool buttonDown(size_t index);
     void findTestDevices();
+
+    // For the listener of changes.
+    void tell(const InputChange& change);
+    Point tellMotion();
+    Point placeOfPress(uint32_t time);
+    // Asks where the pointer is now; the answer holds for the event in hand
+    // too when no raw motion came between it and the answer.
+    Point askPointer();
+    bool motionReadBefore(unsigned long request);
 
     Connection& m_x;
     Keyboard& m_keyboard;
@@ -92,6 +108,15 @@ private:
     uint64_t m_keyEchoes = 0;
     uint64_t m_buttonEchoes = 0;
     KeyCode m_stopKey = 0;
+
+    std::function<void(const InputChange&)> m_listener;
+    bool m_motionPending = false;
+    uint32_t m_motionTime = 0;
+    // Where the pointer is as of the event in hand, when an answer of the
+    // server is known to hold there: forgotten at each raw motion.
+    std::optional<Point> m_pointer;
+    // The place of the last change told.
+    std::optional<Point> m_told;
 };
 
 }  // namespace tarvoke::platform::x11
