@@ -1,6 +1,6 @@
 #include "screen/bmpwriter.h"
 
-#include "platform/filesave.h"
+#include "screen/picturesave.h"
 
 namespace tarvoke::screen {
 namespace {
@@ -52,20 +52,9 @@ std::vector<uint8_t> encodeBmp(const PixelGrid& grid) {
 }
 
 bool saveBmpFile(const std::string& path, const PixelGrid& grid, std::string& error) {
-    const std::vector<uint8_t> bytes = encodeBmp(grid);
-    if (bytes.empty()) {
-        error = grid.empty() ? "there is no picture to save" : "the picture is too large for a bitmap file";
-        return false;
-    }
-    // A new file's bits, also over an old picture: the file is made anew.
-    const platform::SaveResult saved = platform::saveFile(
-        path, std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()),
-        {.mode = platform::newFileMode()});
-    if (!saved) {
-        error = saved.reason();
-        return false;
-    }
-    return true;
+    const char* whyEmpty =
+        grid.empty() ? "there is no picture to save" : "the picture is too large for a bitmap file";
+    return savePictureBytes(path, encodeBmp(grid), whyEmpty, error);
 }
 
 }  // namespace tarvoke::screen

@@ -2,7 +2,7 @@
 
 #include <zlib.h>
 
-#include "platform/filesave.h"
+#include "screen/picturesave.h"
 
 namespace tarvoke::screen {
 namespace {
@@ -56,19 +56,8 @@ std::vector<uint8_t> encodePng(const PixelGrid& grid) {
 }
 
 bool savePngFile(const std::string& path, const PixelGrid& grid, std::string& error) {
-    const std::vector<uint8_t> bytes = encodePng(grid);
-    if (bytes.empty()) {
-        error = grid.empty() ? "there is no picture to save" : "the picture could not be compressed";
-        return false;
-    }
-    const platform::SaveResult saved = platform::saveFile(
-        path, std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()),
-        {.mode = platform::newFileMode()});
-    if (!saved) {
-        error = saved.reason();
-        return false;
-    }
-    return true;
+    const char* whyEmpty = grid.empty() ? "there is no picture to save" : "the picture could not be compressed";
+    return savePictureBytes(path, encodePng(grid), whyEmpty, error);
 }
 
 }  // namespace tarvoke::screen
