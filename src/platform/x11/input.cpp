@@ -129,7 +129,11 @@ bool X11Input::fakeInput(uint8_t type, uint8_t detail, int32_t x, int32_t y, boo
                         static_cast<int16_t>(y), 0);
     m_x.queued();
     if (echoes && device != kNoDevice) ++m_unconfirmed[device];
-    if (++m_sincePace >= kPaceEvents) awaitDelivery(device);
+    // Never between a press and its release: a release that comes late to
+    // a click the window manager holds can pass the click's replay, and the
+    // button then stays down on the server.
+    const bool clickOpen = type == XCB_BUTTON_PRESS || (device == kPointer && !m_heldButtons.empty());
+    if (++m_sincePace >= kPaceEvents && !clickOpen) awaitDelivery(device);
     return true;
 }
 

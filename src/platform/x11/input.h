@@ -16,8 +16,9 @@
 // holds back too, is waited for (at most kHeldBack); and after a click, until
 // the clicked window has the focus, for window managers that focus it only
 // after letting the click through. Events of one device
-// in a row stay in one write, except that every kPaceEvents events the same
-// wait keeps what is in flight small, so that a stop ends input at once.
+// in a row stay in one write, except that every kPaceEvents events (but
+// never inside a click) the same wait keeps what is in flight small, so
+// that a stop ends input at once.
 // While the user holds a modifier on a real keyboard, key events wait: the
 // user's shortcut must not turn the script's letters into shortcuts. Only keysyms needing a
 // spare keycode are bound in one batch and synced first: at most one round
