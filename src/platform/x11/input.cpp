@@ -142,20 +142,25 @@ void X11Input::turn() {
     m_x.drainEvents();
 }
 
+bool X11Input::turnUntil(const std::function<bool()>& done, std::optional<std::chrono::milliseconds> limit) {
+    m_x.flush();
+    const auto started = std::chrono::steady_clock::now();
+    for (;;) {
+        turn();
+        if (done()) return true;
+        if (stopped() || (limit && std::chrono::steady_clock::now() - started >= *limit)) return false;
+        pollfd readable{ConnectionNumber(m_x.display()), POLLIN, 0};
+        ::poll(&readable, 1, 1);
+    }
+}
+
 void X11Input::awaitDelivery(Device device) {
     m_sincePace = 0;
     if (device == kPointer) m_moveBehindClick = false;
     if (m_unconfirmed[device] == 0) return;
     const auto echoes = [&] { return device == kKeyboard ? m_keys.keyEchoes() : m_keys.buttonEchoes(); };
     const uint64_t target = m_echoBase[device] + m_unconfirmed[device];
-    m_x.flush();
-    const auto deadline = std::chrono::steady_clock::now() + kHeldBack;
-    for (;;) {
-        turn();
-        if (echoes() >= target || stopped() || std::chrono::steady_clock::now() >= deadline) break;
-        pollfd readable{ConnectionNumber(m_x.display()), POLLIN, 0};
-        ::poll(&readable, 1, 1);
-    }
+    turnUntil([&] { return echoes() >= target; }, kHeldBack);
     // Counted from here on: an echo that comes after the deadline, or one
     // of another program's XTest input, puts the next wait short by as
     // much, never makes it wait in vain.
@@ -186,27 +191,17 @@ void X11Input::awaitFocus() {
         }
         return window;
     };
-    const auto deadline = std::chrono::steady_clock::now() + kHeldBack;
-    for (;;) {
-        XGetInputFocus(display, &focus, &revert);
-        if (focus == PointerRoot || topLevelOf(focus) == clicked) return;
-        if (stopped() || std::chrono::steady_clock::now() >= deadline) return;
-        pollfd readable{ConnectionNumber(display), POLLIN, 0};
-        ::poll(&readable, 1, 1);
-        turn();
-    }
+    turnUntil(
+        [&] {
+            XGetInputFocus(display, &focus, &revert);
+            return focus == PointerRoot || topLevelOf(focus) == clicked;
+        },
+        kHeldBack);
 }
 
 bool X11Input::awaitUserModifiers() {
     if (!m_keys.userModifierDown()) return true;
-    m_x.flush();
-    while (m_keys.userModifierDown()) {
-        if (stopped()) return false;
-        pollfd readable{ConnectionNumber(m_x.display()), POLLIN, 0};
-        ::poll(&readable, 1, 1);
-        turn();
-    }
-    return !stopped();
+    return turnUntil([&] { return !m_keys.userModifierDown(); }, std::nullopt) && !stopped();
 }
 
 void X11Input::setCursorPos(int32_t x, int32_t y) {

@@ -26,6 +26,7 @@
 // answers can be read later.
 
 #include <chrono>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -94,6 +95,9 @@ private:
     bool awaitUserModifiers();
     // One turn of the event loop and a look at the server's events.
     void turn();
+    // Turns the event loop, watching the X connection, until done answers
+    // true (true), or the run stops or limit passes (false).
+    bool turnUntil(const std::function<bool()>& done, std::optional<std::chrono::milliseconds> limit);
     void beginOperation() { m_operationCancels = m_clock.cancels(); }
     bool stopped() const { return m_clock.cancels() != m_operationCancels; }
     void sendButton(Window window, uint32_t message, uint32_t lParam);
