@@ -59,10 +59,6 @@ def resident_mb(pid):
         return 0
 
 
-def describe(events, *keys):
-    return [" ".join([e["type"]] + ["%s=%s" % (k, e.get(k, "")) for k in keys]) for e in events]
-
-
 class Script:
     """The body of Main in a folder of its own, which is also its settings folder."""
 
