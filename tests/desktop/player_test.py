@@ -177,76 +177,59 @@ SIGINT, SIGTERM = (lambda p: p.send_signal(signal.SIGINT)), (lambda p: p.send_si
 
 class StoppingARun(unittest.TestCase):
     def test_a_stop_ends_the_run_at_once_and_lets_go_of_what_it_pressed(self):
-        loop, pause = "While(1 = 1);\nEndWhile();", "Pause(60000);"
+        loop, pause, typing = "While(1 = 1);\nEndWhile();", "Pause(60000);", 'SendKeys("%s");' % ("{a 9999}" * 20)
         # Copies of a text of 256 MB, each a long step of its own.
         huge = "String(x, a);\n" + "Combine(x, x);\n" * 28 + "While(1 = 1);\nString(y, x);\nString(y, b);\nEndWhile();"
         rows = [("Ctrl+0, loop", loop, ctrl_zero, 0), ("Ctrl+0, pause", pause, ctrl_zero, 0),
                 ("SIGINT, loop", loop, SIGINT, 130), ("SIGINT, pause", pause, SIGINT, 130),
-                ("SIGTERM, pause", pause, SIGTERM, 143), ("Ctrl+0, a step on a huge text", huge, ctrl_zero, 0)]
+                ("SIGTERM, pause", pause, SIGTERM, 143), ("Ctrl+0, a step on a huge text", huge, ctrl_zero, 0),
+                ("SIGINT, typing", typing, SIGINT, 130), ("SIGTERM, typing", typing, SIGTERM, 143),
+                ("Ctrl+0, typing", typing, ctrl_zero, 0)]
         for name, body, stop, status in rows:
             with self.subTest(name), TestWindow() as window:
                 xdotool("mousemove", *window.point("top", 10, 10))
                 process = Script("KeyDown(160);\nLeftDown();\n" + body).start()
-                # The run is under way once its Shift press has arrived.
-                self.assertTrue(window.wait_for(1, "KeyPress"), "the run did not start")
+                # The run is under way once its Shift press (and some of its typing) has arrived.
+                self.assertTrue(window.wait_for(200 if body is typing else 1, "KeyPress"), "the run did not start")
                 if body is huge:
                     self.assertTrue(wait_until(lambda: resident_mb(process.pid) > 600, 20), "no huge text")
-                started = time.monotonic()
-                stop(process)
-                _, errors = process.communicate(timeout=5)
-                took = time.monotonic() - started
-                print("%s: stop after %.0f ms" % (name, took * 1000), file=sys.stderr)
-                self.assertLess(took, 1.5)
-                self.assertEqual(process.returncode, status, errors)
-                self.assertTrue(wait_until(lambda: "0xffe1" in [e["keysym"] for e in window.events("KeyRelease")]),
-                                "the Shift the run pressed is released")
-                self.assertEqual([e["type"] for e in window.wait_for(2, "ButtonPress", "ButtonRelease")],
-                                 ["ButtonPress", "ButtonRelease"])
-
-    def test_a_stop_ends_a_long_typing_at_once(self):
-        body = 'SendKeys("%s");' % ("{a 9999}" * 20)
-        for name, stop, status in [("SIGINT", SIGINT, 130), ("SIGTERM", SIGTERM, 143), ("Ctrl+0", ctrl_zero, 0)]:
-            with self.subTest(name), TestWindow() as window:
-                xdotool("mousemove", *window.point("top", 10, 10))
-                process = Script(body).start()
-                self.assertTrue(window.wait_for(200, "KeyPress"), "the typing did not start")
                 started = time.monotonic()
                 stop(process)
                 # A click by another tool marks the server's time after the stop.
                 xdotool("click", "2")
                 _, errors = process.communicate(timeout=5)
-                self.assertLess(time.monotonic() - started, 1.5)
+                took = time.monotonic() - started
+                print("%s: stop after %.0f ms" % (name, took * 1000), file=sys.stderr)
+                self.assertLess(took, 1.5)
                 self.assertEqual(process.returncode, status, errors)
-                marks = window.wait_for(1, "ButtonPress", timeout=30)
+                marks = wait_until(lambda: [e for e in window.events("ButtonPress") if e["button"] == "2"], 30)
                 self.assertTrue(marks, "the mark did not arrive")
-                late = [e for e in window.events("KeyPress") if int(e["time"]) > int(marks[0]["time"])]
-                self.assertEqual(late, [], "keys arrived after the stop")
+                presses = window.events("KeyPress")
+                self.assertEqual([e for e in presses if int(e["time"]) > int(marks[0]["time"])], [],
+                                 "keys arrived after the stop")
                 # The stop key is the player's while it runs.
-                self.assertNotIn("0x30", [e["keysym"] for e in window.events("KeyPress")])
+                self.assertNotIn("0x30", [e["keysym"] for e in presses])
+                self.assertTrue(wait_until(lambda: "0xffe1" in [e["keysym"] for e in window.events("KeyRelease")]),
+                                "the Shift the run pressed is released")
+                self.assertEqual([e["type"] for e in window.events("ButtonPress", "ButtonRelease") if e["button"] == "1"],
+                                 ["ButtonPress", "ButtonRelease"])
 
 
 class MessageBoxes(unittest.TestCase):
-    def test_the_run_waits_until_the_box_is_closed(self):
-        with TestWindow() as window:
-            x, y = window.point("top", 30, 40)
-            process = Script("Message(Hello there, information, Greeting);\nMoveMouse(%d, %d);\nLeftClick();"
-                             % (x, y)).start()
-            window_named("Greeting")
-            # Nothing shows a run that wrongly went on but its click: give it time to arrive.
-            time.sleep(0.3)
-            self.assertEqual(window.events("ButtonPress"), [], "the run went on past the open box")
-            answer("Greeting")
-            _, errors = process.communicate(timeout=10)
-            self.assertEqual(process.returncode, 0, errors)
-            self.assertEqual(len(window.wait_for(2, "ButtonPress", "ButtonRelease")), 2)
-
-    def test_a_stop_closes_the_open_box(self):
-        process = Script("Message(Still here, normal, Unanswered);\nPause(60000);").start()
-        window_named("Unanswered")
-        process.send_signal(signal.SIGINT)
-        _, errors = process.communicate(timeout=5)
-        self.assertEqual(process.returncode, 130, errors)
-        self.assertTrue(wait_until(lambda: not windows_named("Unanswered")), "the box stayed open")
+    def test_the_run_waits_while_the_box_is_open_and_a_stop_closes_it(self):
+        for name, end, status, clicks in [("answered", lambda p: answer("Greeting"), 0, 2), ("stopped", SIGINT, 130, 0)]:
+            with self.subTest(name), TestWindow() as window:
+                process = Script("Message(Hello there, information, Greeting);\nMoveMouse(%d, %d);\nLeftClick();"
+                                 % window.point("top", 30, 40)).start()
+                window_named("Greeting")
+                # Nothing shows a run that wrongly went on but its click: give it time to arrive.
+                time.sleep(0.3)
+                self.assertEqual(window.events("ButtonPress"), [], "the run went on past the open box")
+                end(process)
+                _, errors = process.communicate(timeout=10)
+                self.assertEqual(process.returncode, status, errors)
+                self.assertTrue(wait_until(lambda: not windows_named("Greeting")), "the box stayed open")
+                self.assertEqual(len(window.wait_for(clicks, "ButtonPress", "ButtonRelease")), clicks)
 
 
 class WithoutADisplay(unittest.TestCase):
