@@ -161,54 +161,45 @@ class RecordThenPlay(unittest.TestCase):
             lines = self.stop()
         self.assertEqual(lines, [line for x, y in points for line in at(x, y, "MoveMouse", "LeftDownEx", "LeftUpEx")])
 
-    def test_ctrl_six_and_seven_flip_the_flags_for_the_rest_of_the_recording(self):
+    def test_the_hotkeys_flip_the_flags_select_the_window_and_sample_colours(self):
         with TestWindow() as window:
             (x1, y1), (x2, y2) = window.point("top", 20, 20), window.point("top", 60, 50)
+            (cx, cy), white, black = window.point("child", 20, 20), window.point("top", 10, 10), window.point("child", 10, 10)
             self.start()
             xte("mousemove %d %d" % (x1, y1), "mouseclick 1")
+            # Ctrl+6 turns the moves off, Ctrl+7 the positions of clicks, for the rest of the recording.
             tap("ctrl", "6")
             tap("ctrl", "7")
             xte("mousemove %d %d" % (x2, y2), "mouseclick 1")
             tap("ctrl", "7")
             xte("mouseclick 1")
-            lines = self.stop()
-        self.assertEqual(lines, at(x1, y1, "MoveMouse", "LeftDownEx", "LeftUpEx") + ["LeftDown();", "LeftUp();"]
-                         + at(x2, y2, "LeftDownEx", "LeftUpEx"))
-        # The player keeps no settings.
-        self.assertFalse(os.path.exists(self.env["TARVOKE_SETTINGS_DIR"]))
-
-    def test_after_ctrl_four_clicks_go_to_the_window_as_sent_events(self):
-        with TestWindow() as window:
-            self.start("--no-mouse-move")
-            x, y = window.point("child", 20, 20)
-            xdotool("mousemove", x, y)
+            # Ctrl+4: the window under the pointer becomes the target of the clicks.
+            xdotool("mousemove", cx, cy)
             tap("ctrl", "4")
             click()
-            lines = self.stop()
-        self.assertEqual(lines, ['SelectWindow("TarvokeTest", "Tarvoke Test Window");',
-                                 'SelectSubWindow("TarvokeChild");'] + at(x, y, "LeftDownEx", "LeftUpEx"))
-        with TestWindow() as window:
-            self.play()
-            buttons = window.wait_for(2, "ButtonPress", "ButtonRelease")
-        # The target window gets the script's position divided by 15 twips per pixel.
-        self.assertEqual([(b["type"], b["win"], b["x"], b["y"], b["sent"]) for b in buttons],
-                         [(kind, "child", str(x // 15), str(y // 15), "1") for kind in ("ButtonPress", "ButtonRelease")])
-
-    def test_ctrl_five_samples_the_colour_under_the_cursor(self):
-        with TestWindow() as window:
-            self.start("--no-mouse-move")
-            white, black = window.point("top", 10, 10), window.point("child", 10, 10)
+            # Ctrl+5: the colour under the pointer.
             for where in (white, black):
                 xdotool("mousemove", *where)
                 tap("ctrl", "5")
             lines = self.stop()
-            self.assertEqual(lines, [line for rgb in ("255, 255, 255, 255, 255, 255", "0, 0, 0, 0, 0, 0") for line in (
-                "CaptureScreen(imagesave0);", "CreateColorRange(colorrange0, %s);" % rgb,
-                "MoveMouseToColorRange(imagesave0, colorrange0);")])
-            # Played back, the last block moves the pointer to the first black pixel of the screen.
-            xdotool("mousemove", *white)
+            self.assertEqual(lines, at(x1, y1, "MoveMouse", "LeftDownEx", "LeftUpEx") + ["LeftDown();", "LeftUp();"]
+                             + at(x2, y2, "LeftDownEx", "LeftUpEx")
+                             + ['SelectWindow("TarvokeTest", "Tarvoke Test Window");', 'SelectSubWindow("TarvokeChild");']
+                             + at(cx, cy, "LeftDownEx", "LeftUpEx")
+                             + [line for rgb in ("255, 255, 255, 255, 255, 255", "0, 0, 0, 0, 0, 0") for line in (
+                                 "CaptureScreen(imagesave0);", "CreateColorRange(colorrange0, %s);" % rgb,
+                                 "MoveMouseToColorRange(imagesave0, colorrange0);")])
+        # The player keeps no settings.
+        self.assertFalse(os.path.exists(self.env["TARVOKE_SETTINGS_DIR"]))
+        with TestWindow() as window:
+            xdotool("mousemove", *window.point("top", 10, 10))
             self.play()
-            self.assertNotEqual(pointer(), white)
+            buttons = [b for b in window.wait_for(8, "ButtonPress", "ButtonRelease") if b["sent"] == "1"]
+            # Played back, the last block moves the pointer to the first black pixel of the screen.
+            self.assertNotEqual(pointer(), window.point("top", 10, 10))
+        # The target window gets the script's position divided by 15 twips per pixel.
+        self.assertEqual([(b["type"], b["win"], b["x"], b["y"]) for b in buttons],
+                         [(kind, "child", str(cx // 15), str(cy // 15)) for kind in ("ButtonPress", "ButtonRelease")])
 
     def test_a_recording_is_never_lost(self):
         # A file is kept unless --force is given.
