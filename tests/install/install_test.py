@@ -7,6 +7,7 @@ headless runs, on private X servers of their own.
 
 usage: install_test.py BUILD_FOLDER SOURCE_FOLDER [TEST CLASSES...]"""
 
+import contextlib
 import os
 import re
 import select
@@ -16,10 +17,12 @@ import struct
 import subprocess
 import sys
 import tempfile
-import threading
 import time
 import unittest
 import zlib
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "desktop"))
+from testwindow import wait_until  # noqa: E402
 
 BUILD = SOURCE = VERSION = None
 
@@ -217,9 +220,7 @@ class ContainerTest(unittest.TestCase):
 # at (150, 150), 200x100. The script waits until the window is drawn, moves
 # the pointer into the child, and waits to be stopped: the test stops it once
 # the window has logged the move (a window whose screen ends under it may
-# not have logged what it got). The window logs to a FIFO: the test's read
-# waits for its first line, and its end of file comes when the window has
-# gone with its screen.
+# not have logged what it got).
 HEADLESS_SCRIPT = """Function(Main);
   StartEx("{window}", "--geometry 400x300+100+100 --log {log}", normal);
   CreateColorRange(colorrange1, 250, 250, 250, 255, 255, 255);
@@ -242,51 +243,28 @@ class Headless:
     def __init__(self, extra=()):
         self.dir = tempfile.TemporaryDirectory(prefix="tarvoke-headless-")
         self.log, self.shot, script = (os.path.join(self.dir.name, n) for n in ("window.log", "end.png", "script.tk"))
-        os.mkfifo(self.log)
         with open(script, "w") as f:
             f.write(HEADLESS_SCRIPT.format(window=os.path.join(BUILD, "bin/tarvoke-testwindow"), log=self.log))
-        self.lines, self.changed, self.window_gone = [], threading.Condition(), threading.Event()
-        threading.Thread(target=self._read, daemon=True).start()
         self.process = subprocess.Popen([os.path.join(BUILD, "bin/tarvoke-play"), "--headless=640x480", "--screenshot",
                                          self.shot, *extra, script], stderr=subprocess.PIPE, text=True)
 
-    def _read(self):
-        with open(self.log) as log:  # waits for the window to open it
-            for line in log:
-                with self.changed:
-                    self.lines.append(line.strip())
-                    self.changed.notify_all()
-        with self.changed:
-            self.window_gone.set()
-            self.changed.notify_all()
+    def moves(self):
+        """The window's log lines of the pointer's move into the child, once there is one."""
+        def logged():
+            with contextlib.suppress(FileNotFoundError), open(self.log) as log:
+                return [line for line in log if line.startswith(MOVED)]
+        return wait_until(logged, 120)
 
-    def wait_for(self, start, timeout=120):
-        """Whether the window logs a line that starts so while it lives."""
-        logged = lambda: any(line.startswith(start) for line in self.lines)
-        with self.changed:
-            return self.changed.wait_for(lambda: logged() or self.window_gone.is_set(), timeout) and logged()
-
-    def stop(self, number):
-        """The player's status, once it and the window have ended."""
-        self.process.send_signal(number)
-        _, err = self.process.communicate(timeout=120)
-        if not self.lines:
-            # The window never opened its log: open the other end so the reader ends.
-            os.close(os.open(self.log, os.O_RDWR))
-        assert self.window_gone.wait(120), "the test window outlived its screen"
-        return self.process.returncode, err
-
-    def helpers(self):
-        """(pid, name) of the player's children: Xvfb, the window manager, the guard."""
-        children = []
+    def processes(self):
+        """(pid, name) of the player's children (Xvfb, the window manager, the guard) and of the test window."""
+        found = []
         for entry in filter(str.isdigit, os.listdir("/proc")):
-            try:
-                with open("/proc/%s/stat" % entry) as stat, open("/proc/%s/comm" % entry) as comm:
-                    if int(stat.read().rsplit(")", 1)[1].split()[1]) == self.process.pid:
-                        children.append((int(entry), comm.read().strip()))
-            except OSError:
-                continue
-        return children
+            with contextlib.suppress(OSError), open("/proc/%s/stat" % entry) as stat, \
+                    open("/proc/%s/cmdline" % entry) as cmdline:
+                parent, command = int(stat.read().rsplit(")", 1)[1].split()[1]), cmdline.read().split("\0")
+                if parent == self.process.pid or self.log in command:
+                    found.append((int(entry), os.path.basename(command[0])))
+        return found
 
     def close(self):
         if self.process.poll() is None:
@@ -319,13 +297,16 @@ class HeadlessTest(unittest.TestCase):
         try:
             for run, (extra, number, status) in zip(runs, rows):
                 with self.subTest(number=number.name, wm=extra):
-                    self.assertTrue(run.wait_for(MOVED), run.lines)
-                    helpers = run.helpers()
-                    self.assertEqual(sorted(name for _, name in helpers), sorted(["Xvfb", "tarvoke-play"] + extra[1:]))
-                    ended, errors = run.stop(number)
-                    self.assertEqual(ended, status, errors)
+                    moves = run.moves()
+                    self.assertIn("root=300,200", moves[-1] if moves else "no move")
+                    helpers = run.processes()
+                    self.assertEqual(sorted(name for _, name in helpers),
+                                     sorted(["Xvfb", "tarvoke-play", "tarvoke-testwindow"] + extra[1:]))
+                    run.process.send_signal(number)
+                    _, errors = run.process.communicate(timeout=120)
+                    self.assertEqual(run.process.returncode, status, errors)
+                    # The screen, the window manager, the guard and the window on the screen end with the run.
                     self.assertEqual(still_running([pid for pid, _ in helpers]), [], helpers)
-                    self.assertIn("root=300,200", [line for line in run.lines if line.startswith(MOVED)][-1])
                     if number == signal.SIGKILL:
                         self.assertFalse(os.path.exists(run.shot))
                         continue
