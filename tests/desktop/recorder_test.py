@@ -16,10 +16,10 @@ HOLD = 0.06  # a tap shorter than the sampler's tick could fall between two poll
 
 
 def tap(*keys):
-    """Presses the keys in order, holds them, releases them in reverse order."""
-    for action, order in (("keydown", keys), ("keyup", keys[::-1])):
+    """Presses the keys (a number: that button) in order, holds them, releases them in reverse order."""
+    for step, order in (("down", keys), ("up", keys[::-1])):
         for key in order:
-            xdotool(action, key)
+            xdotool(("mouse" if isinstance(key, int) else "key") + step, key)
             time.sleep(HOLD)
 
 
@@ -31,13 +31,6 @@ def xte(*commands, window=None, total=0):
     subprocess.run(["xte", *commands], check=True)
     if window and len(window.wait_for(total, *INPUT)) < total:
         raise AssertionError("the window did not receive the input")
-
-
-def click():
-    xdotool("mousedown", 1)
-    time.sleep(HOLD)
-    xdotool("mouseup", 1)
-    time.sleep(HOLD)
 
 
 def keys(text):
@@ -104,7 +97,7 @@ class RecordThenPlay(unittest.TestCase):
             for position in ((x - 10, y - 10), (x, y)):
                 xdotool("mousemove", *position)
                 time.sleep(HOLD)
-            click()
+            tap(1)
             tap("a")
             tap("shift", "b")
             tap("ctrl", "c")
@@ -176,7 +169,7 @@ class RecordThenPlay(unittest.TestCase):
             # Ctrl+4: the window under the pointer becomes the target of the clicks.
             xdotool("mousemove", cx, cy)
             tap("ctrl", "4")
-            click()
+            tap(1)
             # Ctrl+5: the colour under the pointer.
             for where in (white, black):
                 xdotool("mousemove", *where)
