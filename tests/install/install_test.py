@@ -17,7 +17,6 @@ import struct
 import subprocess
 import sys
 import tempfile
-import time
 import unittest
 import zlib
 
@@ -163,9 +162,7 @@ class SettingsTest(unittest.TestCase):
             try:
                 # The splash writes the settings when it gives way to the first window.
                 settings = os.path.join(config, "tarvoke/settings.dat")
-                deadline = time.monotonic() + 30
-                while not os.path.exists(settings) and time.monotonic() < deadline and program.poll() is None:
-                    time.sleep(0.02)
+                wait_until(lambda: os.path.exists(settings) or program.poll() is not None, 30)
                 self.assertTrue(os.path.exists(settings), "no settings.dat in %s" % config)
                 self.assertEqual(sorted(os.listdir(folder)), PROGRAM_FOLDER)
             finally:
