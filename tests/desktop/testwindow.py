@@ -1,43 +1,106 @@
-"""Drives the test window from Python desktop tests: starts it, waits until it
-is shown and has the focus, and reads back the events it logged."""
+"""What the Python tests share: the test window, which logs what it receives;
+scripts played by tarvoke-play; waits that poll for a real signal (a log
+line, a window, a process's state) within a generous bound."""
 
 import os
 import subprocess
 import tempfile
 import time
 
+PLAY = os.environ.get("TARVOKE_PLAY")
+INPUT = ("ButtonPress", "ButtonRelease", "KeyPress", "KeyRelease")
+# Modifiers that typing adds around a character (Shift, AltGr).
+MODIFIERS = {"0xffe1", "0xffe2", "0xfe03", "0xff7e"}
+
+
+def wait_until(condition, timeout=5):
+    """condition()'s first true value, or its last value after timeout seconds."""
+    deadline = time.monotonic() + timeout
+    while not (value := condition()) and time.monotonic() < deadline:
+        time.sleep(0.02)
+    return value
+
+
+def at_least(count, items, timeout=5):
+    """items() once it holds count of them, or as it is after timeout seconds."""
+    wait_until(lambda: len(items()) >= count, timeout)
+    return items()
+
+
+def xdotool(*args, check=True):
+    return subprocess.run(["xdotool", *map(str, args)], capture_output=True, text=True, check=check).stdout
+
+
+def windows_named(title):
+    return xdotool("search", "--onlyvisible", "--name", "^%s$" % title, check=False).split()
+
+
+def window_named(title, timeout=10):
+    found = wait_until(lambda: windows_named(title), timeout)
+    assert found, "no window %r" % title
+    return found[0]
+
+
+def answer(title):
+    """Presses Return in the message box of that title."""
+    xdotool("windowactivate", "--sync", window_named(title), "key", "--clearmodifiers", "Return")
+
+
+def pointer():
+    fields = dict(line.split("=") for line in xdotool("getmouselocation", "--shell").split())
+    return int(fields["X"]), int(fields["Y"])
+
+
+def resident_mb(pid):
+    try:
+        with open("/proc/%d/status" % pid) as f:
+            return int(next(line for line in f if line.startswith("VmRSS:")).split()[1]) // 1024
+    except (OSError, StopIteration):
+        return 0
+
+
+class Script:
+    """The body of Main in a folder of its own, which is also its settings folder."""
+
+    def __init__(self, body):
+        self.folder = tempfile.TemporaryDirectory(prefix="tarvoke-play-")
+        self.path = os.path.join(self.folder.name, "script.tk")
+        with open(self.path, "w") as out:
+            out.write("Function(Main);\n%s\nEndFunction();\n" % body)
+        self.env = dict(os.environ, TARVOKE_SETTINGS_DIR=self.folder.name)
+
+    def run(self, *options, timeout=20):
+        return subprocess.run([PLAY, *options, self.path], capture_output=True, text=True, timeout=timeout,
+                              env=self.env)
+
+    def start(self):
+        process = subprocess.Popen([PLAY, self.path], stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+                                   env=self.env)
+        process.script = self  # the folder, and so the file, lives as long as the run
+        return process
+
 
 def parse_line(line):
-    """One log line as a dict: 'type' and every key=value field."""
     words = line.split()
-    event = {"type": words[0]}
-    for word in words[1:]:
-        key, _, value = word.partition("=")
-        event[key] = value
-    return event
+    return dict([("type", words[0])] + [word.partition("=")[::2] for word in words[1:]])
 
 
 class TestWindow:
-    def __init__(self, *args, binary=None):
-        self.binary = binary or os.environ["TARVOKE_TESTWINDOW"]
-        self.args = list(args)
+    """The test window, once it is shown and has the focus (its log's first line)."""
+
+    def __init__(self, *args):
         self.folder = tempfile.TemporaryDirectory(prefix="tarvoke-window-")
         self.log = os.path.join(self.folder.name, "events.log")
-        self.process = None
-        self.ready = None
+        self.args = [os.environ["TARVOKE_TESTWINDOW"], "--log", self.log, *args]
 
     def __enter__(self):
-        self.process = subprocess.Popen([self.binary, "--log", self.log] + self.args)
-        deadline = time.monotonic() + 10
-        while time.monotonic() < deadline:
-            lines = self.lines()
-            if lines and lines[0].startswith("ready"):
-                self.ready = parse_line(lines[0])
-                return self
-            if self.process.poll() is not None:
-                raise RuntimeError("the test window ended with status %d" % self.process.returncode)
-            time.sleep(0.02)
-        raise RuntimeError("the test window did not become ready")
+        self.process = subprocess.Popen(self.args)
+        ready = lambda: [line for line in self.lines()[:1] if line.startswith("ready")]
+        if not wait_until(lambda: ready() or self.process.poll() is not None, 10) or not ready():
+            self.__exit__()
+            raise RuntimeError("the test window did not become ready (status %s)" % self.process.poll())
+        self.ready = parse_line(ready()[0])
+        return self
 
     def __exit__(self, *exc):
         self.process.terminate()
@@ -56,14 +119,12 @@ class TestWindow:
         events = [parse_line(line) for line in self.lines()[1:]]
         return [e for e in events if not types or e["type"] in types]
 
-    def wait_for(self, count, *types, timeout=5.0):
-        """The events of the given types once there are at least count of them."""
-        deadline = time.monotonic() + timeout
-        while True:
-            events = self.events(*types)
-            if len(events) >= count or time.monotonic() > deadline:
-                return events
-            time.sleep(0.02)
+    def wait_for(self, count, *types, timeout=5):
+        return at_least(count, lambda: self.events(*types), timeout)
+
+    def typed(self, count):
+        """Keysyms of the key presses, modifiers left out, once there are count of them."""
+        return at_least(count, lambda: [e["keysym"] for e in self.events("KeyPress") if e["keysym"] not in MODIFIERS])
 
     def point(self, window, x, y):
         """Root position of (x, y) inside 'top' or 'child'."""
