@@ -10,7 +10,7 @@
 #include <QTest>
 #include <chrono>
 
-#include "app/frmmain.h"
+#include "app/advancedwindow.h"
 #include "app_fixture.h"
 
 using namespace tarvoke;

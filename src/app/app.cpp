@@ -1,11 +1,11 @@
 #include "app/app.h"
 
-#include "app/frmabout.h"
-#include "app/frmbasic.h"
-#include "app/frmchoice.h"
-#include "app/frmmain.h"
-#include "app/frmsettings.h"
-#include "app/frmsplash2.h"
+#include "app/aboutdialog.h"
+#include "app/basicwindow.h"
+#include "app/modechoicewindow.h"
+#include "app/advancedwindow.h"
+#include "app/settingsdialog.h"
+#include "app/splashwindow.h"
 
 namespace tarvoke::app {
 

@@ -10,7 +10,7 @@
 #include <unistd.h>
 
 #include "app/app.h"
-#include "app/frmsplash2.h"
+#include "app/splashwindow.h"
 #include "app/manifest.h"
 #include "app/priority.h"
 #include "app/scriptmessages.h"

@@ -6,8 +6,8 @@
 #include <QRadioButton>
 #include <QtTest>
 
-#include "app/frmbasic.h"
-#include "app/frmmain.h"
+#include "app/basicwindow.h"
+#include "app/advancedwindow.h"
 #include "app_fixture.h"
 
 using namespace tarvoke::app;

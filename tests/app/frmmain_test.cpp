@@ -7,8 +7,8 @@
 
 #include "app/filesave.h"
 #include "app/findtext.h"
-#include "app/frmfind.h"
-#include "app/frmmain.h"
+#include "app/finddialog.h"
+#include "app/advancedwindow.h"
 #include "app/paths.h"
 #include "app/scriptfile.h"
 #include "app_fixture.h"

@@ -8,13 +8,13 @@
 #include <QPlainTextEdit>
 #include <QtTest>
 
-#include "app/frmabout.h"
-#include "app/frmbasic.h"
-#include "app/frmchoice.h"
-#include "app/frmfind.h"
-#include "app/frmmain.h"
-#include "app/frmsettings.h"
-#include "app/frmsplash2.h"
+#include "app/aboutdialog.h"
+#include "app/basicwindow.h"
+#include "app/modechoicewindow.h"
+#include "app/finddialog.h"
+#include "app/advancedwindow.h"
+#include "app/settingsdialog.h"
+#include "app/splashwindow.h"
 #include "app_fixture.h"
 
 using namespace tarvoke::app;

@@ -9,9 +9,9 @@
 #include <QtTest>
 #include <functional>
 
-#include "app/frmbasic.h"
-#include "app/frmmain.h"
-#include "app/frmsettings.h"
+#include "app/basicwindow.h"
+#include "app/advancedwindow.h"
+#include "app/settingsdialog.h"
 #include "app/settings.h"
 #include "app_fixture.h"
 

@@ -6,11 +6,11 @@
 #include <QPlainTextEdit>
 #include <QTimer>
 
-#include "app/frmbasic.h"
-#include "app/frmchoice.h"
-#include "app/frmmain.h"
-#include "app/frmsettings.h"
-#include "app/frmsplash2.h"
+#include "app/basicwindow.h"
+#include "app/modechoicewindow.h"
+#include "app/advancedwindow.h"
+#include "app/settingsdialog.h"
+#include "app/splashwindow.h"
 #include "app_fixture.h"
 
 using namespace tarvoke::app;

@@ -1,4 +1,4 @@
-#include "app/frmsplash2.h"
+#include "app/splashwindow.h"
 
 #include <QApplication>
 #include <QHBoxLayout>
@@ -6,9 +6,9 @@
 #include <QVBoxLayout>
 
 #include "app/app.h"
-#include "app/frmbasic.h"
-#include "app/frmchoice.h"
-#include "app/frmmain.h"
+#include "app/basicwindow.h"
+#include "app/modechoicewindow.h"
+#include "app/advancedwindow.h"
 
 namespace tarvoke::app {
 

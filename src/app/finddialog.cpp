@@ -1,4 +1,4 @@
-#include "app/frmfind.h"
+#include "app/finddialog.h"
 
 #include <QCheckBox>
 #include <QFormLayout>
@@ -11,7 +11,7 @@
 #include <QVBoxLayout>
 
 #include "app/findtext.h"
-#include "app/frmmain.h"
+#include "app/advancedwindow.h"
 
 namespace tarvoke::app {
 

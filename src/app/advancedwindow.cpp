@@ -1,4 +1,4 @@
-#include "app/frmmain.h"
+#include "app/advancedwindow.h"
 
 #include <QCloseEvent>
 #include <QFile>
@@ -9,8 +9,8 @@
 #include <QVBoxLayout>
 
 #include "app/app.h"
-#include "app/frmbasic.h"
-#include "app/frmfind.h"
+#include "app/basicwindow.h"
+#include "app/finddialog.h"
 #include "app/manifest.h"
 #include "app/paths.h"
 #include "app/scriptfile.h"

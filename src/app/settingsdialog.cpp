@@ -1,4 +1,4 @@
-#include "app/frmsettings.h"
+#include "app/settingsdialog.h"
 
 #include <QCheckBox>
 #include <QDialogButtonBox>

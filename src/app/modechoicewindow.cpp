@@ -1,4 +1,4 @@
-#include "app/frmchoice.h"
+#include "app/modechoicewindow.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -6,8 +6,8 @@
 #include <QVBoxLayout>
 
 #include "app/app.h"
-#include "app/frmbasic.h"
-#include "app/frmmain.h"
+#include "app/basicwindow.h"
+#include "app/advancedwindow.h"
 
 namespace tarvoke::app {
 

@@ -1,4 +1,4 @@
-#include "app/frmbasic.h"
+#include "app/basicwindow.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -13,7 +13,7 @@
 #include <QVBoxLayout>
 
 #include "app/app.h"
-#include "app/frmmain.h"
+#include "app/advancedwindow.h"
 #include "app/paths.h"
 #include "app/scriptfile.h"
 #include "engine/numeric.h"

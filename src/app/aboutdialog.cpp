@@ -1,4 +1,4 @@
-#include "app/frmabout.h"
+#include "app/aboutdialog.h"
 
 #include <QLabel>
 #include <QPushButton>
