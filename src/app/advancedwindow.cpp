@@ -1,7 +1,6 @@
 #include "app/advancedwindow.h"
 
 #include <QCloseEvent>
-#include <QFile>
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QTextBlock>
@@ -13,6 +12,7 @@
 #include "app/finddialog.h"
 #include "app/manifest.h"
 #include "app/paths.h"
+#include "app/replacedialog.h"
 #include "app/scriptfile.h"
 
 namespace tarvoke::app {
@@ -24,22 +24,22 @@ const QString kSaveFilter = "Tarvoke Script Files|*.tk|All Files|*.*";
 
 }  // namespace
 
-FrmMain::FrmMain(App& app) : m_app(app) {
-    WriteManifest();
-    setWindowTitle("Tarvoke");
-    txtLog = new QPlainTextEdit;
-    txtLog->setObjectName("txtLog");
-    txtLog->setLineWrapMode(QPlainTextEdit::NoWrap);
+AdvancedWindow::AdvancedWindow(App& app) : m_app(app) {
+    writeManifest();
+    setWindowTitle(kAdvancedCaption);
+    editor = new QPlainTextEdit;
+    editor->setObjectName("editor");
+    editor->setLineWrapMode(QPlainTextEdit::NoWrap);
     QFont font("Verdana", 10);
     // Kerning and ligatures are of no use in a script, and shaping a long
     // line for them is most of the cost of a keystroke in it.
     font.setStyleStrategy(QFont::PreferNoShaping);
-    txtLog->setFont(font);
-    connect(txtLog, &QPlainTextEdit::cursorPositionChanged, this, [this] { keepCaretLineLaidOut(); });
+    editor->setFont(font);
+    connect(editor, &QPlainTextEdit::cursorPositionChanged, this, [this] { keepCaretLineLaidOut(); });
     auto* central = new QWidget;
     auto* layout = new QVBoxLayout(central);
     layout->setContentsMargins(8, 8, 8, 8);
-    layout->addWidget(txtLog);
+    layout->addWidget(editor);
     setCentralWidget(central);
     resize(640, 480);
     buildMenus();
@@ -48,30 +48,30 @@ FrmMain::FrmMain(App& app) : m_app(app) {
     m_recordTimers = std::make_unique<RecordTimers>(app, recorder::Form::Main);
     auto hotkeyRecord = [this] {
         m_app.recorder.bHotkeyRecord = true;
-        StartRecording();
+        startRecording();
     };
     m_timers = std::make_unique<PlayTimers>(
         app, *this,
-        HotkeyActions{[this] { mnuScriptStop_Click(); }, [this] { m_app.playback.pauseScript(); }, hotkeyRecord,
-                      [this] { mnuScriptPlay_Click(); }});
+        HotkeyActions{[this] { stopScript(); }, [this] { m_app.playback.pauseScript(); }, hotkeyRecord,
+                      [this] { playScript(); }});
     m_timers->onAfterStop = [this] {
         closeRecording();
-        mnuScriptRepeat->setChecked(m_app.session.bRepeat);
+        repeatAction->setChecked(m_app.session.bRepeat);
     };
 
-    // Form_Load: Advanced Mode always starts with these on.
+    // Advanced Mode always starts with these on.
     m_app.session.bRepeat = true;
-    m_app.bMouseMove = true;
-    m_app.bExtendedClicks = true;
-    m_find.bFindFresh = true;
+    m_app.mouseMove = true;
+    m_app.extendedClicks = true;
+    m_find.fresh = true;
     m_app.session.dblPauseFactor = 1.0;
     m_app.session.hTargetWindow = 0;
-    mnuScriptRepeat->setChecked(true);
+    repeatAction->setChecked(true);
     m_app.playback.setView(m_timers.get());
-    m_timers->setInputsTimer(true);
+    m_timers->setHotkeyPoll(true);
 }
 
-void FrmMain::buildMenus() {
+void AdvancedWindow::buildMenus() {
     auto add = [this](QMenu* menu, const char* caption, QKeySequence shortcut, auto handler) {
         QAction* action = menu->addAction(caption);
         if (!shortcut.isEmpty()) action->setShortcut(shortcut);
@@ -85,251 +85,251 @@ void FrmMain::buildMenus() {
     };
 
     QMenu* file = menuBar()->addMenu("File");
-    mnuNew = add(file, "New", QKeySequence("Ctrl+N"), [this] { mnuNew_Click(); });
+    newAction = add(file, "New", QKeySequence("Ctrl+N"), [this] { newScript(); });
     file->addSeparator();
-    mnuFileOpen = add(file, "Open", QKeySequence("Ctrl+O"), [this] { mnuFileOpen_Click(); });
-    mnuFileSave = add(file, "Save", QKeySequence("Ctrl+S"), [this] { mnuFileSave_Click(); });
-    mnuFileSaveAs = add(file, "Save As", QKeySequence(), [this] { mnuFileSaveAs_Click(); });
-    mnuFileCompile = later(file, "Compile");
+    openAction = add(file, "Open", QKeySequence("Ctrl+O"), [this] { openScript(); });
+    saveAction = add(file, "Save", QKeySequence("Ctrl+S"), [this] { saveScript(); });
+    saveAsAction = add(file, "Save As", QKeySequence(), [this] { saveScriptAs(); });
+    compileAction = later(file, "Compile");
     file->addSeparator();
-    mnuFileBasicMode = add(file, "Basic Mode", QKeySequence(), [this] { mnuFileBasicMode_Click(); });
+    basicModeAction = add(file, "Basic Mode", QKeySequence(), [this] { switchToBasicMode(); });
     file->addSeparator();
-    mnuFileSettings = add(file, "Settings", QKeySequence(), [this] { m_app.showSettings(); });
+    settingsAction = add(file, "Settings", QKeySequence(), [this] { m_app.showSettings(); });
     file->addSeparator();
-    mnuExit = add(file, "Exit", QKeySequence(), [this] { mnuExit_Click(); });
+    exitAction = add(file, "Exit", QKeySequence(), [this] { exitProgram(); });
 
     QMenu* edit = menuBar()->addMenu("Edit");
-    mnuEditCut = add(edit, "Cut", QKeySequence("Ctrl+X"), [this] { txtLog->cut(); });
-    mnuEditCopy = add(edit, "Copy", QKeySequence("Ctrl+C"), [this] { txtLog->copy(); });
-    mnuEditPaste = add(edit, "Paste", QKeySequence("Ctrl+V"), [this] { txtLog->paste(); });
-    mnuEditDelete = add(edit, "Delete", QKeySequence("Del"), [this] { mnuEditDelete_Click(); });
+    cutAction = add(edit, "Cut", QKeySequence("Ctrl+X"), [this] { editor->cut(); });
+    copyAction = add(edit, "Copy", QKeySequence("Ctrl+C"), [this] { editor->copy(); });
+    pasteAction = add(edit, "Paste", QKeySequence("Ctrl+V"), [this] { editor->paste(); });
+    deleteAction = add(edit, "Delete", QKeySequence("Del"), [this] { deleteText(); });
     edit->addSeparator();
-    mnuEditFind = add(edit, "Find...", QKeySequence("Ctrl+F"), [this] { mnuEditFind_Click(); });
-    mnuEditFindNext = add(edit, "Find Next", QKeySequence("F3"), [this] { mnuEditFindNext_Click(); });
-    mnuEditReplace = add(edit, "Replace...", QKeySequence("Ctrl+R"), [this] { mnuEditReplace_Click(); });
+    findAction = add(edit, "Find...", QKeySequence("Ctrl+F"), [this] { showFindDialog(); });
+    findNextAction = add(edit, "Find Next", QKeySequence("F3"), [this] { findNext(); });
+    replaceAction = add(edit, "Replace...", QKeySequence("Ctrl+R"), [this] { showReplaceDialog(); });
     edit->addSeparator();
-    mnuEditSelectAll = add(edit, "Select All", QKeySequence("Ctrl+A"), [this] { txtLog->selectAll(); });
+    selectAllAction = add(edit, "Select All", QKeySequence("Ctrl+A"), [this] { editor->selectAll(); });
 
     QMenu* script = menuBar()->addMenu("Script");
-    mnuScriptPlay = add(script, "Play", QKeySequence(), [this] { mnuScriptPlay_Click(); });
-    mnuScriptPlaySelection =
-        add(script, "Play Selection", QKeySequence("Ctrl+E"), [this] { mnuScriptPlaySelection_Click(); });
+    playAction = add(script, "Play", QKeySequence(), [this] { playScript(); });
+    playSelectionAction =
+        add(script, "Play Selection", QKeySequence("Ctrl+E"), [this] { playSelection(); });
     script->addSeparator();
-    mnuScriptRepeat = add(script, "Repeat", QKeySequence(), [this] { mnuScriptRepeat_Click(); });
-    mnuScriptRepeat->setCheckable(true);
+    repeatAction = add(script, "Repeat", QKeySequence(), [this] { toggleRepeat(); });
+    repeatAction->setCheckable(true);
     script->addSeparator();
-    mnuScriptRecord = add(script, "Record", QKeySequence(), [this] { mnuScriptRecord_Click(); });
+    recordAction = add(script, "Record", QKeySequence(), [this] { recordScript(); });
     script->addSeparator();
-    mnuScriptStop = add(script, "Stop", QKeySequence(), [this] { mnuScriptStop_Click(); });
+    stopAction = add(script, "Stop", QKeySequence(), [this] { stopScript(); });
     script->addSeparator();
-    mnuScriptCorrectTime = later(script, "Correct Time");
-    mnuScriptDebug = later(script, "Debug");
+    correctTimeAction = later(script, "Correct Time");
+    debugAction = later(script, "Debug");
 
     QMenu* help = menuBar()->addMenu("Help");
-    mnuHelpAbout = add(help, "About", QKeySequence(), [this] { m_app.showAbout(); });
+    aboutAction = add(help, "About", QKeySequence(), [this] { m_app.showAbout(); });
     help->addSeparator();
-    mnuReadme = add(help, "Readme", QKeySequence(), [this] { m_app.openReadme(); });
+    readmeAction = add(help, "Readme", QKeySequence(), [this] { m_app.openReadme(); });
 }
 
-QString FrmMain::text() const { return txtLog->toPlainText(); }
+QString AdvancedWindow::text() const { return editor->toPlainText(); }
 
-void FrmMain::setText(const QString& text) {
-    if (text != txtLog->toPlainText()) txtLog->setPlainText(text);
+void AdvancedWindow::setText(const QString& text) {
+    if (text != editor->toPlainText()) editor->setPlainText(text);
 }
 
-void FrmMain::editText(const QString& text) {
-    if (text == txtLog->toPlainText()) return;
-    QTextCursor cursor(txtLog->document());
+void AdvancedWindow::editText(const QString& text) {
+    if (text == editor->toPlainText()) return;
+    QTextCursor cursor(editor->document());
     cursor.select(QTextCursor::Document);
     cursor.insertText(text);
-    txtLog->moveCursor(QTextCursor::Start);
+    editor->moveCursor(QTextCursor::Start);
 }
 
-bool FrmMain::changed() const { return txtLog->document()->isModified(); }
+bool AdvancedWindow::changed() const { return editor->document()->isModified(); }
 
-void FrmMain::setChanged(bool changed) { txtLog->document()->setModified(changed); }
+void AdvancedWindow::setChanged(bool changed) { editor->document()->setModified(changed); }
 
 // Qt lays a paragraph out as a whole and, to spare memory, forgets its glyphs
 // after each layout, so every keystroke shaped the caret's whole line three
 // times over (layout, caret, paint): typing into one long line cost the
 // square of its length. The caret's line keeps its glyphs; the line it left
 // is laid out once more without them, which frees them.
-void FrmMain::keepCaretLineLaidOut() {
-    const QTextBlock caret = txtLog->textCursor().block();
+void AdvancedWindow::keepCaretLineLaidOut() {
+    const QTextBlock caret = editor->textCursor().block();
     const QTextBlock kept = m_keptLine.block();
     if (kept == caret && kept.layout()->cacheEnabled()) return;
     if (kept.isValid() && kept != caret && kept.layout()->cacheEnabled()) {
         kept.layout()->setCacheEnabled(false);
-        txtLog->document()->markContentsDirty(kept.position(), kept.length());
+        editor->document()->markContentsDirty(kept.position(), kept.length());
     }
     caret.layout()->setCacheEnabled(true);
     m_keptLine = QTextCursor(caret);
 }
 
-bool FrmMain::mnuNew_Click() {
+bool AdvancedWindow::newScript() {
     const QString current = text();
     const bool ask = !(current.isEmpty() || current == kTemplate || current == kTemplate + "\n");
     if (ask && !m_app.dialogs().askYesNo("Confirm Recording",
                                          "There is an existing script open. If you create a new script "
                                          "Tarvoke will delete the existing script. Do you wish to continue?"))
         return false;
-    mnuScriptStop_Click();
-    setWindowTitle("Tarvoke");
-    m_app.sFilePath.clear();
+    stopScript();
+    setWindowTitle(kAdvancedCaption);
+    m_app.filePath.clear();
     setText(kTemplate);
     setChanged(false);
     return true;
 }
 
-void FrmMain::mnuFileOpen_Click() {
-    if (!mnuNew_Click()) return;  // a No keeps the text, and the Open with it
+void AdvancedWindow::openScript() {
+    if (!newScript()) return;  // a No keeps the text, and the Open with it
     std::string path = localPath(m_app.dialogs().openFileName("Open Tarvoke script file", kOpenFilter, "tk"));
-    if (!IsValidPath(path) || path.empty()) return;
-    m_app.session.sScriptFolder = GetFolder(path);
+    if (!isValidPath(path) || path.empty()) return;
+    m_app.session.sScriptFolder = folderOf(path);
     // A compiled script: read back once compiling exists; a name in capitals
     // ("EXE") is read as a script.
     if (path.ends_with("exe")) return;
     const auto content = readScriptFile(path);
     if (!content) return;
-    setWindowTitle("Tarvoke - " + QFile::decodeName(QByteArray::fromStdString(GetFileName(path))));
-    m_app.sFilePath = path;
+    setWindowTitle(captionWith(kAdvancedCaption, displayFileName(path)));
+    m_app.filePath = path;
     setText(*content);
     setChanged(false);
-    m_app.sScriptText = text().toStdString();
+    m_app.scriptText = text().toStdString();
 }
 
-bool FrmMain::mnuFileSave_Click() {
-    if (m_app.sFilePath.empty()) return mnuFileSaveAs_Click();
-    if (!saveScriptFile(m_app.dialogs(), m_app.sFilePath, text())) return false;
+bool AdvancedWindow::saveScript() {
+    if (m_app.filePath.empty()) return saveScriptAs();
+    if (!saveScriptFile(m_app.dialogs(), m_app.filePath, text())) return false;
     setChanged(false);
     return true;
 }
 
-bool FrmMain::mnuFileSaveAs_Click() {
+bool AdvancedWindow::saveScriptAs() {
     std::string path = localPath(m_app.dialogs().saveFileName("Save Tarvoke script file", kSaveFilter, "tk"));
     if (!path.ends_with(".tk")) path += ".tk";
-    if (!IsValidPath(path) || path.empty()) return false;
+    if (!isValidPath(path) || path.empty()) return false;
     if (!mayReplace(m_app.dialogs(), path)) return false;
     return writeScript(path);
 }
 
-bool FrmMain::writeScript(const std::string& path) {
+bool AdvancedWindow::writeScript(const std::string& path) {
     if (!saveScriptFile(m_app.dialogs(), path, text())) return false;
-    m_app.session.sScriptFolder = GetFolder(path);
-    setWindowTitle("Tarvoke - " + QFile::decodeName(QByteArray::fromStdString(GetFileName(path))));
-    m_app.sFilePath = path;
+    m_app.session.sScriptFolder = folderOf(path);
+    setWindowTitle(captionWith(kAdvancedCaption, displayFileName(path)));
+    m_app.filePath = path;
     setChanged(false);
     return true;
 }
 
-void FrmMain::mnuFileBasicMode_Click() {
+void AdvancedWindow::switchToBasicMode() {
     m_timers->setPlayTimer(false);
-    m_timers->setInputsTimer(false);
-    FrmBasic& other = m_app.frmBasic();
-    other.timers().setInputsTimer(true);
+    m_timers->setHotkeyPoll(false);
+    BasicWindow& other = m_app.basicWindow();
+    other.timers().setHotkeyPoll(true);
     const QString caption = windowTitle();
-    if (caption != "Tarvoke") other.setWindowTitle("Tarvoke Basic Mode - " + caption.mid(10));
+    if (caption != kAdvancedCaption) other.setWindowTitle(captionWith(kBasicCaption, nameInCaption(caption, kAdvancedCaption)));
     other.setText(text());
     other.setChanged(changed());
-    m_app.bBasicMode = true;
-    m_app.hideChoice();
+    m_app.basicMode = true;
+    m_app.hideModeChoice();
     hide();
     m_app.playback.setView(&other.timers());
     other.show();
 }
 
-void FrmMain::mnuExit_Click() {
-    if (changed() && !offerToSave(m_app.dialogs(), [this] { return mnuFileSave_Click(); })) return;
-    mnuScriptStop_Click();
-    m_app.SaveSettings();
+void AdvancedWindow::exitProgram() {
+    if (changed() && !offerToSave(m_app.dialogs(), [this] { return saveScript(); })) return;
+    stopScript();
+    m_app.saveSettings();
     m_app.endProcess();
 }
 
-void FrmMain::closeEvent(QCloseEvent* event) {
+void AdvancedWindow::closeEvent(QCloseEvent* event) {
     event->ignore();
-    mnuExit_Click();
+    exitProgram();
 }
 
-void FrmMain::mnuEditDelete_Click() {
-    QTextCursor cursor = txtLog->textCursor();
-    if (cursor.selectionStart() >= txtLog->document()->characterCount() - 1) return;
+void AdvancedWindow::deleteText() {
+    QTextCursor cursor = editor->textCursor();
+    if (cursor.selectionStart() >= editor->document()->characterCount() - 1) return;
     if (!cursor.hasSelection()) cursor.movePosition(QTextCursor::NextCharacter, QTextCursor::KeepAnchor);
     cursor.removeSelectedText();
-    txtLog->setTextCursor(cursor);
+    editor->setTextCursor(cursor);
 }
 
-void FrmMain::mnuEditFind_Click() {
-    auto* dialog = new FrmFind(*this);
+void AdvancedWindow::showFindDialog() {
+    auto* dialog = new FindDialog(*this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->show();
 }
 
-void FrmMain::mnuEditFindNext_Click() {
-    if (!m_find.sFindText.isEmpty()) FindIt();
+void AdvancedWindow::findNext() {
+    if (!m_find.text.isEmpty()) search();
 }
 
-void FrmMain::mnuEditReplace_Click() {
-    auto* dialog = new FrmReplace(*this);
+void AdvancedWindow::showReplaceDialog() {
+    auto* dialog = new ReplaceDialog(*this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->show();
 }
 
-void FrmMain::FindIt() {
-    const int selStart = txtLog->textCursor().selectionStart();
-    if (const auto hit = app::FindIt(text(), selStart, m_find)) {
-        QTextCursor cursor = txtLog->textCursor();
+void AdvancedWindow::search() {
+    const int selStart = editor->textCursor().selectionStart();
+    if (const auto hit = findOnce(text(), selStart, m_find)) {
+        QTextCursor cursor = editor->textCursor();
         cursor.setPosition(hit->start);
         cursor.setPosition(hit->start + hit->length, QTextCursor::KeepAnchor);
-        txtLog->setTextCursor(cursor);
+        editor->setTextCursor(cursor);
         return;
     }
     // A plain box with the program's title, which is empty.
-    m_app.dialogs().tell("", "Cannot find \"" + m_find.sFindText + "\"");
+    m_app.dialogs().tell("", "Cannot find \"" + m_find.text + "\"");
 }
 
-void FrmMain::mnuScriptPlay_Click() {
+void AdvancedWindow::playScript() {
     if (m_app.playback.resumeIfPending()) return;
-    mnuScriptStop_Click();
-    m_app.sScriptText = text().toStdString();
-    m_app.playback.start(m_app.sScriptText, true);
+    stopScript();
+    m_app.scriptText = text().toStdString();
+    m_app.playback.start(m_app.scriptText, true);
 }
 
-void FrmMain::mnuScriptPlaySelection_Click() {
-    mnuScriptStop_Click();
-    const QTextCursor cursor = txtLog->textCursor();
+void AdvancedWindow::playSelection() {
+    stopScript();
+    const QTextCursor cursor = editor->textCursor();
     QString part = cursor.hasSelection() ? cursor.selectedText().replace(QChar::ParagraphSeparator, '\n')
                                          : text().mid(cursor.position());
-    m_app.sScriptText = part.toStdString();
-    m_app.playback.start(m_app.sScriptText, false);
+    m_app.scriptText = part.toStdString();
+    m_app.playback.start(m_app.scriptText, false);
 }
 
-void FrmMain::mnuScriptRepeat_Click() {
+void AdvancedWindow::toggleRepeat() {
     m_app.session.bRepeat = !m_app.session.bRepeat;
-    mnuScriptRepeat->setChecked(m_app.session.bRepeat);
+    repeatAction->setChecked(m_app.session.bRepeat);
 }
 
-void FrmMain::mnuScriptStop_Click() { m_app.playback.stopPlay(); }
+void AdvancedWindow::stopScript() { m_app.playback.stopPlay(); }
 
-void FrmMain::mnuScriptRecord_Click() {
+void AdvancedWindow::recordScript() {
     m_app.recorder.bHotkeyRecord = false;
-    StartRecording();
+    startRecording();
 }
 
-void FrmMain::StartRecording() {
-    mnuScriptStop_Click();
+void AdvancedWindow::startRecording() {
+    stopScript();
     if (!text().isEmpty() && !confirmRecording(m_app)) return;
     m_timers->hideForRun();
     m_recordTimers->start();
 }
 
 // A branch of Stop: the recording becomes the editor's unsaved script.
-void FrmMain::closeRecording() {
+void AdvancedWindow::closeRecording() {
     const std::optional<std::string> script = m_recordTimers->closeIfRecording();
     if (!script) return;
     setText(QString::fromStdString(*script));
     setChanged(true);
-    setWindowTitle("Tarvoke - Untitled");
-    m_app.sFilePath.clear();
+    setWindowTitle(captionWith(kAdvancedCaption, "Untitled"));
+    m_app.filePath.clear();
 }
 
 }  // namespace tarvoke::app

@@ -3,7 +3,6 @@
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QCloseEvent>
-#include <QFile>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -22,16 +21,13 @@ namespace tarvoke::app {
 
 namespace {
 
-const QString kBareCaption = "Tarvoke Basic Mode";
 const QString kFilter = "Tarvoke Script Files|*.tk|All Files|*.*";
-
-QString fileNameOf(const std::string& path) { return QFile::decodeName(QByteArray::fromStdString(GetFileName(path))); }
 
 }  // namespace
 
-FrmBasic::FrmBasic(App& app) : m_app(app) {
-    setWindowTitle(kBareCaption);
-    m_txtLog = kTemplate;
+BasicWindow::BasicWindow(App& app) : m_app(app) {
+    setWindowTitle(kBasicCaption);
+    m_text = kTemplate;
     auto* layout = new QGridLayout(this);
     layout->addWidget(buildMainFrame(), 0, 0, 1, 2);
     layout->addWidget(buildPlayFrame(), 1, 0, 2, 1);
@@ -44,23 +40,23 @@ FrmBasic::FrmBasic(App& app) : m_app(app) {
     m_recordTimers = std::make_unique<RecordTimers>(app, recorder::Form::Basic);
     m_timers = std::make_unique<PlayTimers>(
         app, *this,
-        HotkeyActions{[this] { StopScript(); }, [this] { m_app.playback.pauseScript(); }, [this] { cmdRecord_Click(); },
-                      [this] { cmdPlay_Click(); }});
+        HotkeyActions{[this] { stopScript(); }, [this] { m_app.playback.pauseScript(); }, [this] { recordScript(); },
+                      [this] { playScript(); }});
     m_timers->onAfterStop = [this] { closeRecording(); };
-    m_timers->isPlayXSelected = [this] { return optPlayX->isChecked(); };
+    m_timers->isPlayXSelected = [this] { return playXOption->isChecked(); };
 
-    // Form_Load: the controls show the settings as loaded.
+    // The controls show the settings as loaded.
     m_app.session.dblPauseFactor = 1.0;
     m_app.session.hTargetWindow = 0;
     m_playOptions->setExclusive(false);
-    optRepeat->setChecked(m_app.session.bRepeat);
+    repeatOption->setChecked(m_app.session.bRepeat);
     m_playOptions->setExclusive(true);
-    chkMM->setChecked(m_app.bMouseMove);
-    chkEx->setChecked(m_app.bExtendedClicks);
+    mouseMoveBox->setChecked(m_app.mouseMove);
+    extendedClicksBox->setChecked(m_app.extendedClicks);
     m_app.playback.setView(m_timers.get());
 }
 
-QWidget* FrmBasic::buildMainFrame() {
+QWidget* BasicWindow::buildMainFrame() {
     auto* frame = new QGroupBox("Main");
     auto* row = new QHBoxLayout(frame);
     auto button = [&](const char* caption) {
@@ -69,109 +65,109 @@ QWidget* FrmBasic::buildMainFrame() {
         row->addWidget(b, 1);
         return b;
     };
-    cmdRecord = button("Record");
-    cmdSave = button("Save");
-    cmdOpen = button("Open...");
-    cmdAdvanced = button("Advanced Mode");
-    cmdCorrectTime = button("Correct Time");
-    cmdPlay = button("Play");
-    cmdCorrectTime->setEnabled(false);
-    connect(cmdRecord, &QPushButton::clicked, this, [this] { cmdRecord_Click(); });
-    connect(cmdSave, &QPushButton::clicked, this, [this] { SaveScript(); });
-    connect(cmdOpen, &QPushButton::clicked, this, [this] { cmdOpen_Click(); });
-    connect(cmdAdvanced, &QPushButton::clicked, this, [this] { cmdAdvanced_Click(); });
-    connect(cmdPlay, &QPushButton::clicked, this, [this] { cmdPlay_Click(); });
+    recordButton = button("Record");
+    saveButton = button("Save");
+    openButton = button("Open...");
+    advancedModeButton = button("Advanced Mode");
+    correctTimeButton = button("Correct Time");
+    playButton = button("Play");
+    correctTimeButton->setEnabled(false);
+    connect(recordButton, &QPushButton::clicked, this, [this] { recordScript(); });
+    connect(saveButton, &QPushButton::clicked, this, [this] { saveScript(); });
+    connect(openButton, &QPushButton::clicked, this, [this] { openScript(); });
+    connect(advancedModeButton, &QPushButton::clicked, this, [this] { switchToAdvancedMode(); });
+    connect(playButton, &QPushButton::clicked, this, [this] { playScript(); });
     return frame;
 }
 
-QWidget* FrmBasic::buildPlayFrame() {
+QWidget* BasicWindow::buildPlayFrame() {
     auto* frame = new QGroupBox("Play Options");
-    optPlayOnce = new QRadioButton("Play Once");
-    optRepeat = new QRadioButton("Play Repeatedly");
-    optPlayX = new QRadioButton("Play X amount of times:");
-    txtPlayX = new QLineEdit("1");
-    txtPlayX->setMaximumWidth(80);
+    playOnceOption = new QRadioButton("Play Once");
+    repeatOption = new QRadioButton("Play Repeatedly");
+    playXOption = new QRadioButton("Play X amount of times:");
+    playCountEdit = new QLineEdit("1");
+    playCountEdit->setMaximumWidth(80);
     m_playOptions = new QButtonGroup(this);
-    m_playOptions->addButton(optPlayOnce);
-    m_playOptions->addButton(optRepeat);
-    m_playOptions->addButton(optPlayX);
+    m_playOptions->addButton(playOnceOption);
+    m_playOptions->addButton(repeatOption);
+    m_playOptions->addButton(playXOption);
     auto* layout = new QVBoxLayout(frame);
-    layout->addWidget(optPlayOnce);
-    layout->addWidget(optRepeat);
-    layout->addWidget(optPlayX);
-    layout->addWidget(txtPlayX);
+    layout->addWidget(playOnceOption);
+    layout->addWidget(repeatOption);
+    layout->addWidget(playXOption);
+    layout->addWidget(playCountEdit);
     layout->addStretch(1);
-    connect(optPlayOnce, &QRadioButton::clicked, this, [this] { optPlayOnce_Click(); });
-    connect(optRepeat, &QRadioButton::clicked, this, [this] { optRepeat_Click(); });
-    connect(optPlayX, &QRadioButton::clicked, this, [this] { optPlayX_Click(); });
+    connect(playOnceOption, &QRadioButton::clicked, this, [this] { choosePlayOnce(); });
+    connect(repeatOption, &QRadioButton::clicked, this, [this] { chooseRepeat(); });
+    connect(playXOption, &QRadioButton::clicked, this, [this] { choosePlayX(); });
     return frame;
 }
 
-QWidget* FrmBasic::buildRecordFrame() {
+QWidget* BasicWindow::buildRecordFrame() {
     auto* frame = new QGroupBox("Record Options");
-    chkMM = new QCheckBox("Record Mouse Movements");
-    chkEx = new QCheckBox("Use Extended mouse positioned clicks");
+    mouseMoveBox = new QCheckBox("Record Mouse Movements");
+    extendedClicksBox = new QCheckBox("Use Extended mouse positioned clicks");
     auto* layout = new QVBoxLayout(frame);
-    layout->addWidget(chkMM);
-    layout->addWidget(chkEx);
-    connect(chkMM, &QCheckBox::clicked, this, [this] { m_app.bMouseMove = chkMM->isChecked(); });
-    connect(chkEx, &QCheckBox::clicked, this, [this] { m_app.bExtendedClicks = chkEx->isChecked(); });
+    layout->addWidget(mouseMoveBox);
+    layout->addWidget(extendedClicksBox);
+    connect(mouseMoveBox, &QCheckBox::clicked, this, [this] { m_app.mouseMove = mouseMoveBox->isChecked(); });
+    connect(extendedClicksBox, &QCheckBox::clicked, this, [this] { m_app.extendedClicks = extendedClicksBox->isChecked(); });
     return frame;
 }
 
-QWidget* FrmBasic::buildHelpFrame() {
+QWidget* BasicWindow::buildHelpFrame() {
     auto* frame = new QGroupBox("Help");
-    cmdAbout = new QPushButton("About");
-    cmdReadme = new QPushButton("Readme");
+    aboutButton = new QPushButton("About");
+    readmeButton = new QPushButton("Readme");
     auto* layout = new QHBoxLayout(frame);
-    layout->addWidget(cmdAbout);
-    layout->addWidget(cmdReadme);
-    connect(cmdAbout, &QPushButton::clicked, this, [this] { m_app.showAbout(); });
-    connect(cmdReadme, &QPushButton::clicked, this, [this] { m_app.openReadme(); });
+    layout->addWidget(aboutButton);
+    layout->addWidget(readmeButton);
+    connect(aboutButton, &QPushButton::clicked, this, [this] { m_app.showAbout(); });
+    connect(readmeButton, &QPushButton::clicked, this, [this] { m_app.openReadme(); });
     return frame;
 }
 
-void FrmBasic::optPlayOnce_Click() {
+void BasicWindow::choosePlayOnce() {
     m_app.session.bRepeat = false;
-    optPlayOnce->setChecked(true);
+    playOnceOption->setChecked(true);
 }
 
-void FrmBasic::optRepeat_Click() {
+void BasicWindow::chooseRepeat() {
     m_app.session.bRepeat = true;
-    optRepeat->setChecked(true);
+    repeatOption->setChecked(true);
 }
 
-void FrmBasic::optPlayX_Click() { m_app.session.bRepeat = false; }
+void BasicWindow::choosePlayX() { m_app.session.bRepeat = false; }
 
-void FrmBasic::StopScript() { m_app.playback.stopPlay(); }
+void BasicWindow::stopScript() { m_app.playback.stopPlay(); }
 
-void FrmBasic::cmdRecord_Click() {
-    StopScript();
+void BasicWindow::recordScript() {
+    stopScript();
     // The untouched template is no script to lose.
-    if (!m_txtLog.isEmpty() && m_txtLog != kTemplate && !confirmRecording(m_app)) return;
-    setWindowTitle(kBareCaption + " - Untitled");
+    if (!m_text.isEmpty() && m_text != kTemplate && !confirmRecording(m_app)) return;
+    setWindowTitle(captionWith(kBasicCaption, "Untitled"));
     m_timers->hideForRun();
     m_recordTimers->start();
 }
 
 // A branch of Stop: the recording becomes the unsaved script.
-void FrmBasic::closeRecording() {
+void BasicWindow::closeRecording() {
     const std::optional<std::string> script = m_recordTimers->closeIfRecording();
     if (!script) return;
     // Ctrl+6 and Ctrl+7 may have changed the settings these boxes show.
-    chkMM->setChecked(m_app.bMouseMove);
-    chkEx->setChecked(m_app.bExtendedClicks);
-    m_txtLog = QString::fromStdString(*script);
+    mouseMoveBox->setChecked(m_app.mouseMove);
+    extendedClicksBox->setChecked(m_app.extendedClicks);
+    m_text = QString::fromStdString(*script);
     m_changed = true;
-    setWindowTitle(kBareCaption + " - Untitled");
-    m_app.sFilePath.clear();
+    setWindowTitle(captionWith(kBasicCaption, "Untitled"));
+    m_app.filePath.clear();
 }
 
-void FrmBasic::cmdPlay_Click() {
+void BasicWindow::playScript() {
     if (m_app.playback.resumeIfPending()) return;
-    StopScript();
-    if (optPlayX->isChecked()) {
-        const std::string count = txtPlayX->text().toStdString();
+    stopScript();
+    if (playXOption->isChecked()) {
+        const std::string count = playCountEdit->text().toStdString();
         const auto target = engine::isNumericText(count) ? engine::TextToInt32(count) : std::nullopt;
         if (!target) {
             m_app.dialogs().tell("Error", "The Play X times must be numeric!", Dialogs::Icon::Stop);
@@ -179,68 +175,68 @@ void FrmBasic::cmdPlay_Click() {
         }
         m_app.playback.setPlayTarget(*target);
     }
-    m_app.sScriptText = m_txtLog.toStdString();
-    m_app.playback.start(m_app.sScriptText, false);
+    m_app.scriptText = m_text.toStdString();
+    m_app.playback.start(m_app.scriptText, false);
 }
 
-void FrmBasic::cmdOpen_Click() {
-    if (!m_txtLog.isEmpty() &&
+void BasicWindow::openScript() {
+    if (!m_text.isEmpty() &&
         !m_app.dialogs().askYesNo("Confirm Recording",
                                   "There is an existing script open. If you open a new script Tarvoke will "
                                   "delete the existing script. Do you wish to continue?"))
         return;
     std::string path = localPath(m_app.dialogs().openFileName("Open Tarvoke script file", kFilter, "tk"));
-    if (!IsValidPath(path) || path.empty()) return;
-    m_app.session.sScriptFolder = GetFolder(path);
+    if (!isValidPath(path) || path.empty()) return;
+    m_app.session.sScriptFolder = folderOf(path);
     const auto content = readScriptFile(path);
     if (!content) return;
-    setWindowTitle(kBareCaption + " - " + fileNameOf(path));
-    m_app.sFilePath = path;
-    m_txtLog = *content;
+    setWindowTitle(captionWith(kBasicCaption, displayFileName(path)));
+    m_app.filePath = path;
+    m_text = *content;
     m_changed = false;
-    m_app.sScriptText = m_txtLog.toStdString();
+    m_app.scriptText = m_text.toStdString();
 }
 
-bool FrmBasic::SaveScript() {
-    if (windowTitle() == kBareCaption) return false;  // nothing recorded or opened
+bool BasicWindow::saveScript() {
+    if (windowTitle() == kBasicCaption) return false;  // nothing recorded or opened
     return saveWithDialog();
 }
 
-bool FrmBasic::saveWithDialog() {
+bool BasicWindow::saveWithDialog() {
     std::string path = localPath(m_app.dialogs().saveFileName("Save Tarvoke script file", kFilter, "tk"));
-    if (!IsValidPath(path) || path.empty()) return false;
+    if (!isValidPath(path) || path.empty()) return false;
     if (!mayReplace(m_app.dialogs(), path)) return false;
-    if (!saveScriptFile(m_app.dialogs(), path, m_txtLog)) return false;
-    m_app.session.sScriptFolder = GetFolder(path);
-    setWindowTitle(kBareCaption + " - " + fileNameOf(path));
-    m_app.sFilePath = path;
+    if (!saveScriptFile(m_app.dialogs(), path, m_text)) return false;
+    m_app.session.sScriptFolder = folderOf(path);
+    setWindowTitle(captionWith(kBasicCaption, displayFileName(path)));
+    m_app.filePath = path;
     m_changed = false;
     return true;
 }
 
-void FrmBasic::cmdAdvanced_Click() {
+void BasicWindow::switchToAdvancedMode() {
     m_timers->setPlayTimer(false);
-    m_timers->setInputsTimer(false);
-    FrmMain& other = m_app.frmMain();
-    other.timers().setInputsTimer(true);
+    m_timers->setHotkeyPoll(false);
+    AdvancedWindow& other = m_app.advancedWindow();
+    other.timers().setHotkeyPoll(true);
     const QString caption = windowTitle();
-    if (caption != kBareCaption) other.setWindowTitle("Tarvoke - " + caption.mid(21));
-    other.setText(m_txtLog);
+    if (caption != kBasicCaption) other.setWindowTitle(captionWith(kAdvancedCaption, nameInCaption(caption, kBasicCaption)));
+    other.setText(m_text);
     other.setChanged(m_changed);
-    m_app.bBasicMode = false;
-    m_app.hideChoice();
+    m_app.basicMode = false;
+    m_app.hideModeChoice();
     hide();
     m_app.playback.setView(&other.timers());
     other.show();
 }
 
-void FrmBasic::closeEvent(QCloseEvent* event) {
+void BasicWindow::closeEvent(QCloseEvent* event) {
     event->ignore();
     // Text brought from Advanced Mode may be changed under the bare caption,
     // where Save does nothing: the question's Save asks for a name all the same.
     if (m_changed && !offerToSave(m_app.dialogs(), [this] { return saveWithDialog(); })) return;
-    StopScript();
-    m_app.SaveSettings();
+    stopScript();
+    m_app.saveSettings();
     m_app.endProcess();
 }
 

@@ -1,6 +1,6 @@
 #pragma once
-// Find and Replace, shown beside frmMain without blocking it; each closes
-// itself when it has done its work.
+// Find, shown beside Advanced Mode without blocking it; it closes itself when
+// it has searched.
 
 #include <QDialog>
 
@@ -10,34 +10,22 @@ class QRadioButton;
 
 namespace tarvoke::app {
 
-class FrmMain;
+class AdvancedWindow;
 
-class FrmFind : public QDialog {
+class FindDialog : public QDialog {
 public:
-    explicit FrmFind(FrmMain& main);
+    explicit FindDialog(AdvancedWindow& window);
 
-    QLineEdit* txtFind;
-    QRadioButton* optUp;
-    QRadioButton* optDown;
-    QCheckBox* chkMatch;
+    QLineEdit* findEdit;
+    QRadioButton* upOption;
+    QRadioButton* downOption;
+    QCheckBox* matchCaseBox;
 
-    void cmdFind_Click();
+    // Find Next: searches with the dialog's choices.
+    void search();
 
 private:
-    FrmMain& m_main;
-};
-
-class FrmReplace : public QDialog {
-public:
-    explicit FrmReplace(FrmMain& main);
-
-    QLineEdit* txtFind;
-    QLineEdit* txtReplace;
-
-    void cmdReplaceAll_Click();
-
-private:
-    FrmMain& m_main;
+    AdvancedWindow& m_window;
 };
 
 }  // namespace tarvoke::app

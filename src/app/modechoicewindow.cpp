@@ -6,35 +6,33 @@
 #include <QVBoxLayout>
 
 #include "app/app.h"
-#include "app/basicwindow.h"
-#include "app/advancedwindow.h"
 
 namespace tarvoke::app {
 
-FrmChoice::FrmChoice(App& app) : m_app(app) {
+ModeChoiceWindow::ModeChoiceWindow(App& app) : m_app(app) {
     setWindowTitle("Tarvoke Start");
-    auto* lblChoice = new QLabel("Choose one of the following:");
-    optBasic = new QRadioButton("Start Tarvoke in Basic Mode");
-    optAdvanced = new QRadioButton("Start Tarvoke in Advanced Mode");
-    optBasic->setChecked(true);
-    cmdOK = new QPushButton("OK");
-    cmdOK->setDefault(true);
+    auto* prompt = new QLabel("Choose one of the following:");
+    basicOption = new QRadioButton("Start Tarvoke in Basic Mode");
+    advancedOption = new QRadioButton("Start Tarvoke in Advanced Mode");
+    basicOption->setChecked(true);
+    okButton = new QPushButton("OK");
+    okButton->setDefault(true);
 
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(lblChoice);
-    layout->addWidget(optBasic);
-    layout->addWidget(optAdvanced);
-    layout->addWidget(cmdOK, 0, Qt::AlignRight);
-    connect(cmdOK, &QPushButton::clicked, this, [this] { cmdOK_Click(); });
+    layout->addWidget(prompt);
+    layout->addWidget(basicOption);
+    layout->addWidget(advancedOption);
+    layout->addWidget(okButton, 0, Qt::AlignRight);
+    connect(okButton, &QPushButton::clicked, this, [this] { confirm(); });
 }
 
-void FrmChoice::cmdOK_Click() {
-    m_app.bBasicMode = optBasic->isChecked();
-    m_app.SaveSettings();
+void ModeChoiceWindow::confirm() {
+    m_app.basicMode = basicOption->isChecked();
+    m_app.saveSettings();
     m_app.showModeWindow();
     hide();
 }
 
-void FrmChoice::closeEvent(QCloseEvent*) { m_app.endProcess(); }
+void ModeChoiceWindow::closeEvent(QCloseEvent*) { m_app.endProcess(); }
 
 }  // namespace tarvoke::app

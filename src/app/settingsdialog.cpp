@@ -12,49 +12,49 @@
 
 namespace tarvoke::app {
 
-FrmSettings::FrmSettings(App& app) : m_app(app) {
+SettingsDialog::SettingsDialog(App& app) : m_app(app) {
     setWindowTitle("Settings");
-    auto* fraRecording = new QGroupBox("Recording");
-    chkMM = new QCheckBox("Mouse Move");
-    chkEx = new QCheckBox("Use Extended Clicks");
-    auto* recording = new QVBoxLayout(fraRecording);
-    recording->addWidget(chkMM);
-    recording->addWidget(chkEx);
+    auto* recordingFrame = new QGroupBox("Recording");
+    mouseMoveBox = new QCheckBox("Mouse Move");
+    extendedClicksBox = new QCheckBox("Use Extended Clicks");
+    auto* recording = new QVBoxLayout(recordingFrame);
+    recording->addWidget(mouseMoveBox);
+    recording->addWidget(extendedClicksBox);
 
-    auto* fraPlay = new QGroupBox("Playing");
-    chkPause = new QCheckBox("Ignore Pauses");
-    chkPrior = new QCheckBox("High Priority");
-    auto* playing = new QVBoxLayout(fraPlay);
-    playing->addWidget(chkPause);
-    playing->addWidget(chkPrior);
+    auto* playingFrame = new QGroupBox("Playing");
+    ignorePausesBox = new QCheckBox("Ignore Pauses");
+    highPriorityBox = new QCheckBox("High Priority");
+    auto* playing = new QVBoxLayout(playingFrame);
+    playing->addWidget(ignorePausesBox);
+    playing->addWidget(highPriorityBox);
 
-    auto* cmdOK = new QPushButton("OK");
-    auto* cmdCancel = new QPushButton("Cancel");
-    cmdOK->setDefault(true);
+    auto* ok = new QPushButton("OK");
+    auto* cancel = new QPushButton("Cancel");
+    ok->setDefault(true);
     auto* buttons = new QHBoxLayout;
     buttons->addStretch(1);
-    buttons->addWidget(cmdOK);
-    buttons->addWidget(cmdCancel);
+    buttons->addWidget(ok);
+    buttons->addWidget(cancel);
 
     auto* frames = new QHBoxLayout;
-    frames->addWidget(fraRecording);
-    frames->addWidget(fraPlay);
+    frames->addWidget(recordingFrame);
+    frames->addWidget(playingFrame);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(frames);
     layout->addLayout(buttons);
 
-    chkMM->setChecked(m_app.bMouseMove);
-    chkEx->setChecked(m_app.bExtendedClicks);
-    chkPause->setChecked(m_app.session.bIgnorePauses);
-    connect(cmdOK, &QPushButton::clicked, this, [this] { cmdOK_Click(); });
-    connect(cmdCancel, &QPushButton::clicked, this, &QDialog::close);
+    mouseMoveBox->setChecked(m_app.mouseMove);
+    extendedClicksBox->setChecked(m_app.extendedClicks);
+    ignorePausesBox->setChecked(m_app.session.bIgnorePauses);
+    connect(ok, &QPushButton::clicked, this, [this] { apply(); });
+    connect(cancel, &QPushButton::clicked, this, &QDialog::close);
 }
 
-void FrmSettings::cmdOK_Click() {
-    m_app.bMouseMove = chkMM->isChecked();
-    m_app.bExtendedClicks = chkEx->isChecked();
-    m_app.session.bIgnorePauses = chkPause->isChecked();
-    if (chkPrior->isChecked()) raiseProcessPriority();
+void SettingsDialog::apply() {
+    m_app.mouseMove = mouseMoveBox->isChecked();
+    m_app.extendedClicks = extendedClicksBox->isChecked();
+    m_app.session.bIgnorePauses = ignorePausesBox->isChecked();
+    if (highPriorityBox->isChecked()) raiseProcessPriority();
     close();
 }
 

@@ -9,16 +9,17 @@ namespace tarvoke::app {
 
 class App;
 
-class FrmSettings : public QDialog {
+class SettingsDialog : public QDialog {
 public:
-    explicit FrmSettings(App& app);
+    explicit SettingsDialog(App& app);
 
-    QCheckBox* chkMM;
-    QCheckBox* chkEx;
-    QCheckBox* chkPause;
-    QCheckBox* chkPrior;
+    QCheckBox* mouseMoveBox;
+    QCheckBox* extendedClicksBox;
+    QCheckBox* ignorePausesBox;
+    QCheckBox* highPriorityBox;
 
-    void cmdOK_Click();
+    // OK: the boxes become the settings.
+    void apply();
 
 private:
     App& m_app;

@@ -6,77 +6,84 @@
 #include <QVBoxLayout>
 
 #include "app/app.h"
-#include "app/basicwindow.h"
 #include "app/modechoicewindow.h"
-#include "app/advancedwindow.h"
 
 namespace tarvoke::app {
 
-FrmSplash2::FrmSplash2(App& app) : m_app(app) {
+namespace {
+
+constexpr int kUpdateCheckDelayMs = 1;
+constexpr int kSplashMs = 1000;
+// Until the update check sets the wait itself.
+constexpr int kSplashLongestMs = 2000;
+
+}  // namespace
+
+SplashWindow::SplashWindow(App& app) : m_app(app) {
     setWindowTitle("Splash");
     // A splash takes no place in the task list.
     setWindowFlags(Qt::SplashScreen | Qt::FramelessWindowHint);
-    setObjectName("frmSplash2");
-    setStyleSheet("QWidget#frmSplash2 { background: black; } QLabel { color: white; }");
+    setObjectName("splash");
+    setStyleSheet("QWidget#splash { background: black; } QLabel { color: white; }");
     setAttribute(Qt::WA_StyledBackground);
     setFixedSize(376, 134);  // 5640 by 2010 twips
 
-    auto* imgIcon = new QLabel;
-    imgIcon->setObjectName("imgIcon");
-    imgIcon->setText(QString::fromUtf8("\u25B6"));
-    imgIcon->setStyleSheet("font-size: 44px; color: #4fc3f7;");
-    auto* imgTitle = new QLabel("Tarvoke");
-    imgTitle->setObjectName("imgTitle");
-    imgTitle->setStyleSheet("font-size: 34px; font-weight: bold;");
+    auto* icon = new QLabel;
+    icon->setObjectName("icon");
+    icon->setText(QString::fromUtf8("\u25B6"));
+    icon->setStyleSheet("font-size: 44px; color: #4fc3f7;");
+    auto* title = new QLabel("Tarvoke");
+    title->setObjectName("title");
+    title->setStyleSheet("font-size: 34px; font-weight: bold;");
     auto* tagline = new QLabel("record \u00B7 play \u00B7 automate");
     tagline->setStyleSheet("font-size: 13px; color: #b0b0b0;");
 
     auto* titles = new QVBoxLayout;
-    titles->addWidget(imgTitle);
+    titles->addWidget(title);
     titles->addWidget(tagline);
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(24, 16, 24, 16);
-    row->addWidget(imgIcon);
+    row->addWidget(icon);
     row->addSpacing(16);
     row->addLayout(titles, 1);
     // Clicks on the pictures reach the form, which skips the splash.
-    imgIcon->setAttribute(Qt::WA_TransparentForMouseEvents);
-    imgTitle->setAttribute(Qt::WA_TransparentForMouseEvents);
+    icon->setAttribute(Qt::WA_TransparentForMouseEvents);
+    title->setAttribute(Qt::WA_TransparentForMouseEvents);
     tagline->setAttribute(Qt::WA_TransparentForMouseEvents);
 
-    tmr1.setInterval(2000);
-    connect(&tmrUpdate, &QTimer::timeout, this, [this] { tmrUpdate_Timer(); });
-    connect(&tmr1, &QTimer::timeout, this, [this] { tmr1_Timer(); });
+    splashTimer.setInterval(kSplashLongestMs);
+    connect(&updateCheckTimer, &QTimer::timeout, this, [this] { startUpdateCheck(); });
+    connect(&splashTimer, &QTimer::timeout, this, [this] { endSplash(); });
 }
 
-void FrmSplash2::start() {
-    tmrUpdate.start(1);
+void SplashWindow::start() {
+    updateCheckTimer.start(kUpdateCheckDelayMs);
 }
 
-void FrmSplash2::tmrUpdate_Timer() {
+void SplashWindow::startUpdateCheck() {
     // The update check starts its connection here once it exists.
-    tmr1.start(1000);
-    tmrUpdate.stop();
+    splashTimer.start(kSplashMs);
+    updateCheckTimer.stop();
 }
 
-void FrmSplash2::tmr1_Timer() {
-    tmr1.stop();
-    if (m_connected) return;  // the check calls ShowStartWindow when its data is in
-    ShowStartWindow();
+void SplashWindow::endSplash() {
+    splashTimer.stop();
+    if (m_connected) return;  // the check calls showStartWindow when its data is in
+    showStartWindow();
 }
 
-void FrmSplash2::mousePressEvent(QMouseEvent*) { SkipSplash(); }
+void SplashWindow::mousePressEvent(QMouseEvent*) { skip(); }
 
-void FrmSplash2::SkipSplash() {
-    tmr1.stop();
-    tmrUpdate.stop();
-    ShowStartWindow();
+void SplashWindow::skip() {
+    splashTimer.stop();
+    updateCheckTimer.stop();
+    showStartWindow();
 }
 
-void FrmSplash2::ShowStartWindow() {
-    m_app.SaveSettings();
-    if (m_app.bFirstRun) {
-        m_app.frmChoice().show();
+void SplashWindow::showStartWindow() {
+    m_app.saveSettings();
+    if (m_app.firstRun) {
+        m_app.modeChoiceWindow().show();
     } else {
         m_app.showModeWindow();
     }

@@ -1,5 +1,5 @@
 #pragma once
-// The start-up form: shown for about a second, then the first working window.
+// The start-up window: shown for about a second, then the first working window.
 
 #include <QTimer>
 #include <QWidget>
@@ -8,24 +8,27 @@ namespace tarvoke::app {
 
 class App;
 
-class FrmSplash2 : public QWidget {
+class SplashWindow : public QWidget {
 public:
-    explicit FrmSplash2(App& app);
+    explicit SplashWindow(App& app);
 
-    // Starts the way to the first window: tmrUpdate, then tmr1.
+    // Starts the way to the first window: the update check, then the wait
+    // before the first window.
     void start();
-    void SkipSplash();
-    void ShowStartWindow();
+    void skip();
+    void showStartWindow();
 
-    QTimer tmrUpdate;
-    QTimer tmr1;
+    // Starts the update check once the splash is up.
+    QTimer updateCheckTimer;
+    // How long the splash stays.
+    QTimer splashTimer;
 
 protected:
     void mousePressEvent(QMouseEvent* event) override;
 
 private:
-    void tmrUpdate_Timer();
-    void tmr1_Timer();
+    void startUpdateCheck();
+    void endSplash();
 
     App& m_app;
     // Set by the update check when its connection has come up.

@@ -81,7 +81,7 @@ struct AppFixture {
         if (withSettings) writeFile("settings.dat", settings);
         app = std::make_unique<App>(AppOptions{path(""), path("settings.dat"), fake.platform(), &dialogs,
                                                [this](int) { ++exits; }, &keys});
-        app->LoadSettings();
+        app->loadSettings();
     }
 
     std::string path(const QString& name) const { return (folder.path() + "/" + name).toStdString(); }

@@ -15,7 +15,7 @@ using tarvoke::app::testing::AppFixture;
 
 Q_DECLARE_METATYPE(tarvoke::app::Dialogs::SaveChoice)
 
-class FrmBasicTest : public QObject {
+class BasicWindowTest : public QObject {
     Q_OBJECT
 
 private slots:
@@ -29,74 +29,74 @@ private slots:
         QFETCH(QString, mainCaption);
         QFETCH(QString, basicCaption);
         AppFixture f("1,1,1,0,0,", true);
-        FrmMain& main = f.app->frmMain();
+        AdvancedWindow& main = f.app->advancedWindow();
         main.show();
         main.setWindowTitle(mainCaption);
         main.setText("Function(Main);\nPause(1);\nEndFunction();");
-        main.mnuFileBasicMode_Click();
-        FrmBasic& basic = f.app->frmBasic();
+        main.switchToBasicMode();
+        BasicWindow& basic = f.app->basicWindow();
         QVERIFY(basic.isVisible() && !main.isVisible());
         QCOMPARE(basic.windowTitle(), basicCaption);
         QCOMPARE(basic.text(), "Function(Main);\nPause(1);\nEndFunction();");
-        QVERIFY(f.app->bBasicMode);
-        QVERIFY(basic.timers().inputsTimerOn() && !main.timers().inputsTimerOn());
+        QVERIFY(f.app->basicMode);
+        QVERIFY(basic.timers().hotkeyPollOn() && !main.timers().hotkeyPollOn());
         QCOMPARE(f.app->playback.view(), &basic.timers());
 
         basic.setText("changed");
-        basic.cmdAdvanced_Click();
+        basic.switchToAdvancedMode();
         QVERIFY(main.isVisible() && !basic.isVisible());
         QCOMPARE(main.windowTitle(), mainCaption);
         QCOMPARE(main.text(), "changed");
-        QVERIFY(!f.app->bBasicMode);
-        QVERIFY(main.timers().inputsTimerOn() && !basic.timers().inputsTimerOn());
+        QVERIFY(!f.app->basicMode);
+        QVERIFY(main.timers().hotkeyPollOn() && !basic.timers().hotkeyPollOn());
         QCOMPARE(f.app->playback.view(), &main.timers());
     }
 
     void bareCaptionIsNotCarried() {
         AppFixture f("1,1,1,0,1,", true);
-        FrmMain& main = f.app->frmMain();
+        AdvancedWindow& main = f.app->advancedWindow();
         main.setWindowTitle("Tarvoke - before.tk");
-        main.mnuFileBasicMode_Click();
-        FrmBasic& basic = f.app->frmBasic();
+        main.switchToBasicMode();
+        BasicWindow& basic = f.app->basicWindow();
         basic.setWindowTitle("Tarvoke Basic Mode");
-        basic.cmdAdvanced_Click();
+        basic.switchToAdvancedMode();
         QCOMPARE(main.windowTitle(), "Tarvoke - before.tk");
     }
 
     void firstSwitchToAdvancedModeTurnsTheOptionsOn() {
         AppFixture f("0,0,0,0,1,", true);
-        FrmBasic& basic = f.app->frmBasic();
-        basic.cmdAdvanced_Click();
-        QVERIFY(f.app->session.bRepeat && f.app->bMouseMove && f.app->bExtendedClicks);
-        QVERIFY(!basic.optRepeat->isChecked());  // shown at the first load only
+        BasicWindow& basic = f.app->basicWindow();
+        basic.switchToAdvancedMode();
+        QVERIFY(f.app->session.bRepeat && f.app->mouseMove && f.app->extendedClicks);
+        QVERIFY(!basic.repeatOption->isChecked());  // shown at the first load only
     }
 
     void openAsksEvenForTheTemplateAndNoEndsIt() {
         AppFixture f;
-        FrmBasic& basic = f.app->frmBasic();
+        BasicWindow& basic = f.app->basicWindow();
         f.writeFile("a.tk", "Function(Main);\nEndFunction();");
         f.dialogs.answers = {false};
         f.dialogs.paths = {QString::fromStdString(f.path("a.tk"))};
-        basic.cmdOpen_Click();
+        basic.openScript();
         QCOMPARE(f.dialogs.asked.size(), size_t(1));
         QVERIFY(f.dialogs.asked[0].contains("If you open a new script"));
         QCOMPARE(basic.windowTitle(), "Tarvoke Basic Mode");
-        basic.cmdOpen_Click();
+        basic.openScript();
         QCOMPARE(basic.windowTitle(), "Tarvoke Basic Mode - a.tk");
         QCOMPARE(basic.text(), "Function(Main);\nEndFunction();");
     }
 
     void saveNeedsSomethingAndAlwaysAsks() {
         AppFixture f;
-        FrmBasic& basic = f.app->frmBasic();
+        BasicWindow& basic = f.app->basicWindow();
         f.dialogs.paths = {QString::fromStdString(f.path("never.tk"))};
-        basic.SaveScript();
+        basic.saveScript();
         QCOMPARE(f.dialogs.paths.size(), size_t(1));  // not asked
         basic.setWindowTitle("Tarvoke Basic Mode - Untitled");
-        basic.SaveScript();
+        basic.saveScript();
         QCOMPARE(basic.windowTitle(), "Tarvoke Basic Mode - never.tk");
         QCOMPARE(f.readFile("never.tk"), kTemplate.toUtf8());
-        basic.SaveScript();  // asks again: cancelled this time
+        basic.saveScript();  // asks again: cancelled this time
         QCOMPARE(basic.windowTitle(), "Tarvoke Basic Mode - never.tk");
     }
 
@@ -118,11 +118,11 @@ private slots:
         QFETCH(QString, name);
         QFETCH(bool, closes);
         AppFixture f("1,1,1,0,0,", true);
-        FrmMain& main = f.app->frmMain();
-        QTest::keyClicks(main.txtLog, "Pause(1);");
+        AdvancedWindow& main = f.app->advancedWindow();
+        QTest::keyClicks(main.editor, "Pause(1);");
         const QString typed = main.text();
-        main.mnuFileBasicMode_Click();
-        FrmBasic& basic = f.app->frmBasic();
+        main.switchToBasicMode();
+        BasicWindow& basic = f.app->basicWindow();
         QCOMPARE(basic.windowTitle(), "Tarvoke Basic Mode");
         f.dialogs.saveChoices = {choice};
         f.dialogs.paths = {name.isEmpty() ? QString() : QString::fromStdString(f.path(name))};
@@ -130,9 +130,9 @@ private slots:
         QCOMPARE(f.dialogs.asked.size(), size_t(1));
         QCOMPARE(f.exits, closes ? 1 : 0);
         QCOMPARE(f.readFile("kept.tk"), name.isEmpty() ? QByteArray("<missing>") : typed.toUtf8());
-        basic.cmdAdvanced_Click();
+        basic.switchToAdvancedMode();
         QCOMPARE(main.changed(), name.isEmpty());
-        main.txtLog->undo();
+        main.editor->undo();
         QCOMPARE(main.text(), kTemplate);
     }
 
@@ -153,11 +153,11 @@ private slots:
         QFETCH(bool, starts);
         QFETCH(int, target);
         AppFixture f;
-        FrmBasic& basic = f.app->frmBasic();
+        BasicWindow& basic = f.app->basicWindow();
         basic.show();
-        basic.optPlayX->click();
-        basic.txtPlayX->setText(count);
-        basic.cmdPlay_Click();
+        basic.playXOption->click();
+        basic.playCountEdit->setText(count);
+        basic.playScript();
         QCOMPARE(basic.timers().playTimerOn(), starts);
         QCOMPARE(basic.isVisible(), !starts);
         if (starts) {
@@ -183,12 +183,12 @@ private slots:
         QFETCH(QString, count);
         QFETCH(int, runs);
         AppFixture f;
-        FrmBasic& basic = f.app->frmBasic();
+        BasicWindow& basic = f.app->basicWindow();
         basic.show();
         basic.setText("Function(Main);\nMessage(run, normal, t);\nEndFunction();");
-        basic.optPlayX->click();
-        basic.txtPlayX->setText(count);
-        basic.cmdPlay_Click();
+        basic.playXOption->click();
+        basic.playCountEdit->setText(count);
+        basic.playScript();
         for (int tick = 0; tick < 10 && basic.timers().playTimerOn(); ++tick) f.app->playback.tick();
         QCOMPARE(int(std::count_if(f.fake.transcript.begin(), f.fake.transcript.end(),
                                    [](const std::string& line) { return line.starts_with("MessageBox"); })),
@@ -199,10 +199,10 @@ private slots:
 
     void hotkeysActOnTheWindowInUse() {
         AppFixture f("1,1,1,0,0,", true);
-        FrmMain& main = f.app->frmMain();
+        AdvancedWindow& main = f.app->advancedWindow();
         main.show();
-        main.mnuFileBasicMode_Click();
-        FrmBasic& basic = f.app->frmBasic();
+        main.switchToBasicMode();
+        BasicWindow& basic = f.app->basicWindow();
         f.keys.press(17);
         f.keys.press(57);  // Ctrl+9 plays Basic Mode's script
         basic.timers().pollHotkeys();
@@ -218,15 +218,15 @@ private slots:
 
     void playOptionsSetRepeat() {
         AppFixture f;
-        FrmBasic& basic = f.app->frmBasic();
-        basic.optPlayOnce->click();
+        BasicWindow& basic = f.app->basicWindow();
+        basic.playOnceOption->click();
         QVERIFY(!f.app->session.bRepeat);
-        basic.optRepeat->click();
+        basic.repeatOption->click();
         QVERIFY(f.app->session.bRepeat);
-        basic.optPlayX->click();
+        basic.playXOption->click();
         QVERIFY(!f.app->session.bRepeat);
     }
 };
 
-QTEST_MAIN(FrmBasicTest)
+QTEST_MAIN(BasicWindowTest)
 #include "frmbasic_test.moc"

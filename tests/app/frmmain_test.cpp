@@ -8,6 +8,7 @@
 #include "app/filesave.h"
 #include "app/findtext.h"
 #include "app/finddialog.h"
+#include "app/replacedialog.h"
 #include "app/advancedwindow.h"
 #include "app/paths.h"
 #include "app/scriptfile.h"
@@ -21,21 +22,21 @@ Q_DECLARE_METATYPE(tarvoke::app::Dialogs::SaveChoice)
 
 namespace {
 
-void select(FrmMain& main, int start, int length) {
-    QTextCursor cursor = main.txtLog->textCursor();
+void select(AdvancedWindow& main, int start, int length) {
+    QTextCursor cursor = main.editor->textCursor();
     cursor.setPosition(start);
     cursor.setPosition(start + length, QTextCursor::KeepAnchor);
-    main.txtLog->setTextCursor(cursor);
+    main.editor->setTextCursor(cursor);
 }
 
-Selection selectionOf(FrmMain& main) {
-    const QTextCursor cursor = main.txtLog->textCursor();
+Selection selectionOf(AdvancedWindow& main) {
+    const QTextCursor cursor = main.editor->textCursor();
     return {cursor.selectionStart(), cursor.selectionEnd() - cursor.selectionStart()};
 }
 
 }  // namespace
 
-class FrmMainTest : public QObject {
+class AdvancedWindowTest : public QObject {
     Q_OBJECT
 
 private slots:
@@ -52,77 +53,77 @@ private slots:
         QFETCH(QString, text);
         QFETCH(bool, asks);
         AppFixture f;
-        FrmMain& main = f.app->frmMain();
+        AdvancedWindow& main = f.app->advancedWindow();
         main.setText(text);
         main.setWindowTitle("Tarvoke - old.tk");
-        f.app->sFilePath = "/x/old.tk";
+        f.app->filePath = "/x/old.tk";
         f.dialogs.answers = {false};
-        main.mnuNew_Click();
+        main.newScript();
         QCOMPARE(f.dialogs.asked.size(), size_t(asks ? 1 : 0));
         // A No keeps everything; without the question New goes on.
         QCOMPARE(main.text(), asks ? text : kTemplate);
         QCOMPARE(main.windowTitle(), asks ? QString("Tarvoke - old.tk") : QString("Tarvoke"));
-        QCOMPARE(f.app->sFilePath.empty(), !asks);
+        QCOMPARE(f.app->filePath.empty(), !asks);
     }
 
     void captionsFollowTheFileOperations() {
         AppFixture f;
-        FrmMain& main = f.app->frmMain();
+        AdvancedWindow& main = f.app->advancedWindow();
         QCOMPARE(main.windowTitle(), "Tarvoke");
         QCOMPARE(main.text(), kTemplate);
 
         f.writeFile("first.tk", "Function(Main);\r\nPause(5);\r\nEndFunction();\r\n");
         f.dialogs.paths = {QString::fromStdString(f.path("first.tk"))};
-        main.mnuFileOpen_Click();
+        main.openScript();
         QCOMPARE(main.windowTitle(), "Tarvoke - first.tk");
         QCOMPARE(main.text(), "Function(Main);\nPause(5);\nEndFunction();\n");
-        QCOMPARE(f.app->sFilePath, f.path("first.tk"));
+        QCOMPARE(f.app->filePath, f.path("first.tk"));
         QCOMPARE(f.app->session.sScriptFolder, f.path(""));
 
         main.setText("Function(Main);\nPause(6);\nEndFunction();");
-        main.mnuFileSave_Click();
+        main.saveScript();
         QCOMPARE(f.readFile("first.tk"), QByteArray("Function(Main);\nPause(6);\nEndFunction();"));
 
         f.dialogs.paths = {QString::fromStdString(f.path("second"))};
-        main.mnuFileSaveAs_Click();
+        main.saveScriptAs();
         QCOMPARE(main.windowTitle(), "Tarvoke - second.tk");
-        QCOMPARE(f.app->sFilePath, f.path("second.tk"));
+        QCOMPARE(f.app->filePath, f.path("second.tk"));
         QCOMPARE(f.readFile("second.tk"), QByteArray("Function(Main);\nPause(6);\nEndFunction();"));
 
         main.setText(kTemplate);
-        main.mnuNew_Click();
+        main.newScript();
         QCOMPARE(main.windowTitle(), "Tarvoke");
-        QVERIFY(f.app->sFilePath.empty());
+        QVERIFY(f.app->filePath.empty());
 
         // Save without a file asks for one; a cancelled dialog changes nothing.
-        main.mnuFileSave_Click();
+        main.saveScript();
         QCOMPARE(main.windowTitle(), "Tarvoke");
     }
 
     void openOfACompiledScriptKeepsTheCaption() {
         AppFixture f;
-        FrmMain& main = f.app->frmMain();
+        AdvancedWindow& main = f.app->advancedWindow();
         f.writeFile("tool.exe", "binary");
         f.writeFile("TOOL.EXE", "Function(Main);\nEndFunction();");
         f.dialogs.paths = {QString::fromStdString(f.path("tool.exe")), QString::fromStdString(f.path("TOOL.EXE"))};
-        main.mnuFileOpen_Click();
+        main.openScript();
         QCOMPARE(main.windowTitle(), "Tarvoke");
-        QVERIFY(f.app->sFilePath.empty());
-        main.mnuFileOpen_Click();
+        QVERIFY(f.app->filePath.empty());
+        main.openScript();
         QCOMPARE(main.windowTitle(), "Tarvoke - TOOL.EXE");
     }
 
     void failedSaveKeepsTheOldFileAndSaysWhy() {
         AppFixture f;
-        FrmMain& main = f.app->frmMain();
+        AdvancedWindow& main = f.app->advancedWindow();
         f.writeFile("kept.tk", "old text");
         f.dialogs.paths = {QString::fromStdString(f.path("kept.tk"))};
-        main.mnuFileOpen_Click();
+        main.openScript();
         const std::string folderBefore = f.app->session.sScriptFolder;
         testing::ReadOnlyFolder readOnly(f.folder.path());
         if (!readOnly.ok()) QSKIP("cannot make a read-only folder here");
         main.setText("new text");
-        main.mnuFileSave_Click();
+        main.saveScript();
         QCOMPARE(f.readFile("kept.tk"), QByteArray("old text"));
         QCOMPARE(f.dialogs.told.size(), size_t(1));
         QCOMPARE(f.dialogs.told[0].title, "Tarvoke");
@@ -130,9 +131,9 @@ private slots:
         QVERIFY(f.dialogs.told[0].text.size() > QString("The script could not be saved: ").size());
 
         f.dialogs.paths = {QString::fromStdString(f.path("elsewhere.tk"))};
-        main.mnuFileSaveAs_Click();
+        main.saveScriptAs();
         QCOMPARE(main.windowTitle(), "Tarvoke - kept.tk");
-        QCOMPARE(f.app->sFilePath, f.path("kept.tk"));
+        QCOMPARE(f.app->filePath, f.path("kept.tk"));
         QCOMPARE(f.app->session.sScriptFolder, folderBefore);
         QCOMPARE(QDir(f.folder.path()).entryList(QDir::Files), QStringList{"kept.tk"});
     }
@@ -147,19 +148,19 @@ private slots:
     void openAsksBeforeTheTextGoes() {
         QFETCH(bool, yes);
         AppFixture f;
-        FrmMain& main = f.app->frmMain();
+        AdvancedWindow& main = f.app->advancedWindow();
         f.writeFile("other.tk", "Function(Main);\nPause(2);\nEndFunction();");
-        QTest::keyClicks(main.txtLog, "Pause(1);");
+        QTest::keyClicks(main.editor, "Pause(1);");
         const QString typed = main.text();
         f.dialogs.answers = {yes};
         f.dialogs.paths = {QString::fromStdString(f.path("other.tk"))};
-        main.mnuFileOpen->trigger();
+        main.openAction->trigger();
         QCOMPARE(f.dialogs.asked.size(), size_t(1));
         QCOMPARE(f.dialogs.paths.empty(), yes);
         QCOMPARE(main.text(), yes ? QString("Function(Main);\nPause(2);\nEndFunction();") : typed);
         QCOMPARE(main.changed(), !yes);
         if (!yes) {
-            main.txtLog->undo();
+            main.editor->undo();
             QCOMPARE(main.text(), kTemplate);
         }
     }
@@ -192,18 +193,18 @@ private slots:
         QFETCH(bool, saved);
         for (const bool byMenu : {false, true}) {
             AppFixture f;
-            FrmMain& main = f.app->frmMain();
+            AdvancedWindow& main = f.app->advancedWindow();
             f.writeFile("script.tk", "old");
             QDir(f.folder.path()).mkdir("dir");
             if (!file.isEmpty()) {
                 f.dialogs.paths = {QString::fromStdString(f.path(file))};
-                main.mnuFileOpen_Click();
-                f.app->sFilePath = f.path(file);  // a folder does not open
+                main.openScript();
+                f.app->filePath = f.path(file);  // a folder does not open
             }
-            if (typed) QTest::keyClicks(main.txtLog, "Pause(1);");
+            if (typed) QTest::keyClicks(main.editor, "Pause(1);");
             f.dialogs.saveChoices = {choice};
             f.dialogs.paths = {saveAs.isEmpty() ? QString() : QString::fromStdString(f.path(saveAs))};
-            byMenu ? main.mnuExit->trigger() : void(main.close());
+            byMenu ? main.exitAction->trigger() : void(main.close());
             QCOMPARE(f.dialogs.asked.size(), size_t(typed ? 1 + (saveAs.isEmpty() ? 0 : 1) : 0));
             QCOMPARE(f.exits, closes ? 1 : 0);
             QCOMPARE(f.readFile("script.tk"), saved ? main.text().toUtf8() : QByteArray("old"));
@@ -226,14 +227,14 @@ private slots:
         QFETCH(QString, there);
         QFETCH(bool, yes);
         AppFixture f;
-        FrmMain& main = f.app->frmMain();
+        AdvancedWindow& main = f.app->advancedWindow();
         f.writeFile("real.tk", "old");
         if (there == "file") f.writeFile("chosen.tk", "old");
         if (there == "link") QFile::link("real.tk", f.folder.path() + "/chosen.tk");
         main.editText("new");
         f.dialogs.answers = {yes};
         f.dialogs.paths = {QString::fromStdString(f.path("chosen"))};
-        QCOMPARE(main.mnuFileSaveAs_Click(), yes);
+        QCOMPARE(main.saveScriptAs(), yes);
         QCOMPARE(f.dialogs.asked.size(), size_t(there.isEmpty() ? 0 : 1));
         QCOMPARE(f.readFile("chosen.tk"), QByteArray(yes ? "new" : "old"));
         QCOMPARE(QFileInfo(f.folder.path() + "/chosen.tk").isSymLink(), there == "link");
@@ -278,15 +279,15 @@ private slots:
         QFETCH(bool, valid);
         QFETCH(QString, cleaned);
         std::string text = path.toStdString();
-        QCOMPARE(IsValidPath(text), valid);
+        QCOMPARE(isValidPath(text), valid);
         QCOMPARE(QString::fromStdString(text), cleaned);
     }
 
     void folderAndNameOfAPath() {
-        QCOMPARE(QString::fromStdString(GetFolder("/home/a/s.tk")), "/home/a/");
-        QCOMPARE(QString::fromStdString(GetFileName("/home/a/s.tk")), "s.tk");
-        QCOMPARE(QString::fromStdString(GetFolder("s.tk")), "");
-        QCOMPARE(QString::fromStdString(GetFileName("/home/a/")), "");
+        QCOMPARE(QString::fromStdString(folderOf("/home/a/s.tk")), "/home/a/");
+        QCOMPARE(QString::fromStdString(fileNameOf("/home/a/s.tk")), "s.tk");
+        QCOMPARE(QString::fromStdString(folderOf("s.tk")), "");
+        QCOMPARE(QString::fromStdString(fileNameOf("/home/a/")), "");
     }
 
     void findSteps_data() {
@@ -317,29 +318,29 @@ private slots:
         QFETCH(int, findFrom);
         QFETCH(int, hit);
         FindState state{matchCase ? "ab" : "AB", matchCase, down, findFrom, fresh};
-        if (matchCase) state.sFindText = "ab";
-        const auto found = FindIt(text, caret, state);
+        if (matchCase) state.text = "ab";
+        const auto found = findOnce(text, caret, state);
         QCOMPARE(found ? found->start : -1, hit);
-        QCOMPARE(state.intFindFrom, found ? found->start : caret);
-        QVERIFY(!state.bFindFresh);
+        QCOMPARE(state.findFrom, found ? found->start : caret);
+        QVERIFY(!state.fresh);
     }
 
     void findNextWalksTheHitsAndReportsTheEnd() {
         AppFixture f;
-        FrmMain& main = f.app->frmMain();
+        AdvancedWindow& main = f.app->advancedWindow();
         main.setText("Pause(1);\nPause(2);\nPause(3);");
-        main.mnuEditFindNext_Click();  // nothing searched yet: nothing happens
+        main.findNext();  // nothing searched yet: nothing happens
         QVERIFY(f.dialogs.told.empty());
         select(main, 0, 0);
-        FrmFind find(main);
-        find.txtFind->setText("pause");
-        find.cmdFind_Click();
+        FindDialog find(main);
+        find.findEdit->setText("pause");
+        find.search();
         QCOMPARE(selectionOf(main), (Selection{0, 5}));
-        main.mnuEditFindNext_Click();
+        main.findNext();
         QCOMPARE(selectionOf(main), (Selection{10, 5}));
-        main.mnuEditFindNext_Click();
+        main.findNext();
         QCOMPARE(selectionOf(main), (Selection{20, 5}));
-        main.mnuEditFindNext_Click();
+        main.findNext();
         QCOMPARE(selectionOf(main), (Selection{20, 5}));
         QCOMPARE(f.dialogs.told.size(), size_t(1));
         QCOMPARE(f.dialogs.told[0].title, "");
@@ -348,23 +349,23 @@ private slots:
 
     void secondFindDialogStartsBehindTheCaret() {
         AppFixture f;
-        FrmMain& main = f.app->frmMain();
+        AdvancedWindow& main = f.app->advancedWindow();
         main.setText("abab");
-        main.findState().bFindFresh = false;
+        main.findState().fresh = false;
         select(main, 0, 0);
-        FrmFind find(main);
-        find.txtFind->setText("ab");
-        find.cmdFind_Click();
+        FindDialog find(main);
+        find.findEdit->setText("ab");
+        find.search();
         QCOMPARE(selectionOf(main), (Selection{2, 2}));
     }
 
     void findDialogTakesTheSelection() {
         AppFixture f;
-        FrmMain& main = f.app->frmMain();
+        AdvancedWindow& main = f.app->advancedWindow();
         main.setText("LeftClick(1,2);");
         select(main, 0, 9);
-        FrmFind find(main);
-        QCOMPARE(find.txtFind->text(), "LeftClick");
+        FindDialog find(main);
+        QCOMPARE(find.findEdit->text(), "LeftClick");
     }
 
     void replaceAll_data() {
@@ -383,54 +384,54 @@ private slots:
         QFETCH(QString, replacement);
         QFETCH(QString, result);
         AppFixture f;
-        FrmMain& main = f.app->frmMain();
+        AdvancedWindow& main = f.app->advancedWindow();
         main.setText(text);
-        FrmReplace dialog(main);
-        dialog.txtFind->setText(find);
-        dialog.txtReplace->setText(replacement);
-        dialog.cmdReplaceAll_Click();
+        ReplaceDialog dialog(main);
+        dialog.findEdit->setText(find);
+        dialog.replacementEdit->setText(replacement);
+        dialog.replaceAll();
         QCOMPARE(main.text(), result);
         QCOMPARE(main.changed(), result != text);  // and Undo takes it back
-        main.txtLog->undo();
+        main.editor->undo();
         QCOMPARE(main.text(), text);
     }
 
     void deleteTakesOneCharacterOrTheSelection() {
         AppFixture f;
-        FrmMain& main = f.app->frmMain();
+        AdvancedWindow& main = f.app->advancedWindow();
         main.setText("ab\ncd");
         select(main, 2, 0);
-        main.mnuEditDelete_Click();
+        main.deleteText();
         QCOMPARE(main.text(), "abcd");
         select(main, 1, 2);
-        main.mnuEditDelete_Click();
+        main.deleteText();
         QCOMPARE(main.text(), "ad");
         select(main, 2, 0);
-        main.mnuEditDelete_Click();
+        main.deleteText();
         QCOMPARE(main.text(), "ad");
     }
 
     void menusCarryTheirShortcuts() {
         AppFixture f;
-        FrmMain& main = f.app->frmMain();
+        AdvancedWindow& main = f.app->advancedWindow();
         const std::pair<QAction*, const char*> expected[] = {
-            {main.mnuNew, "Ctrl+N"},        {main.mnuFileOpen, "Ctrl+O"},    {main.mnuFileSave, "Ctrl+S"},
-            {main.mnuFileSaveAs, ""},       {main.mnuEditCut, "Ctrl+X"},     {main.mnuEditCopy, "Ctrl+C"},
-            {main.mnuEditPaste, "Ctrl+V"},  {main.mnuEditDelete, "Del"},     {main.mnuEditFind, "Ctrl+F"},
-            {main.mnuEditFindNext, "F3"},   {main.mnuEditReplace, "Ctrl+R"}, {main.mnuEditSelectAll, "Ctrl+A"},
-            {main.mnuScriptPlaySelection, "Ctrl+E"}, {main.mnuScriptPlay, ""}, {main.mnuScriptStop, ""}};
+            {main.newAction, "Ctrl+N"},        {main.openAction, "Ctrl+O"},    {main.saveAction, "Ctrl+S"},
+            {main.saveAsAction, ""},       {main.cutAction, "Ctrl+X"},     {main.copyAction, "Ctrl+C"},
+            {main.pasteAction, "Ctrl+V"},  {main.deleteAction, "Del"},     {main.findAction, "Ctrl+F"},
+            {main.findNextAction, "F3"},   {main.replaceAction, "Ctrl+R"}, {main.selectAllAction, "Ctrl+A"},
+            {main.playSelectionAction, "Ctrl+E"}, {main.playAction, ""}, {main.stopAction, ""}};
         for (const auto& [action, keys] : expected) QCOMPARE(action->shortcut(), QKeySequence(keys));
-        QVERIFY(main.mnuScriptRecord->isEnabled());
-        for (QAction* later : {main.mnuFileCompile, main.mnuScriptCorrectTime, main.mnuScriptDebug})
+        QVERIFY(main.recordAction->isEnabled());
+        for (QAction* later : {main.compileAction, main.correctTimeAction, main.debugAction})
             QVERIFY(!later->isEnabled());
     }
 
     void readmeOpensTheGuideBesideTheProgram() {
         AppFixture f;
-        f.app->frmMain().mnuReadme->trigger();
+        f.app->advancedWindow().readmeAction->trigger();
         QCOMPARE(f.dialogs.opened, QStringList{QString::fromStdString(f.path("readme.txt"))});
     }
 };
 
-QTEST_MAIN(FrmMainTest)
+QTEST_MAIN(AdvancedWindowTest)
 #include "frmmain_test.moc"

@@ -12,6 +12,7 @@
 #include "app/basicwindow.h"
 #include "app/modechoicewindow.h"
 #include "app/finddialog.h"
+#include "app/replacedialog.h"
 #include "app/advancedwindow.h"
 #include "app/settingsdialog.h"
 #include "app/splashwindow.h"
@@ -61,12 +62,12 @@ private slots:
     void everyWindowFitsItsControls() {
         AppFixture f("1,1,1,0,1,", true);
         App& app = *f.app;
-        FrmSettings settings(app);
-        FrmAbout about;
-        FrmFind find(app.frmMain());
+        SettingsDialog settings(app);
+        AboutDialog about;
+        FindDialog find(app.advancedWindow());
         const QList<QPair<QString, QWidget*>> windows = {
-            {"splash", &app.frmSplash2()}, {"choice", &app.frmChoice()}, {"Advanced Mode", &app.frmMain()},
-            {"Basic Mode", &app.frmBasic()}, {"settings", &settings},    {"about", &about},
+            {"splash", &app.splashWindow()}, {"choice", &app.modeChoiceWindow()}, {"Advanced Mode", &app.advancedWindow()},
+            {"Basic Mode", &app.basicWindow()}, {"settings", &settings},    {"about", &about},
             {"find", &find},
         };
         for (const auto& [name, window] : windows) {
@@ -78,7 +79,7 @@ private slots:
     // A window made smaller than its layout allows keeps its controls apart.
     void basicModeKeepsItsLayoutAtItsSmallestSize() {
         AppFixture f("1,1,1,0,1,", true);
-        FrmBasic& basic = f.app->frmBasic();
+        BasicWindow& basic = f.app->basicWindow();
         basic.resize(basic.minimumSizeHint());
         const QStringList faults = layoutFaults(basic);
         QVERIFY2(faults.isEmpty(), qPrintable(faults.join("; ")));

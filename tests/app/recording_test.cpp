@@ -39,12 +39,12 @@ struct Window {
 
 Window open(AppFixture& f, bool basic) {
     if (basic) {
-        FrmBasic& w = f.app->frmBasic();
-        return {&w, [&w] { w.cmdRecord->click(); }, [&w] { w.StopScript(); }, [&w] { return w.text(); },
+        BasicWindow& w = f.app->basicWindow();
+        return {&w, [&w] { w.recordButton->click(); }, [&w] { w.stopScript(); }, [&w] { return w.text(); },
                 [&w](const QString& t) { w.setText(t); }, &w.timers()};
     }
-    FrmMain& w = f.app->frmMain();
-    return {&w, [&w] { w.mnuScriptRecord->trigger(); }, [&w] { w.mnuScriptStop_Click(); },
+    AdvancedWindow& w = f.app->advancedWindow();
+    return {&w, [&w] { w.recordAction->trigger(); }, [&w] { w.stopScript(); },
             [&w] { return w.text(); }, [&w](const QString& t) { w.setText(t); }, &w.timers()};
 }
 
@@ -93,7 +93,7 @@ private slots:
         w.widget->show();
         w.setText(text);
         w.widget->setWindowTitle("Tarvoke - old.tk");
-        f.app->sFilePath = "/x/old.tk";
+        f.app->filePath = "/x/old.tk";
         f.dialogs.answers = {false};
         w.record();
         QCOMPARE(f.dialogs.asked.size(), size_t(asks ? 1 : 0));
@@ -104,7 +104,7 @@ private slots:
             // No: everything as it was.
             QCOMPARE(w.text(), text);
             QCOMPARE(w.widget->windowTitle(), "Tarvoke - old.tk");
-            QCOMPARE(f.app->sFilePath, "/x/old.tk");
+            QCOMPARE(f.app->filePath, "/x/old.tk");
             QVERIFY(w.widget->isVisible());
         } else {
             QVERIFY(!w.widget->isVisible());
@@ -125,7 +125,7 @@ private slots:
         Window w = open(f, basic);
         w.widget->show();
         w.setText("");
-        f.app->sFilePath = "/x/old.tk";
+        f.app->filePath = "/x/old.tk";
         w.record();
         QVERIFY(f.app->recorder.bRecording && !w.widget->isVisible());
         f.keys.press(kA);
@@ -138,7 +138,7 @@ private slots:
                                                      "SetPausePercent(100);", "", "Pause(t);", "KeyDown(65);",
                                                      "Pause(t);", "KeyUp(65);", "Pause(t);", "", "EndFunction();"}));
         QCOMPARE(w.widget->windowTitle(), caption);
-        QVERIFY(f.app->sFilePath.empty());
+        QVERIFY(f.app->filePath.empty());
         // The timers are off: nothing more is added.
         f.keys.press(kA);
         QTest::qWait(20);
@@ -197,7 +197,7 @@ private slots:
         AppFixture f;
         Window w = open(f, basic);
         w.setText("");
-        f.app->bMouseMove = f.app->bExtendedClicks = true;
+        f.app->mouseMove = f.app->extendedClicks = true;
         w.record();
         for (uint8_t digit : {kSix, kSeven}) {
             f.keys.press(kCtrl);
@@ -210,12 +210,12 @@ private slots:
             QTRY_VERIFY(!f.app->recorder.bSkipNextLine);  // the Ctrl release swallowed
         }
         w.stop();
-        QVERIFY(!f.app->bMouseMove && !f.app->bExtendedClicks);
+        QVERIFY(!f.app->mouseMove && !f.app->extendedClicks);
         const Settings saved = parseSettings(f.readFile("settings.dat").toStdString());
-        QVERIFY(!saved.bMouseMove && !saved.bExtendedClicks);
-        FrmSettings dialog(*f.app);
-        QVERIFY(!dialog.chkMM->isChecked() && !dialog.chkEx->isChecked());
-        if (basic) QVERIFY(!f.app->frmBasic().chkMM->isChecked() && !f.app->frmBasic().chkEx->isChecked());
+        QVERIFY(!saved.mouseMove && !saved.extendedClicks);
+        SettingsDialog dialog(*f.app);
+        QVERIFY(!dialog.mouseMoveBox->isChecked() && !dialog.extendedClicksBox->isChecked());
+        if (basic) QVERIFY(!f.app->basicWindow().mouseMoveBox->isChecked() && !f.app->basicWindow().extendedClicksBox->isChecked());
         w.record();
         QVERIFY(!f.app->recorder.bMouseMove && !f.app->recorder.bExtendedClicks);
         w.stop();

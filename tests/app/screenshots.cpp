@@ -33,10 +33,10 @@ int main(int argc, char** argv) {
     testing::AppFixture f("1,1,1,0,1,", true);
     App& app = *f.app;
 
-    save(app.frmSplash2(), folder, "splash");
-    save(app.frmChoice(), folder, "choice");
+    save(app.splashWindow(), folder, "splash");
+    save(app.modeChoiceWindow(), folder, "choice");
 
-    FrmMain& main = app.frmMain();
+    AdvancedWindow& main = app.advancedWindow();
     main.setWindowTitle("Tarvoke - login.tk");
     main.setText(
         "Function(Main);\n"
@@ -55,11 +55,11 @@ int main(int argc, char** argv) {
     main.resize(640, 420);
     save(main, folder, "advanced-mode");
 
-    FrmBasic& basic = app.frmBasic();
+    BasicWindow& basic = app.basicWindow();
     basic.setWindowTitle("Tarvoke Basic Mode - login.tk");
     save(basic, folder, "basic-mode");
 
-    FrmSettings settings(app);
+    SettingsDialog settings(app);
     save(settings, folder, "settings");
     return 0;
 }

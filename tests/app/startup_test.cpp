@@ -37,7 +37,7 @@ private slots:
         QFETCH(QString, expected);
         const Settings s = parseSettings(text.toStdString());
         QString flags;
-        for (bool b : {s.bRepeat, s.bMouseMove, s.bExtendedClicks, s.bIgnorePauses, s.bBasicMode}) flags += b ? '1' : '0';
+        for (bool b : {s.repeat, s.mouseMove, s.extendedClicks, s.ignorePauses, s.basicMode}) flags += b ? '1' : '0';
         QCOMPARE(flags, expected);
     }
 
@@ -55,53 +55,53 @@ private slots:
         QFETCH(QString, text);
         QFETCH(int, index);
         QFETCH(QString, field);
-        QCOMPARE(QString::fromStdString(GetField(text.toStdString(), static_cast<int16_t>(index))), field);
+        QCOMPARE(QString::fromStdString(settingsField(text.toStdString(), static_cast<int16_t>(index))), field);
     }
 
     void firstStartAsksAndWritesTheDefaults() {
         AppFixture f;
-        QVERIFY(f.app->bFirstRun);
-        f.app->frmSplash2().ShowStartWindow();
-        QVERIFY(f.app->frmChoice().isVisible());
-        QVERIFY(!f.app->frmBasicLoaded() && !f.app->frmMainLoaded());
+        QVERIFY(f.app->firstRun);
+        f.app->splashWindow().showStartWindow();
+        QVERIFY(f.app->modeChoiceWindow().isVisible());
+        QVERIFY(!f.app->basicWindowLoaded() && !f.app->advancedWindowLoaded());
         QCOMPARE(f.readFile("settings.dat"), QByteArray("1,1,1,0,1,"));
     }
 
     void choiceOfAdvancedModeIsSaved() {
         AppFixture f;
-        f.app->frmSplash2().ShowStartWindow();
-        f.app->frmChoice().optAdvanced->setChecked(true);
-        f.app->frmChoice().cmdOK_Click();
-        QVERIFY(f.app->frmMain().isVisible());
-        QVERIFY(!f.app->frmChoice().isVisible());
+        f.app->splashWindow().showStartWindow();
+        f.app->modeChoiceWindow().advancedOption->setChecked(true);
+        f.app->modeChoiceWindow().confirm();
+        QVERIFY(f.app->advancedWindow().isVisible());
+        QVERIFY(!f.app->modeChoiceWindow().isVisible());
         QCOMPARE(f.readFile("settings.dat"), QByteArray("1,1,1,0,0,"));
     }
 
     void closingTheChoiceEndsTheProgram() {
         AppFixture f;
-        f.app->frmSplash2().ShowStartWindow();
-        f.app->frmChoice().close();
+        f.app->splashWindow().showStartWindow();
+        f.app->modeChoiceWindow().close();
         QCOMPARE(f.exits, 1);
     }
 
     void basicModeShowsTheFlagsOfTheFile() {
         AppFixture f("0,0,0,1,1,", true);
-        f.app->frmSplash2().ShowStartWindow();
-        FrmBasic& basic = f.app->frmBasic();
+        f.app->splashWindow().showStartWindow();
+        BasicWindow& basic = f.app->basicWindow();
         QVERIFY(basic.isVisible());
-        QVERIFY(basic.timers().inputsTimerOn());
-        QVERIFY(!basic.optRepeat->isChecked());
-        QVERIFY(!basic.chkMM->isChecked());
-        QVERIFY(!basic.chkEx->isChecked());
+        QVERIFY(basic.timers().hotkeyPollOn());
+        QVERIFY(!basic.repeatOption->isChecked());
+        QVERIFY(!basic.mouseMoveBox->isChecked());
+        QVERIFY(!basic.extendedClicksBox->isChecked());
         QVERIFY(f.app->session.bIgnorePauses);
     }
 
     void advancedModeTurnsTheFirstThreeOn() {
         AppFixture f("0,0,0,1,0,", true);
-        f.app->frmSplash2().ShowStartWindow();
-        QVERIFY(f.app->frmMain().isVisible());
-        QVERIFY(f.app->frmMain().mnuScriptRepeat->isChecked());
-        f.app->frmMain().mnuExit_Click();
+        f.app->splashWindow().showStartWindow();
+        QVERIFY(f.app->advancedWindow().isVisible());
+        QVERIFY(f.app->advancedWindow().repeatAction->isChecked());
+        f.app->advancedWindow().exitProgram();
         QCOMPARE(f.exits, 1);
         QCOMPARE(f.readFile("settings.dat"), QByteArray("1,1,1,1,0,"));
     }
@@ -110,47 +110,47 @@ private slots:
         QByteArray saved;
         {
             AppFixture f("1,1,1,0,0,", true);
-            f.app->frmSplash2().ShowStartWindow();
-            f.app->frmMain().mnuFileBasicMode_Click();
-            f.app->frmBasic().close();
+            f.app->splashWindow().showStartWindow();
+            f.app->advancedWindow().switchToBasicMode();
+            f.app->basicWindow().close();
             QCOMPARE(f.exits, 1);
             saved = f.readFile("settings.dat");
         }
         AppFixture next(saved, true);
-        next.app->frmSplash2().ShowStartWindow();
-        QVERIFY(next.app->frmBasicLoaded() && next.app->frmBasic().isVisible());
-        QVERIFY(!next.app->frmMainLoaded());
+        next.app->splashWindow().showStartWindow();
+        QVERIFY(next.app->basicWindowLoaded() && next.app->basicWindow().isVisible());
+        QVERIFY(!next.app->advancedWindowLoaded());
     }
 
     void splashGoesOnByItsTimerAlone() {
         AppFixture f("1,1,1,0,1,", true);
-        FrmSplash2& splash = f.app->frmSplash2();
+        SplashWindow& splash = f.app->splashWindow();
         splash.show();
         splash.start();
-        QTRY_VERIFY_WITH_TIMEOUT(f.app->frmBasicLoaded() && f.app->frmBasic().isVisible(), 3000);
+        QTRY_VERIFY_WITH_TIMEOUT(f.app->basicWindowLoaded() && f.app->basicWindow().isVisible(), 3000);
         QVERIFY(!splash.isVisible());
-        QVERIFY(!splash.tmr1.isActive() && !splash.tmrUpdate.isActive());
+        QVERIFY(!splash.splashTimer.isActive() && !splash.updateCheckTimer.isActive());
     }
 
     void settingsDialogCancelChangesNothing() {
         AppFixture f("1,0,1,0,1,", true);
-        FrmSettings dialog(*f.app);
-        QVERIFY(!dialog.chkMM->isChecked() && dialog.chkEx->isChecked() && !dialog.chkPrior->isChecked());
-        dialog.chkMM->setChecked(true);
-        dialog.chkPause->setChecked(true);
-        dialog.chkPrior->setChecked(true);
+        SettingsDialog dialog(*f.app);
+        QVERIFY(!dialog.mouseMoveBox->isChecked() && dialog.extendedClicksBox->isChecked() && !dialog.highPriorityBox->isChecked());
+        dialog.mouseMoveBox->setChecked(true);
+        dialog.ignorePausesBox->setChecked(true);
+        dialog.highPriorityBox->setChecked(true);
         dialog.close();
-        QVERIFY(!f.app->bMouseMove && !f.app->session.bIgnorePauses);
+        QVERIFY(!f.app->mouseMove && !f.app->session.bIgnorePauses);
     }
 
     void settingsDialogOkTakesTheBoxes() {
         AppFixture f("1,0,1,0,1,", true);
-        FrmSettings dialog(*f.app);
-        dialog.chkMM->setChecked(true);
-        dialog.chkEx->setChecked(false);
-        dialog.chkPause->setChecked(true);
-        dialog.cmdOK_Click();
-        QVERIFY(f.app->bMouseMove && !f.app->bExtendedClicks && f.app->session.bIgnorePauses);
+        SettingsDialog dialog(*f.app);
+        dialog.mouseMoveBox->setChecked(true);
+        dialog.extendedClicksBox->setChecked(false);
+        dialog.ignorePausesBox->setChecked(true);
+        dialog.apply();
+        QVERIFY(f.app->mouseMove && !f.app->extendedClicks && f.app->session.bIgnorePauses);
     }
 
     // A settings.dat that is no file gives the defaults, as a missing one
@@ -163,8 +163,8 @@ private slots:
             ::rmdir(path.c_str());
             ::unlink(path.c_str());
             QCOMPARE(make(path), 0);
-            const LoadedSettings loaded = LoadSettings(path);
-            QVERIFY(loaded.bFirstRun);
+            const LoadedSettings loaded = loadSettings(path);
+            QVERIFY(loaded.firstRun);
             QCOMPARE(formatSettings(loaded.settings), formatSettings(Settings{}));
         }
     }
