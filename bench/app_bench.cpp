@@ -36,7 +36,7 @@ public:
 };
 
 void BM_PlayStartOfARecording(benchmark::State& state) {
-    AppFixture f("1,1,1,0,0,", true);
+    AppFixture f("1,1,1,0,0,");
     app::AdvancedWindow& main = f.app->advancedWindow();
     main.setText(recordedScript(static_cast<int>(state.range(0))));
     for (auto _ : state) {
@@ -53,7 +53,7 @@ void BM_PlayStartOfARecording(benchmark::State& state) {
 BENCHMARK(BM_PlayStartOfARecording)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(5);
 
 void BM_KeystrokeIn10MBScript(benchmark::State& state) {
-    AppFixture f("1,1,1,0,0,", true);
+    AppFixture f("1,1,1,0,0,");
     app::AdvancedWindow& main = f.app->advancedWindow();
     QString text = recordedScript(20);
     while (text.size() < 10 * 1024 * 1024) text += recordedScript(20000);
@@ -71,7 +71,7 @@ void BM_KeystrokeIn10MBScript(benchmark::State& state) {
 BENCHMARK(BM_KeystrokeIn10MBScript)->Unit(benchmark::kMillisecond)->Iterations(50);
 
 void BM_KeystrokeInALongLine(benchmark::State& state) {
-    AppFixture f("1,1,1,0,0,", true);
+    AppFixture f("1,1,1,0,0,");
     app::AdvancedWindow& main = f.app->advancedWindow();
     QString line;
     while (line.size() < state.range(0))
@@ -93,7 +93,7 @@ void BM_KeystrokeInALongLine(benchmark::State& state) {
 BENCHMARK(BM_KeystrokeInALongLine)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(20);
 
 void BM_HotkeyStopsARun(benchmark::State& state) {
-    AppFixture f("1,1,1,0,0,", true);
+    AppFixture f("1,1,1,0,0,");
     EventLoopClock clock;
     f.app->session.platform.clock = &clock;
     app::AdvancedWindow& main = f.app->advancedWindow();

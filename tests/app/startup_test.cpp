@@ -1,17 +1,18 @@
-// Start-up, settings.dat and the mode choice.
+// Start-up: settings.dat, where it lives, the splash, the mode choice and
+// the Settings dialog.
 
 #include <QCheckBox>
+#include <QPushButton>
 #include <QRadioButton>
 #include <QtTest>
 #include <sys/stat.h>
-#include <unistd.h>
 
+#include "app/advancedwindow.h"
 #include "app/basicwindow.h"
 #include "app/modechoicewindow.h"
-#include "app/advancedwindow.h"
+#include "app/settings.h"
 #include "app/settingsdialog.h"
 #include "app/splashwindow.h"
-#include "app/settings.h"
 #include "app_fixture.h"
 
 using namespace tarvoke::app;
@@ -21,63 +22,36 @@ class StartupTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void fieldsOfTheSettingsText_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("expected");  // the five flags as read, "10110"
-        QTest::newRow("defaults") << "1,1,1,0,1," << "11101";
-        QTest::newRow("basic, pauses ignored") << "0,0,0,1,1," << "00011";
-        QTest::newRow("last comma missing") << "1,1,1,1,1" << "11111";
-        QTest::newRow("short file means Advanced Mode") << "1,1," << "11000";
-        QTest::newRow("anything but 1 is false") << "-1,true,1 ,01,1," << "00001";
-        QTest::newRow("empty") << "" << "00000";
-        QTest::newRow("line break after the last field") << "1,1,1,1,1\r\n" << "11110";
-    }
-    void fieldsOfTheSettingsText() {
-        QFETCH(QString, text);
-        QFETCH(QString, expected);
-        const Settings s = parseSettings(text.toStdString());
-        QString flags;
-        for (bool b : {s.repeat, s.mouseMove, s.extendedClicks, s.ignorePauses, s.basicMode}) flags += b ? '1' : '0';
-        QCOMPARE(flags, expected);
+    void settingsText() {
+        // The file's text and the five flags as read.
+        const std::pair<const char*, const char*> rows[] = {
+            {"1,1,1,0,1,", "11101"}, {"0,0,0,1,1,", "00011"}, {"1,1,1,1,1", "11111"},  // the last comma missing
+            {"1,1,", "11000"},  // a short file means Advanced Mode
+            {"-1,true,1 ,01,1,", "00001"}, {"", "00000"}, {"1,1,1,1,1\r\n", "11110"}};
+        for (const auto& [text, expected] : rows) {
+            const Settings s = parseSettings(text);
+            QString flags;
+            for (bool b : {s.repeat, s.mouseMove, s.extendedClicks, s.ignorePauses, s.basicMode}) flags += b ? '1' : '0';
+            QCOMPARE(flags, expected);
+        }
     }
 
-    void getFieldWalksTheCommas_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("index");
-        QTest::addColumn<QString>("field");
-        QTest::newRow("first") << "a,b,c" << 1 << "a";
-        QTest::newRow("rest without a comma") << "a,b,c" << 3 << "c";
-        QTest::newRow("no such field") << "a,b," << 4 << "";
-        QTest::newRow("empty field") << "a,,c," << 2 << "";
-        QTest::newRow("index 0") << "a,b," << 0 << "";
-    }
-    void getFieldWalksTheCommas() {
-        QFETCH(QString, text);
-        QFETCH(int, index);
-        QFETCH(QString, field);
-        QCOMPARE(QString::fromStdString(settingsField(text.toStdString(), static_cast<int16_t>(index))), field);
-    }
-
-    void firstStartAsksAndWritesTheDefaults() {
-        AppFixture f;
-        QVERIFY(f.app->firstRun);
-        f.app->splashWindow().showStartWindow();
-        QVERIFY(f.app->modeChoiceWindow().isVisible());
-        QVERIFY(!f.app->basicWindowLoaded() && !f.app->advancedWindowLoaded());
-        QCOMPARE(f.readFile("settings.dat"), QByteArray("1,1,1,0,1,"));
-    }
-
-    void choiceOfAdvancedModeIsSaved() {
-        AppFixture f;
-        f.app->splashWindow().showStartWindow();
-        f.app->modeChoiceWindow().advancedOption->setChecked(true);
-        f.app->modeChoiceWindow().confirm();
-        QVERIFY(f.app->advancedWindow().isVisible());
-        QVERIFY(!f.app->modeChoiceWindow().isVisible());
-        QCOMPARE(f.readFile("settings.dat"), QByteArray("1,1,1,0,0,"));
-    }
-
-    void closingTheChoiceEndsTheProgram() {
+    // The first start asks for the mode and saves the choice; closing the
+    // question ends the program.
+    void firstStartAsksForTheMode() {
+        for (const bool advanced : {false, true}) {
+            AppFixture f;
+            QVERIFY(f.app->firstRun);
+            f.app->splashWindow().showStartWindow();
+            QVERIFY(f.app->modeChoiceWindow().isVisible());
+            QVERIFY(!f.app->basicWindowLoaded() && !f.app->advancedWindowLoaded());
+            QCOMPARE(f.readFile("settings.dat"), QByteArray("1,1,1,0,1,"));
+            f.app->modeChoiceWindow().advancedOption->setChecked(advanced);
+            f.app->modeChoiceWindow().okButton->click();
+            QVERIFY(!f.app->modeChoiceWindow().isVisible());
+            QVERIFY(advanced ? f.app->advancedWindow().isVisible() : f.app->basicWindow().isVisible());
+            QCOMPARE(f.readFile("settings.dat"), QByteArray(advanced ? "1,1,1,0,0," : "1,1,1,0,1,"));
+        }
         AppFixture f;
         f.app->splashWindow().showStartWindow();
         f.app->modeChoiceWindow().close();
@@ -85,19 +59,16 @@ private slots:
     }
 
     void basicModeShowsTheFlagsOfTheFile() {
-        AppFixture f("0,0,0,1,1,", true);
+        AppFixture f("0,0,0,1,1,");
         f.app->splashWindow().showStartWindow();
         BasicWindow& basic = f.app->basicWindow();
-        QVERIFY(basic.isVisible());
-        QVERIFY(basic.timers().hotkeyPollOn());
-        QVERIFY(!basic.repeatOption->isChecked());
-        QVERIFY(!basic.mouseMoveBox->isChecked());
-        QVERIFY(!basic.extendedClicksBox->isChecked());
-        QVERIFY(f.app->session.bIgnorePauses);
+        QVERIFY(basic.isVisible() && basic.timers().hotkeyPollOn());
+        QVERIFY(!basic.repeatOption->isChecked() && !basic.mouseMoveBox->isChecked());
+        QVERIFY(!basic.extendedClicksBox->isChecked() && f.app->session.bIgnorePauses);
     }
 
     void advancedModeTurnsTheFirstThreeOn() {
-        AppFixture f("0,0,0,1,0,", true);
+        AppFixture f("0,0,0,1,0,");
         f.app->splashWindow().showStartWindow();
         QVERIFY(f.app->advancedWindow().isVisible());
         QVERIFY(f.app->advancedWindow().repeatAction->isChecked());
@@ -109,21 +80,21 @@ private slots:
     void switchToBasicModeIsKeptForTheNextStart() {
         QByteArray saved;
         {
-            AppFixture f("1,1,1,0,0,", true);
+            AppFixture f("1,1,1,0,0,");
             f.app->splashWindow().showStartWindow();
             f.app->advancedWindow().switchToBasicMode();
             f.app->basicWindow().close();
             QCOMPARE(f.exits, 1);
             saved = f.readFile("settings.dat");
         }
-        AppFixture next(saved, true);
+        AppFixture next(saved.constData());
         next.app->splashWindow().showStartWindow();
         QVERIFY(next.app->basicWindowLoaded() && next.app->basicWindow().isVisible());
         QVERIFY(!next.app->advancedWindowLoaded());
     }
 
     void splashGoesOnByItsTimerAlone() {
-        AppFixture f("1,1,1,0,1,", true);
+        AppFixture f("1,1,1,0,1,");
         SplashWindow& splash = f.app->splashWindow();
         splash.show();
         splash.start();
@@ -132,24 +103,18 @@ private slots:
         QVERIFY(!splash.splashTimer.isActive() && !splash.updateCheckTimer.isActive());
     }
 
-    void settingsDialogCancelChangesNothing() {
-        AppFixture f("1,0,1,0,1,", true);
-        SettingsDialog dialog(*f.app);
-        QVERIFY(!dialog.mouseMoveBox->isChecked() && dialog.extendedClicksBox->isChecked() && !dialog.highPriorityBox->isChecked());
-        dialog.mouseMoveBox->setChecked(true);
-        dialog.ignorePausesBox->setChecked(true);
-        dialog.highPriorityBox->setChecked(true);
-        dialog.close();
-        QVERIFY(!f.app->mouseMove && !f.app->session.bIgnorePauses);
-    }
-
-    void settingsDialogOkTakesTheBoxes() {
-        AppFixture f("1,0,1,0,1,", true);
-        SettingsDialog dialog(*f.app);
-        dialog.mouseMoveBox->setChecked(true);
-        dialog.extendedClicksBox->setChecked(false);
-        dialog.ignorePausesBox->setChecked(true);
-        dialog.apply();
+    // The dialog shows the settings and changes them on OK only.
+    void settingsDialogAppliesOnOk() {
+        AppFixture f("1,0,1,0,1,");
+        for (const bool ok : {false, true}) {
+            SettingsDialog dialog(*f.app);
+            QVERIFY(!dialog.mouseMoveBox->isChecked() && dialog.extendedClicksBox->isChecked());
+            QVERIFY(!dialog.ignorePausesBox->isChecked() && !dialog.highPriorityBox->isChecked());
+            dialog.mouseMoveBox->setChecked(true);
+            dialog.extendedClicksBox->setChecked(false);
+            dialog.ignorePausesBox->setChecked(true);
+            ok ? dialog.apply() : void(dialog.close());
+        }
         QVERIFY(f.app->mouseMove && !f.app->extendedClicks && f.app->session.bIgnorePauses);
     }
 
@@ -158,30 +123,27 @@ private slots:
     void unreadableSettingsGiveTheDefaults() {
         QTemporaryDir folder;
         const std::string path = folder.filePath("settings.dat").toStdString();
-        for (const auto& make : {+[](const std::string& p) { return ::mkdir(p.c_str(), 0700); },
-                                 +[](const std::string& p) { return ::mkfifo(p.c_str(), 0600); }}) {
-            ::rmdir(path.c_str());
-            ::unlink(path.c_str());
-            QCOMPARE(make(path), 0);
-            const LoadedSettings loaded = loadSettings(path);
-            QVERIFY(loaded.firstRun);
-            QCOMPARE(formatSettings(loaded.settings), formatSettings(Settings{}));
-        }
+        QCOMPARE(::mkdir(path.c_str(), 0700), 0);
+        QVERIFY(loadSettings(path).firstRun);
+        ::rmdir(path.c_str());
+        QCOMPARE(::mkfifo(path.c_str(), 0600), 0);
+        const LoadedSettings loaded = loadSettings(path);
+        QVERIFY(loaded.firstRun);
+        QCOMPARE(formatSettings(loaded.settings), formatSettings(Settings{}));
     }
 
     void settingsFolderFollowsTheEnvironment() {
         QTemporaryDir program, config;
+        const auto folder = [&] { return QString::fromStdString(settingsFolder(program.path().toStdString()).string()); };
         qputenv("TARVOKE_SETTINGS_DIR", "/somewhere/else");
-        QCOMPARE(QString::fromStdString(settingsFolder(program.path().toStdString()).string()), "/somewhere/else");
+        QCOMPARE(folder(), "/somewhere/else");
         qunsetenv("TARVOKE_SETTINGS_DIR");
-        QCOMPARE(QString::fromStdString(settingsFolder(program.path().toStdString()).string()), program.path());
-        if (::geteuid() == 0) QSKIP("root writes into read-only folders");
-        QFile::setPermissions(program.path(), QFile::ReadOwner | QFile::ExeOwner);
+        QCOMPARE(folder(), program.path());
         qputenv("XDG_CONFIG_HOME", config.path().toUtf8());
-        QCOMPARE(QString::fromStdString(settingsFolder(program.path().toStdString()).string()),
-                 config.path() + "/tarvoke");
+        testing::ReadOnlyFolder readOnly(program.path());
+        if (!readOnly.ok()) QSKIP("cannot make a read-only folder here");
+        QCOMPARE(folder(), config.path() + "/tarvoke");
         QVERIFY(QFileInfo(config.path() + "/tarvoke").isDir());
-        QFile::setPermissions(program.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
 };
 

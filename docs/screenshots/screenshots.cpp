@@ -1,18 +1,21 @@
-// Renders the program's windows into docs/screenshots/ (run by
-// docs/screenshots/make.sh on a private desktop); not a test.
+// Renders the program's windows into docs/screenshots/ for the README (run
+// by docs/screenshots/make.sh on a private desktop). The windows act on the
+// fake platform, so nothing on the desktop is touched.
 
 #include <QApplication>
 #include <QDir>
-#include <QPlainTextEdit>
-#include <QTimer>
+#include <QFile>
+#include <QTemporaryDir>
 
+#include "app/advancedwindow.h"
+#include "app/app.h"
 #include "app/basicwindow.h"
 #include "app/modechoicewindow.h"
-#include "app/advancedwindow.h"
 #include "app/settingsdialog.h"
 #include "app/splashwindow.h"
-#include "app_fixture.h"
+#include "platform/fake/fakeplatform.h"
 
+using namespace tarvoke;
 using namespace tarvoke::app;
 
 namespace {
@@ -30,15 +33,23 @@ int main(int argc, char** argv) {
     QApplication application(argc, argv);
     const QString folder = argc > 1 ? argv[1] : ".";
     QDir().mkpath(folder);
-    testing::AppFixture f("1,1,1,0,1,", true);
-    App& app = *f.app;
+    // The settings of a first Basic Mode start, in a folder of their own.
+    QTemporaryDir settingsFolder;
+    QFile settings(settingsFolder.filePath("settings.dat"));
+    if (!settings.open(QIODevice::WriteOnly) || settings.write("1,1,1,0,1,") < 0) return 1;
+    settings.close();
+    platform::fake::FakePlatform fake;
+    QtDialogs dialogs;
+    App app({settingsFolder.path().toStdString(), settingsFolder.filePath("settings.dat").toStdString(),
+             fake.platform(), &dialogs, [](int) {}, nullptr});
+    app.loadSettings();
 
     save(app.splashWindow(), folder, "splash");
     save(app.modeChoiceWindow(), folder, "choice");
 
-    AdvancedWindow& main = app.advancedWindow();
-    main.setWindowTitle("Tarvoke - login.tk");
-    main.setText(
+    AdvancedWindow& advanced = app.advancedWindow();
+    advanced.setWindowTitle("Tarvoke - login.tk");
+    advanced.setText(
         "Function(Main);\n"
         "OrigionalPlayTime(4.2);\n"
         "SetPausePercent(100);\n"
@@ -52,14 +63,14 @@ int main(int argc, char** argv) {
         "Message(Signed in, information, Tarvoke);\n"
         "EndIf();\n"
         "EndFunction();");
-    main.resize(640, 420);
-    save(main, folder, "advanced-mode");
+    advanced.resize(640, 420);
+    save(advanced, folder, "advanced-mode");
 
     BasicWindow& basic = app.basicWindow();
     basic.setWindowTitle("Tarvoke Basic Mode - login.tk");
     save(basic, folder, "basic-mode");
 
-    SettingsDialog settings(app);
-    save(settings, folder, "settings");
+    SettingsDialog settingsDialog(app);
+    save(settingsDialog, folder, "settings");
     return 0;
 }
