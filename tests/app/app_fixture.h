@@ -2,15 +2,20 @@
 // A whole program on the fake platform, with dialogs that answer from a
 // script of the test and never block, and an exit that is only counted.
 
+#include <QAction>
 #include <QFile>
 #include <QProcess>
+#include <QPushButton>
 #include <QStringList>
 #include <QTemporaryDir>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <unistd.h>
 
+#include "app/advancedwindow.h"
 #include "app/app.h"
+#include "app/basicwindow.h"
 #include "platform/fake/fakeplatform.h"
 
 namespace tarvoke::app::testing {
@@ -26,18 +31,18 @@ T next(std::deque<T>& answers, T otherwise) {
 
 class FakeDialogs : public Dialogs {
 public:
-    struct Told {
-        QString title, text;
-        Icon icon;
-    };
-    std::vector<Told> told;
+    QStringList told;  // "title: text" of each box
+    Icon lastIcon = Icon::None;
     std::vector<QString> asked;
     std::deque<bool> answers;            // Yes / No, in order; Yes when empty
     std::deque<SaveChoice> saveChoices;  // Cancel when empty
     std::deque<QString> paths;           // what the file dialogs return; "" (Cancel) when empty
     QStringList opened;
 
-    void tell(const QString& title, const QString& text, Icon icon) override { told.push_back({title, text, icon}); }
+    void tell(const QString& title, const QString& text, Icon icon) override {
+        told << title + ": " + text;
+        lastIcon = icon;
+    }
     bool askYesNo(const QString&, const QString& text) override { return asked.push_back(text), next(answers, true); }
     SaveChoice askSave(const QString&, const QString& text) override {
         return asked.push_back(text), next(saveChoices, SaveChoice::Cancel);
@@ -86,6 +91,26 @@ struct AppFixture {
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
     }
 };
+
+// One of the two main windows, driven alike: Record by its menu item or button.
+struct Window {
+    QWidget* widget;
+    std::function<void()> record, stop;
+    std::function<QString()> text;
+    std::function<void(const QString&)> setText;
+    PlayTimers* timers;
+};
+
+inline Window windowOf(App& app, bool basic) {
+    if (basic) {
+        BasicWindow& w = app.basicWindow();
+        return {&w, [&w] { w.recordButton->click(); }, [&w] { w.stopScript(); }, [&w] { return w.text(); },
+                [&w](const QString& t) { w.setText(t); }, &w.timers()};
+    }
+    AdvancedWindow& w = app.advancedWindow();
+    return {&w, [&w] { w.recordAction->trigger(); }, [&w] { w.stopScript(); }, [&w] { return w.text(); },
+            [&w](const QString& t) { w.setText(t); }, &w.timers()};
+}
 
 // Makes a folder refuse new files, also for root (by the immutable flag),
 // and undoes it at the end of the scope.

@@ -1,45 +1,19 @@
-// Recording from the windows: the question before a recording replaces the
-// script, the start and close in both modes, Ctrl+8, Ctrl+6 and Ctrl+7.
+// Recording from both windows: the question before a script is replaced,
+// start and stop, Ctrl+8, Ctrl+6 and Ctrl+7.
 
-#include <QAction>
 #include <QCheckBox>
-#include <QPushButton>
 #include <QRegularExpression>
 #include <QtTest>
-#include <functional>
 
-#include "app/advancedwindow.h"
-#include "app/basicwindow.h"
-#include "app/settings.h"
 #include "app/settingsdialog.h"
 #include "app_fixture.h"
 
 using namespace tarvoke::app;
-using tarvoke::app::testing::AppFixture;
+using namespace tarvoke::app::testing;
 
 namespace {
 
 enum Key : uint8_t { kCtrl = 17, kSix = 54, kSeven = 55, kEight = 56, kA = 65, kLeftCtrl = 162 };
-
-// One of the two main windows, driven alike: Record by its menu item or button.
-struct Window {
-    QWidget* widget;
-    std::function<void()> record, stop;
-    std::function<QString()> text;
-    std::function<void(const QString&)> setText;
-    PlayTimers* timers;
-};
-
-Window open(AppFixture& f, bool basic) {
-    if (basic) {
-        BasicWindow& w = f.app->basicWindow();
-        return {&w, [&w] { w.recordButton->click(); }, [&w] { w.stopScript(); }, [&w] { return w.text(); },
-                [&w](const QString& t) { w.setText(t); }, &w.timers()};
-    }
-    AdvancedWindow& w = f.app->advancedWindow();
-    return {&w, [&w] { w.recordAction->trigger(); }, [&w] { w.stopScript(); }, [&w] { return w.text(); },
-            [&w](const QString& t) { w.setText(t); }, &w.timers()};
-}
 
 // Whether the recording holds the line yet (the sampler's timer adds it).
 bool recorded(AppFixture& f, const std::string& line) { return f.app->recorder.sScriptText.find(line) != std::string::npos; }
@@ -57,29 +31,33 @@ class RecordingTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void questionOnlyWhenAScriptWouldBeLost() {
-        // Basic Mode, the text, whether Record asks.
+    // New and Record ask before they replace a script; a No keeps everything.
+    void askedBeforeAScriptIsLost() {
+        enum Step { New, Record };
         const QString script = "Function(Main);\nPause(1);\nEndFunction();";
-        const std::tuple<bool, QString, bool> rows[] = {
-            {false, "", false}, {false, kTemplate, true},        {false, script, true},
-            {true, "", false},  {true, kTemplate, false}, {true, kTemplate + "\n", true}, {true, script, true}};
-        for (const auto& [basic, text, asks] : rows) {
+        // Basic Mode, the step, the text, whether the step asks.
+        const std::tuple<bool, Step, QString, bool> rows[] = {
+            {false, New, "", false},          {false, New, kTemplate, false},   {false, New, kTemplate + "\n", false},
+            {false, New, kTemplate + "\n\n", true}, {false, New, script, true},  {false, Record, "", false},
+            {false, Record, kTemplate, true}, {false, Record, script, true},    {true, Record, "", false},
+            {true, Record, kTemplate, false}, {true, Record, kTemplate + "\n", true}, {true, Record, script, true}};
+        for (const auto& [basic, step, text, asks] : rows) {
             AppFixture f;
-            Window w = open(f, basic);
+            Window w = windowOf(*f.app, basic);
             w.widget->show();
             w.setText(text);
             w.widget->setWindowTitle("Tarvoke - old.tk");
             f.app->filePath = "/x/old.tk";
             f.dialogs.answers = {false};
-            w.record();
+            step == New ? void(f.app->advancedWindow().newScript()) : w.record();
             QCOMPARE(f.dialogs.asked.size(), size_t(asks ? 1 : 0));
-            QCOMPARE(f.app->recorder.bRecording, !asks);
-            QCOMPARE(w.widget->isVisible(), asks);
+            QCOMPARE(f.app->recorder.bRecording, !asks && step == Record);
+            QCOMPARE(w.widget->isVisible(), asks || step == New);
+            QCOMPARE(w.text(), asks || step == Record ? text : kTemplate);
             if (asks) {
-                QCOMPARE(f.dialogs.asked.front(), "There is an existing script open. If you record a new script "
-                                                  "Tarvoke will delete the existing script. Do you wish to continue?");
-                // No: everything as it was.
-                QCOMPARE(w.text(), text);
+                QCOMPARE(f.dialogs.asked.front(), QString("There is an existing script open. If you %1 a new script "
+                                                          "Tarvoke will delete the existing script. Do you wish to "
+                                                          "continue?").arg(step == New ? "create" : "record"));
                 QCOMPARE(w.widget->windowTitle(), "Tarvoke - old.tk");
                 QCOMPARE(f.app->filePath, "/x/old.tk");
             }
@@ -90,7 +68,7 @@ private slots:
     void stopPutsTheFramedRecordingIntoTheEditor() {
         for (const bool basic : {false, true}) {
             AppFixture f;
-            Window w = open(f, basic);
+            Window w = windowOf(*f.app, basic);
             w.widget->show();
             w.setText("");
             f.app->filePath = "/x/old.tk";
@@ -117,7 +95,7 @@ private slots:
         const std::tuple<bool, bool, bool> rows[] = {{false, true, true}, {false, false, false}, {true, true, false}};
         for (const auto& [basic, byHotkey, dropped] : rows) {
             AppFixture f;
-            Window w = open(f, basic);
+            Window w = windowOf(*f.app, basic);
             w.setText("");
             f.app->recorder.bHotkeyRecord = true;  // left from an earlier start
             for (uint8_t key : {kCtrl, kLeftCtrl, kEight}) f.keys.press(key);
@@ -141,7 +119,7 @@ private slots:
     void ctrlSixAndSevenChangeTheSettingsForGood() {
         for (const bool basic : {false, true}) {
             AppFixture f;
-            Window w = open(f, basic);
+            Window w = windowOf(*f.app, basic);
             w.setText("");
             f.app->mouseMove = f.app->extendedClicks = true;
             w.record();
@@ -157,12 +135,10 @@ private slots:
             }
             w.stop();
             QVERIFY(!f.app->mouseMove && !f.app->extendedClicks);
-            const Settings saved = parseSettings(f.readFile("settings.dat").toStdString());
-            QVERIFY(!saved.mouseMove && !saved.extendedClicks);
+            QCOMPARE(f.readFile("settings.dat"), "1,0,0,0,1,");
             SettingsDialog dialog(*f.app);
             QVERIFY(!dialog.mouseMoveBox->isChecked() && !dialog.extendedClicksBox->isChecked());
-            if (basic) QVERIFY(!f.app->basicWindow().mouseMoveBox->isChecked());
-            if (basic) QVERIFY(!f.app->basicWindow().extendedClicksBox->isChecked());
+            if (basic) QVERIFY(!f.app->basicWindow().mouseMoveBox->isChecked() && !f.app->basicWindow().extendedClicksBox->isChecked());
             w.record();
             QVERIFY(!f.app->recorder.bMouseMove && !f.app->recorder.bExtendedClicks);
             w.stop();

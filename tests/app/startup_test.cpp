@@ -11,12 +11,11 @@
 #include "app/basicwindow.h"
 #include "app/modechoicewindow.h"
 #include "app/settings.h"
-#include "app/settingsdialog.h"
 #include "app/splashwindow.h"
 #include "app_fixture.h"
 
 using namespace tarvoke::app;
-using tarvoke::app::testing::AppFixture;
+using namespace tarvoke::app::testing;
 
 class StartupTest : public QObject {
     Q_OBJECT
@@ -101,21 +100,6 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(f.app->basicWindowLoaded() && f.app->basicWindow().isVisible(), 3000);
         QVERIFY(!splash.isVisible());
         QVERIFY(!splash.splashTimer.isActive() && !splash.updateCheckTimer.isActive());
-    }
-
-    // The dialog shows the settings and changes them on OK only.
-    void settingsDialogAppliesOnOk() {
-        AppFixture f("1,0,1,0,1,");
-        for (const bool ok : {false, true}) {
-            SettingsDialog dialog(*f.app);
-            QVERIFY(!dialog.mouseMoveBox->isChecked() && dialog.extendedClicksBox->isChecked());
-            QVERIFY(!dialog.ignorePausesBox->isChecked() && !dialog.highPriorityBox->isChecked());
-            dialog.mouseMoveBox->setChecked(true);
-            dialog.extendedClicksBox->setChecked(false);
-            dialog.ignorePausesBox->setChecked(true);
-            ok ? dialog.apply() : void(dialog.close());
-        }
-        QVERIFY(f.app->mouseMove && !f.app->extendedClicks && f.app->session.bIgnorePauses);
     }
 
     // A settings.dat that is no file gives the defaults, as a missing one
