@@ -66,26 +66,20 @@ private slots:
         QVERIFY(!basic.extendedClicksBox->isChecked() && f.app->session.bIgnorePauses);
     }
 
-    void advancedModeTurnsTheFirstThreeOn() {
-        AppFixture f("0,0,0,1,0,");
-        f.app->splashWindow().showStartWindow();
-        QVERIFY(f.app->advancedWindow().isVisible());
-        QVERIFY(f.app->advancedWindow().repeatAction->isChecked());
-        f.app->advancedWindow().exitProgram();
-        QCOMPARE(f.exits, 1);
-        QCOMPARE(f.readFile("settings.dat"), QByteArray("1,1,1,1,0,"));
-    }
-
-    void switchToBasicModeIsKeptForTheNextStart() {
+    // Advanced Mode turns the first three flags on; a switch to Basic Mode
+    // is kept for the next start.
+    void savedModeIsKeptForTheNextStart() {
         QByteArray saved;
         {
-            AppFixture f("1,1,1,0,0,");
+            AppFixture f("0,0,0,1,0,");
             f.app->splashWindow().showStartWindow();
+            QVERIFY(f.app->advancedWindow().isVisible() && f.app->advancedWindow().repeatAction->isChecked());
             f.app->advancedWindow().switchToBasicMode();
             f.app->basicWindow().close();
             QCOMPARE(f.exits, 1);
             saved = f.readFile("settings.dat");
         }
+        QCOMPARE(saved, "1,1,1,1,1,");
         AppFixture next(saved.constData());
         next.app->splashWindow().showStartWindow();
         QVERIFY(next.app->basicWindowLoaded() && next.app->basicWindow().isVisible());
