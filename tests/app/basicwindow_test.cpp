@@ -166,6 +166,16 @@ private slots:
         basic.timers().pollHotkeys();  // held down: nothing more
         QVERIFY(!basic.timers().playTimerOn());
     }
+
+    void playOptionsSetRepeat() {
+        AppFixture f;
+        BasicWindow& basic = f.app->basicWindow();
+        for (const auto& [option, repeat] : {std::pair{basic.playOnceOption, false}, {basic.repeatOption, true},
+                                             {basic.playXOption, false}}) {
+            option->click();
+            QCOMPARE(f.app->session.bRepeat, repeat);
+        }
+    }
 };
 
 QTEST_MAIN(BasicWindowTest)
