@@ -10,7 +10,7 @@
 #include <QTest>
 #include <chrono>
 
-#include "app/frmmain.h"
+#include "app/advancedwindow.h"
 #include "app_fixture.h"
 
 using namespace tarvoke;
@@ -36,43 +36,43 @@ public:
 };
 
 void BM_PlayStartOfARecording(benchmark::State& state) {
-    AppFixture f("1,1,1,0,0,", true);
-    app::FrmMain& main = f.app->frmMain();
+    AppFixture f("1,1,1,0,0,");
+    app::AdvancedWindow& main = f.app->advancedWindow();
     main.setText(recordedScript(static_cast<int>(state.range(0))));
     for (auto _ : state) {
         state.PauseTiming();
         main.show();
         QCoreApplication::processEvents();
         state.ResumeTiming();
-        main.mnuScriptPlay_Click();  // stop, copy, load, hide, timer on
+        main.playScript();  // stop, copy, load, hide, timer on
         state.PauseTiming();
-        main.mnuScriptStop_Click();
+        main.stopScript();
         state.ResumeTiming();
     }
 }
 BENCHMARK(BM_PlayStartOfARecording)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(5);
 
 void BM_KeystrokeIn10MBScript(benchmark::State& state) {
-    AppFixture f("1,1,1,0,0,", true);
-    app::FrmMain& main = f.app->frmMain();
+    AppFixture f("1,1,1,0,0,");
+    app::AdvancedWindow& main = f.app->advancedWindow();
     QString text = recordedScript(20);
     while (text.size() < 10 * 1024 * 1024) text += recordedScript(20000);
     main.setText(text);
     main.resize(800, 600);
     main.show();
     QCoreApplication::processEvents();
-    main.txtLog->moveCursor(QTextCursor::End);
-    main.txtLog->setFocus();
+    main.editor->moveCursor(QTextCursor::End);
+    main.editor->setFocus();
     for (auto _ : state) {
-        QTest::keyClick(main.txtLog, Qt::Key_X);
-        main.txtLog->viewport()->repaint();
+        QTest::keyClick(main.editor, Qt::Key_X);
+        main.editor->viewport()->repaint();
     }
 }
 BENCHMARK(BM_KeystrokeIn10MBScript)->Unit(benchmark::kMillisecond)->Iterations(50);
 
 void BM_KeystrokeInALongLine(benchmark::State& state) {
-    AppFixture f("1,1,1,0,0,", true);
-    app::FrmMain& main = f.app->frmMain();
+    AppFixture f("1,1,1,0,0,");
+    app::AdvancedWindow& main = f.app->advancedWindow();
     QString line;
     while (line.size() < state.range(0))
         line += QString("MoveMouse(%1, %2);Pause(40);").arg(line.size() % 1920).arg(line.size() % 1080);
@@ -80,8 +80,8 @@ void BM_KeystrokeInALongLine(benchmark::State& state) {
     main.resize(800, 600);
     main.show();
     QCoreApplication::processEvents();
-    main.txtLog->moveCursor(QTextCursor::End);
-    main.txtLog->setFocus();
+    main.editor->moveCursor(QTextCursor::End);
+    main.editor->setFocus();
     for (auto _ : state) {
         // Through the window, as the platform delivers a key: shortcuts and
         // input method queries first, then the edit; then the repaint.
@@ -93,10 +93,10 @@ void BM_KeystrokeInALongLine(benchmark::State& state) {
 BENCHMARK(BM_KeystrokeInALongLine)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(20);
 
 void BM_HotkeyStopsARun(benchmark::State& state) {
-    AppFixture f("1,1,1,0,0,", true);
+    AppFixture f("1,1,1,0,0,");
     EventLoopClock clock;
     f.app->session.platform.clock = &clock;
-    app::FrmMain& main = f.app->frmMain();
+    app::AdvancedWindow& main = f.app->advancedWindow();
     main.setText("Function(Main);\nWhile(1 = 1);\nPause(5);\nEndWhile();\nEndFunction();");
     for (auto _ : state) {
         QElapsedTimer pressed;
@@ -105,7 +105,7 @@ void BM_HotkeyStopsARun(benchmark::State& state) {
             f.keys.press(48);
             pressed.start();
         });
-        main.mnuScriptPlay_Click();
+        main.playScript();
         f.app->playback.tick();  // returns once Ctrl+0 has stopped the run
         state.SetIterationTime(pressed.nsecsElapsed() / 1e9);
         f.keys.releaseAll();

@@ -4,5 +4,6 @@
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 build=${1:-build}
+cmake --build "$build" --target tarvoke-screenshots
 unset QT_QPA_PLATFORM
 .ci/with-desktop.sh "$build/bin/tarvoke-screenshots" docs/screenshots

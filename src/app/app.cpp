@@ -1,11 +1,11 @@
 #include "app/app.h"
 
-#include "app/frmabout.h"
-#include "app/frmbasic.h"
-#include "app/frmchoice.h"
-#include "app/frmmain.h"
-#include "app/frmsettings.h"
-#include "app/frmsplash2.h"
+#include "app/aboutdialog.h"
+#include "app/advancedwindow.h"
+#include "app/basicwindow.h"
+#include "app/modechoicewindow.h"
+#include "app/settingsdialog.h"
+#include "app/splashwindow.h"
 
 namespace tarvoke::app {
 
@@ -16,70 +16,69 @@ App::App(AppOptions options) : m_options(std::move(options)) {
 
 App::~App() = default;
 
-void App::LoadSettings() {
-    const LoadedSettings loaded = app::LoadSettings(m_options.settingsFile);
-    session.bRepeat = loaded.settings.bRepeat;
-    bMouseMove = loaded.settings.bMouseMove;
-    bExtendedClicks = loaded.settings.bExtendedClicks;
-    session.bIgnorePauses = loaded.settings.bIgnorePauses;
-    bBasicMode = loaded.settings.bBasicMode;
-    bFirstRun = loaded.bFirstRun;
-    if (bFirstRun) session.dblPauseFactor = 1.0;
+void App::loadSettings() {
+    const LoadedSettings loaded = app::loadSettings(m_options.settingsFile);
+    session.bRepeat = loaded.settings.repeat;
+    mouseMove = loaded.settings.mouseMove;
+    extendedClicks = loaded.settings.extendedClicks;
+    session.bIgnorePauses = loaded.settings.ignorePauses;
+    basicMode = loaded.settings.basicMode;
+    firstRun = loaded.firstRun;
+    if (firstRun) session.dblPauseFactor = 1.0;
 }
 
-void App::SaveSettings() {
-    app::SaveSettings(m_options.settingsFile,
-                      {session.bRepeat, bMouseMove, bExtendedClicks, session.bIgnorePauses, bBasicMode});
+void App::saveSettings() {
+    app::saveSettings(m_options.settingsFile, {session.bRepeat, mouseMove, extendedClicks, session.bIgnorePauses, basicMode});
 }
 
 void App::exitProgram() {
     playback.stopPlay();
-    SaveSettings();
+    saveSettings();
     endProcess();
 }
 
-FrmSplash2& App::frmSplash2() {
-    if (!m_frmSplash2) m_frmSplash2 = std::make_unique<FrmSplash2>(*this);
-    return *m_frmSplash2;
+SplashWindow& App::splashWindow() {
+    if (!m_splashWindow) m_splashWindow = std::make_unique<SplashWindow>(*this);
+    return *m_splashWindow;
 }
 
-FrmChoice& App::frmChoice() {
-    if (!m_frmChoice) m_frmChoice = std::make_unique<FrmChoice>(*this);
-    return *m_frmChoice;
+ModeChoiceWindow& App::modeChoiceWindow() {
+    if (!m_modeChoiceWindow) m_modeChoiceWindow = std::make_unique<ModeChoiceWindow>(*this);
+    return *m_modeChoiceWindow;
 }
 
-FrmMain& App::frmMain() {
-    if (!m_frmMain) m_frmMain = std::make_unique<FrmMain>(*this);
-    return *m_frmMain;
+AdvancedWindow& App::advancedWindow() {
+    if (!m_advancedWindow) m_advancedWindow = std::make_unique<AdvancedWindow>(*this);
+    return *m_advancedWindow;
 }
 
-FrmBasic& App::frmBasic() {
-    if (!m_frmBasic) m_frmBasic = std::make_unique<FrmBasic>(*this);
-    return *m_frmBasic;
+BasicWindow& App::basicWindow() {
+    if (!m_basicWindow) m_basicWindow = std::make_unique<BasicWindow>(*this);
+    return *m_basicWindow;
 }
 
 void App::showModeWindow() {
-    if (bBasicMode) {
-        FrmBasic& basic = frmBasic();
+    if (basicMode) {
+        BasicWindow& basic = basicWindow();
         basic.show();
-        basic.timers().setInputsTimer(true);
+        basic.timers().setHotkeyPoll(true);
     } else {
-        frmMain().show();
+        advancedWindow().show();
     }
 }
 
-void App::hideChoice() {
-    if (m_frmChoice) m_frmChoice->hide();
+void App::hideModeChoice() {
+    if (m_modeChoiceWindow) m_modeChoiceWindow->hide();
 }
 
 void App::showSettings() {
-    auto* dialog = new FrmSettings(*this);
+    auto* dialog = new SettingsDialog(*this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->show();
 }
 
 void App::showAbout() {
-    auto* dialog = new FrmAbout();
+    auto* dialog = new AboutDialog();
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->show();
 }

@@ -20,13 +20,20 @@
 
 namespace tarvoke::app {
 
-class FrmSplash2;
-class FrmChoice;
-class FrmMain;
-class FrmBasic;
+class SplashWindow;
+class ModeChoiceWindow;
+class AdvancedWindow;
+class BasicWindow;
 
 // The new-script template.
 inline const QString kTemplate = QStringLiteral("Function(Main);\n\nEndFunction();");
+
+// The main windows' captions: the bare one while no script has a name, else
+// the bare one, " - " and the script's file name (or "Untitled").
+inline const QString kAdvancedCaption = QStringLiteral("Tarvoke");
+inline const QString kBasicCaption = QStringLiteral("Tarvoke Basic Mode");
+inline QString captionWith(const QString& bare, const QString& name) { return bare + " - " + name; }
+inline QString nameInCaption(const QString& caption, const QString& bare) { return caption.mid(captionWith(bare, "").size()); }
 
 struct AppOptions {
     std::filesystem::path programFolder;
@@ -48,36 +55,37 @@ public:
     engine::SC engine{session};
     host::HostCommands commands;
     playback::Playback playback{engine, session};
-    // bRecording, bHotkeyRecord and the growing recording, shared by both windows.
+    // Whether a recording runs, how it started, and the growing recording,
+    // shared by both windows.
     recorder::RecorderState recorder;
 
     // Module-level state of the windows.
-    bool bMouseMove = true;
-    bool bExtendedClicks = true;
-    bool bBasicMode = true;
-    bool bFirstRun = false;
-    std::string sScriptText;
-    std::string sFilePath;
+    bool mouseMove = true;
+    bool extendedClicks = true;
+    bool basicMode = true;
+    bool firstRun = false;
+    std::string scriptText;
+    std::string filePath;
 
     Dialogs& dialogs() { return *m_options.dialogs; }
     const std::filesystem::path& programFolder() const { return m_options.programFolder; }
     platform::KeyState* keys() { return m_options.keys ? m_options.keys : session.platform.keys; }
 
-    void LoadSettings();
-    void SaveSettings();
+    void loadSettings();
+    void saveSettings();
     // Stops what runs, saves the settings and ends the process.
     void exitProgram();
     void endProcess() { m_options.endProcess(0); }
 
-    FrmSplash2& frmSplash2();
-    FrmChoice& frmChoice();
-    FrmMain& frmMain();
-    FrmBasic& frmBasic();
+    SplashWindow& splashWindow();
+    ModeChoiceWindow& modeChoiceWindow();
+    AdvancedWindow& advancedWindow();
+    BasicWindow& basicWindow();
     // Shows the window of the saved mode, with Basic Mode's hotkey poll on.
     void showModeWindow();
-    bool frmMainLoaded() const { return m_frmMain != nullptr; }
-    bool frmBasicLoaded() const { return m_frmBasic != nullptr; }
-    void hideChoice();
+    bool advancedWindowLoaded() const { return m_advancedWindow != nullptr; }
+    bool basicWindowLoaded() const { return m_basicWindow != nullptr; }
+    void hideModeChoice();
 
     // Dialogs that unload themselves when done.
     void showSettings();
@@ -86,10 +94,10 @@ public:
 
 private:
     AppOptions m_options;
-    std::unique_ptr<FrmSplash2> m_frmSplash2;
-    std::unique_ptr<FrmChoice> m_frmChoice;
-    std::unique_ptr<FrmMain> m_frmMain;
-    std::unique_ptr<FrmBasic> m_frmBasic;
+    std::unique_ptr<SplashWindow> m_splashWindow;
+    std::unique_ptr<ModeChoiceWindow> m_modeChoiceWindow;
+    std::unique_ptr<AdvancedWindow> m_advancedWindow;
+    std::unique_ptr<BasicWindow> m_basicWindow;
 };
 
 }  // namespace tarvoke::app

@@ -20,16 +20,16 @@ int searchUp(const QString& text, const QString& find, int p, Qt::CaseSensitivit
 
 }  // namespace
 
-std::optional<Selection> FindIt(const QString& text, int selStart, FindState& state) {
-    const int offset = (selStart == state.intFindFrom && !state.bFindFresh) ? 1 : 0;
+std::optional<Selection> findOnce(const QString& text, int selStart, FindState& state) {
+    const int offset = (selStart == state.findFrom && !state.fresh) ? 1 : 0;
     const int p = selStart + offset;
-    const auto cs = state.bMatchCase ? Qt::CaseSensitive : Qt::CaseInsensitive;
-    const int hit = state.bDirectionDown ? searchDown(text, state.sFindText, p, cs)
-                                         : searchUp(text, state.sFindText, p, cs);
+    const auto cs = state.matchCase ? Qt::CaseSensitive : Qt::CaseInsensitive;
+    const int hit = state.down ? searchDown(text, state.text, p, cs)
+                                         : searchUp(text, state.text, p, cs);
     std::optional<Selection> found;
-    if (hit >= 0) found = Selection{hit, static_cast<int>(state.sFindText.size())};
-    state.intFindFrom = found ? found->start : selStart;
-    state.bFindFresh = false;
+    if (hit >= 0) found = Selection{hit, static_cast<int>(state.text.size())};
+    state.findFrom = found ? found->start : selStart;
+    state.fresh = false;
     return found;
 }
 

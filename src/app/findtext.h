@@ -7,12 +7,12 @@
 namespace tarvoke::app {
 
 struct FindState {
-    QString sFindText;
-    bool bMatchCase = false;
-    bool bDirectionDown = true;
-    int intFindFrom = 0;
+    QString text;
+    bool matchCase = false;
+    bool down = true;
+    int findFrom = 0;
     // True until the first find has ended.
-    bool bFindFresh = true;
+    bool fresh = true;
 };
 
 struct Selection {
@@ -24,9 +24,9 @@ struct Selection {
 // One search from the caret (selStart). When the caret still stands where the
 // last find ended, the search starts one character further, so that the hit
 // left selected is stepped over. The search stops at the ends of the text.
-// Returns the hit to select, or nothing; either way intFindFrom becomes the
-// caret after the search and bFindFresh is cleared.
-std::optional<Selection> FindIt(const QString& text, int selStart, FindState& state);
+// Returns the hit to select, or nothing; either way findFrom becomes the
+// caret after the search and fresh is cleared.
+std::optional<Selection> findOnce(const QString& text, int selStart, FindState& state);
 
 // Every occurrence, exact in case; an empty search text changes nothing.
 QString replaceAll(const QString& text, const QString& find, const QString& replacement);

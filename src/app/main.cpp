@@ -10,7 +10,7 @@
 #include <unistd.h>
 
 #include "app/app.h"
-#include "app/frmsplash2.h"
+#include "app/splashwindow.h"
 #include "app/manifest.h"
 #include "app/priority.h"
 #include "app/scriptmessages.h"
@@ -125,13 +125,12 @@ int run(int argc, char** argv) {
         return true;
     };
 
-    // Form_Initialize of the splash.
-    app::WriteManifest();
+    // What the splash does before it loads, then as it loads.
+    app::writeManifest();
     app::raiseProcessPriority();
     app.session.sScriptFolder = programFolder.string();
-    // Form_Load.
-    app::FrmSplash2& splash = app.frmSplash2();
-    app.LoadSettings();
+    app::SplashWindow& splash = app.splashWindow();
+    app.loadSettings();
     QGuiApplication::setApplicationDisplayName(QString());
     splash.show();
     splash.start();

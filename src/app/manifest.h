@@ -5,6 +5,6 @@
 
 namespace tarvoke::app {
 
-inline bool WriteManifest() { return false; }
+inline bool writeManifest() { return false; }
 
 }  // namespace tarvoke::app

@@ -8,10 +8,10 @@ namespace tarvoke::app {
 
 // Removes tabs, carriage returns and line feeds from path (the caller's text
 // changes), then checks it: not empty, not " " or ".", a "/" somewhere, no NUL.
-bool IsValidPath(std::string& path);
+bool isValidPath(std::string& path);
 // The text up to and including the last "/".
-std::string GetFolder(const std::string& path);
+std::string folderOf(const std::string& path);
 // The text behind the last "/".
-std::string GetFileName(const std::string& path);
+std::string fileNameOf(const std::string& path);
 
 }  // namespace tarvoke::app

@@ -17,31 +17,33 @@ namespace {
 // Long enough for any window manager to unmap the window; a bound, so that a
 // display that never reports back cannot hold the start of a run.
 constexpr int kUnmapWaitMs = 1000;
+// Both the play timer and the hotkey poll tick every millisecond.
+constexpr int kTickMs = 1;
 
 }  // namespace
 
 PlayTimers::PlayTimers(App& app, QWidget& window, HotkeyActions actions)
     : m_app(app), m_window(window), m_actions(std::move(actions)) {
-    m_tmrPlay.setTimerType(Qt::PreciseTimer);
-    m_tmrInputs.setTimerType(Qt::PreciseTimer);
-    m_tmrPlay.setInterval(1);
-    m_tmrInputs.setInterval(1);
-    connect(&m_tmrPlay, &QTimer::timeout, this, [this] { m_app.playback.tick(); });
-    connect(&m_tmrInputs, &QTimer::timeout, this, [this] { pollHotkeys(); });
+    m_playTimer.setTimerType(Qt::PreciseTimer);
+    m_hotkeyPoll.setTimerType(Qt::PreciseTimer);
+    m_playTimer.setInterval(kTickMs);
+    m_hotkeyPoll.setInterval(kTickMs);
+    connect(&m_playTimer, &QTimer::timeout, this, [this] { m_app.playback.tick(); });
+    connect(&m_hotkeyPoll, &QTimer::timeout, this, [this] { pollHotkeys(); });
 }
 
-void PlayTimers::setInputsTimer(bool on) {
+void PlayTimers::setHotkeyPoll(bool on) {
     if (on)
-        m_tmrInputs.start(1);
+        m_hotkeyPoll.start(kTickMs);
     else
-        m_tmrInputs.stop();
+        m_hotkeyPoll.stop();
 }
 
 void PlayTimers::setPlayTimer(bool on) {
     if (on)
-        m_tmrPlay.start(1);
+        m_playTimer.start(kTickMs);
     else
-        m_tmrPlay.stop();
+        m_playTimer.stop();
 }
 
 void PlayTimers::hideForRun() {

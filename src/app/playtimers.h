@@ -1,7 +1,7 @@
 #pragma once
 // The play timer and the hotkey poll of a main window, and what playback
-// needs of that window (hide, show, the timer). frmMain and frmBasic each
-// own one; the window in use is the playback's view.
+// needs of that window (hide, show, the timer). Each main window owns
+// one; the window in use is the playback's view.
 
 #include <QObject>
 #include <QTimer>
@@ -26,17 +26,17 @@ class PlayTimers : public QObject, public playback::PlaybackView {
 public:
     PlayTimers(App& app, QWidget& window, HotkeyActions actions);
 
-    // tmrInputs: on with an interval of 1 ms, or off.
-    void setInputsTimer(bool on);
-    bool inputsTimerOn() const { return m_tmrInputs.isActive(); }
-    bool playTimerOn() const { return m_tmrPlay.isActive(); }
+    // The hotkey poll: every millisecond, or off.
+    void setHotkeyPoll(bool on);
+    bool hotkeyPollOn() const { return m_hotkeyPoll.isActive(); }
+    bool playTimerOn() const { return m_playTimer.isActive(); }
     bool correctTimeTimerOn() const { return false; }
 
     // The window's own steps of Stop and its Play X option.
     std::function<void()> onAfterStop;
     std::function<bool()> isPlayXSelected;
 
-    // One poll of the hotkeys (the tick of tmrInputs).
+    // One poll of the hotkeys (the tick of the hotkey poll).
     void pollHotkeys();
 
     void hideForRun() override;
@@ -49,8 +49,8 @@ private:
     App& m_app;
     QWidget& m_window;
     HotkeyActions m_actions;
-    QTimer m_tmrPlay;
-    QTimer m_tmrInputs;
+    QTimer m_playTimer;
+    QTimer m_hotkeyPoll;
 };
 
 }  // namespace tarvoke::app

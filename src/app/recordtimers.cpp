@@ -23,9 +23,9 @@ RecordTimers::RecordTimers(App& app, recorder::Form kind) : m_app(app) {
     if (platform::KeyState* keys = app.keys(); keys && session.platform.input && session.platform.clock)
         m_recorder = std::make_unique<recorder::Recorder>(app.recorder, m_form, kind, *keys, *session.platform.input,
                                                           *session.platform.clock, recorder::sessionHooks(session));
-    m_tmrRecord.setTimerType(Qt::PreciseTimer);
-    connect(&m_tmrRecTime, &QTimer::timeout, this, [this] { m_recorder->countSecond(); });
-    connect(&m_tmrRecord, &QTimer::timeout, this, [this] { m_recorder->sample(); });
+    m_sampleTimer.setTimerType(Qt::PreciseTimer);
+    connect(&m_secondTimer, &QTimer::timeout, this, [this] { m_recorder->countSecond(); });
+    connect(&m_sampleTimer, &QTimer::timeout, this, [this] { m_recorder->sample(); });
 }
 
 RecordTimers::~RecordTimers() = default;
@@ -33,26 +33,26 @@ RecordTimers::~RecordTimers() = default;
 void RecordTimers::start() {
     if (!m_recorder) return;  // no key state or input: nothing could be recorded
     recorder::RecorderState& state = m_app.recorder;
-    state.bMouseMove = m_app.bMouseMove;
-    state.bExtendedClicks = m_app.bExtendedClicks;
+    state.bMouseMove = m_app.mouseMove;
+    state.bExtendedClicks = m_app.extendedClicks;
     // The key state's changes drive the sampler where the platform tells of
-    // them; elsewhere tmrRecord samples every millisecond.
+    // them; elsewhere the sample timer samples every millisecond.
     const bool driven = m_recorder->start({});
-    m_tmrRecTime.start(kSecondMs);
-    if (!driven) m_tmrRecord.start(kSampleIntervalMs);
+    m_secondTimer.start(kSecondMs);
+    if (!driven) m_sampleTimer.start(kSampleIntervalMs);
 }
 
 std::optional<std::string> RecordTimers::closeIfRecording() {
     if (!m_app.recorder.bRecording) return std::nullopt;
-    m_tmrRecord.stop();
-    m_tmrRecTime.stop();
+    m_sampleTimer.stop();
+    m_secondTimer.stop();
     std::string script = m_recorder->close();
     // Ctrl+6 and Ctrl+7 change the settings for good.
     const recorder::RecorderState& state = m_app.recorder;
-    if (state.bMouseMove != m_app.bMouseMove || state.bExtendedClicks != m_app.bExtendedClicks) {
-        m_app.bMouseMove = state.bMouseMove;
-        m_app.bExtendedClicks = state.bExtendedClicks;
-        m_app.SaveSettings();
+    if (state.bMouseMove != m_app.mouseMove || state.bExtendedClicks != m_app.extendedClicks) {
+        m_app.mouseMove = state.bMouseMove;
+        m_app.extendedClicks = state.bExtendedClicks;
+        m_app.saveSettings();
     }
     return script;
 }

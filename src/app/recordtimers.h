@@ -1,6 +1,6 @@
 #pragma once
-// The recording timers of a main window: tmrRecTime counts the seconds;
-// tmrRecord ticks the sampler every millisecond where the key state cannot
+// The recording timers of a main window: one counts the seconds; the
+// sample timer ticks the sampler every millisecond where the key state cannot
 // drive it by its changes. The recorder's state is the
 // program's (App::recorder); the button flags and the last move are the
 // window's own.
@@ -36,14 +36,13 @@ public:
     // saved.
     std::optional<std::string> closeIfRecording();
 
-    bool recordTimerOn() const { return m_tmrRecord.isActive(); }
 
 private:
     App& m_app;
     recorder::FormState m_form;
     std::unique_ptr<recorder::Recorder> m_recorder;
-    QTimer m_tmrRecord;
-    QTimer m_tmrRecTime;
+    QTimer m_sampleTimer;
+    QTimer m_secondTimer;
 };
 
 }  // namespace tarvoke::app

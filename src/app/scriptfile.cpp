@@ -62,6 +62,7 @@ QByteArray encodeScriptText(const QString& text) { return text.toUtf8(); }
 
 #include "app/dialogs.h"
 #include "app/filesave.h"
+#include "app/paths.h"
 #include "platform/fileread.h"
 
 namespace tarvoke::app {
@@ -100,5 +101,7 @@ bool offerToSave(Dialogs& dialogs, const std::function<bool()>& save) {
 }
 
 std::string localPath(const QString& path) { return QFile::encodeName(path).toStdString(); }
+
+QString displayFileName(const std::string& path) { return QFile::decodeName(QByteArray::fromStdString(fileNameOf(path))); }
 
 }  // namespace tarvoke::app

@@ -35,5 +35,7 @@ bool mayReplace(Dialogs& dialogs, const std::string& path);
 bool offerToSave(Dialogs& dialogs, const std::function<bool()>& save);
 // A path from a dialog as the bytes of the file system.
 std::string localPath(const QString& path);
+// The file's name in a path, for a caption.
+QString displayFileName(const std::string& path);
 
 }  // namespace tarvoke::app

@@ -8,7 +8,7 @@
 
 namespace tarvoke::app {
 
-std::string GetField(const std::string& text, int16_t index) {
+std::string settingsField(const std::string& text, int16_t index) {
     if (index < 1) return {};
     int commas = 0;
     std::string field;
@@ -23,13 +23,13 @@ std::string GetField(const std::string& text, int16_t index) {
 }
 
 Settings parseSettings(const std::string& text) {
-    auto flag = [&](int16_t index) { return GetField(text, index) == "1"; };
+    auto flag = [&](int16_t index) { return settingsField(text, index) == "1"; };
     return {flag(1), flag(2), flag(3), flag(4), flag(5)};
 }
 
 std::string formatSettings(const Settings& s) {
     std::string text;
-    for (bool value : {s.bRepeat, s.bMouseMove, s.bExtendedClicks, s.bIgnorePauses, s.bBasicMode})
+    for (bool value : {s.repeat, s.mouseMove, s.extendedClicks, s.ignorePauses, s.basicMode})
         text += value ? "1," : "0,";
     return text;
 }
@@ -49,7 +49,7 @@ std::filesystem::path settingsFolder(const std::filesystem::path& programFolder)
     return config / "tarvoke";
 }
 
-LoadedSettings LoadSettings(const std::filesystem::path& file) {
+LoadedSettings loadSettings(const std::filesystem::path& file) {
     // A settings file holds a few bytes; anything larger is no settings file.
     platform::ReadLimits limits;
     limits.maxBytes = 1 << 20;
@@ -58,7 +58,7 @@ LoadedSettings LoadSettings(const std::filesystem::path& file) {
     return {parseSettings(read.bytes), false};
 }
 
-void SaveSettings(const std::filesystem::path& file, const Settings& settings) {
+void saveSettings(const std::filesystem::path& file, const Settings& settings) {
     writeFileReplacing(file.string(), formatSettings(settings));
 }
 

@@ -10,17 +10,17 @@
 namespace tarvoke::app {
 
 struct Settings {
-    bool bRepeat = true;
-    bool bMouseMove = true;
-    bool bExtendedClicks = true;
-    bool bIgnorePauses = false;
-    bool bBasicMode = true;
+    bool repeat = true;
+    bool mouseMove = true;
+    bool extendedClicks = true;
+    bool ignorePauses = false;
+    bool basicMode = true;
     bool operator==(const Settings&) const = default;
 };
 
 // The text between comma index-1 and comma index (index from 1), or the rest
 // of the text when the last comma is missing; empty when there is no field.
-std::string GetField(const std::string& text, int16_t index);
+std::string settingsField(const std::string& text, int16_t index);
 
 Settings parseSettings(const std::string& text);
 std::string formatSettings(const Settings& settings);
@@ -31,13 +31,13 @@ std::filesystem::path settingsFolder(const std::filesystem::path& programFolder)
 
 struct LoadedSettings {
     Settings settings;
-    bool bFirstRun = false;
+    bool firstRun = false;
 };
 
-// No file: the defaults and bFirstRun.
-LoadedSettings LoadSettings(const std::filesystem::path& file);
+// No file: the defaults and firstRun.
+LoadedSettings loadSettings(const std::filesystem::path& file);
 // Writes beside and renames over; failures are passed over (the next start
 // finds the old file or none).
-void SaveSettings(const std::filesystem::path& file, const Settings& settings);
+void saveSettings(const std::filesystem::path& file, const Settings& settings);
 
 }  // namespace tarvoke::app

@@ -2,56 +2,54 @@
 // A whole program on the fake platform, with dialogs that answer from a
 // script of the test and never block, and an exit that is only counted.
 
+#include <QAction>
+#include <QFile>
+#include <QProcess>
+#include <QPushButton>
 #include <QStringList>
 #include <QTemporaryDir>
 #include <deque>
+#include <functional>
 #include <memory>
+#include <unistd.h>
 
+#include "app/advancedwindow.h"
 #include "app/app.h"
+#include "app/basicwindow.h"
 #include "platform/fake/fakeplatform.h"
 
 namespace tarvoke::app::testing {
 
+// The front of answers, or otherwise when the test gave none.
+template <typename T>
+T next(std::deque<T>& answers, T otherwise) {
+    if (answers.empty()) return otherwise;
+    T answer = answers.front();
+    answers.pop_front();
+    return answer;
+}
+
 class FakeDialogs : public Dialogs {
 public:
-    struct Told {
-        QString title;
-        QString text;
-        Icon icon;
-    };
-    std::vector<Told> told;
+    QStringList told;  // "title: text" of each box
+    Icon lastIcon = Icon::None;
     std::vector<QString> asked;
-    std::deque<bool> answers;      // Yes / No, in order; Yes when empty
+    std::deque<bool> answers;            // Yes / No, in order; Yes when empty
     std::deque<SaveChoice> saveChoices;  // Cancel when empty
-    std::deque<QString> paths;     // what the file dialogs return; "" (Cancel) when empty
+    std::deque<QString> paths;           // what the file dialogs return; "" (Cancel) when empty
     QStringList opened;
 
-    void tell(const QString& title, const QString& text, Icon icon) override { told.push_back({title, text, icon}); }
-    bool askYesNo(const QString&, const QString& text) override {
-        asked.push_back(text);
-        if (answers.empty()) return true;
-        const bool answer = answers.front();
-        answers.pop_front();
-        return answer;
+    void tell(const QString& title, const QString& text, Icon icon) override {
+        told << title + ": " + text;
+        lastIcon = icon;
     }
+    bool askYesNo(const QString&, const QString& text) override { return asked.push_back(text), next(answers, true); }
     SaveChoice askSave(const QString&, const QString& text) override {
-        asked.push_back(text);
-        if (saveChoices.empty()) return SaveChoice::Cancel;
-        const SaveChoice choice = saveChoices.front();
-        saveChoices.pop_front();
-        return choice;
+        return asked.push_back(text), next(saveChoices, SaveChoice::Cancel);
     }
-    QString openFileName(const QString&, const QString&, const QString&) override { return nextPath(); }
-    QString saveFileName(const QString&, const QString&, const QString&) override { return nextPath(); }
+    QString openFileName(const QString&, const QString&, const QString&) override { return next(paths, QString()); }
+    QString saveFileName(const QString&, const QString&, const QString&) override { return next(paths, QString()); }
     void openDocument(const QString& path) override { opened << path; }
-
-private:
-    QString nextPath() {
-        if (paths.empty()) return {};
-        QString path = paths.front();
-        paths.pop_front();
-        return path;
-    }
 };
 
 // Key state the test sets by hand.
@@ -60,11 +58,7 @@ public:
     bool down[256] = {};
     bool pressed[256] = {};
     bool isDown(uint8_t vk) override { return down[vk]; }
-    bool pressedSinceLastRead(uint8_t vk) override {
-        const bool was = pressed[vk];
-        pressed[vk] = false;
-        return was;
-    }
+    bool pressedSinceLastRead(uint8_t vk) override { return std::exchange(pressed[vk], false); }
     void press(uint8_t vk) { down[vk] = pressed[vk] = true; }
     void releaseAll() { std::fill(std::begin(down), std::end(down), false); }
 };
@@ -77,16 +71,66 @@ struct AppFixture {
     int exits = 0;
     std::unique_ptr<App> app;
 
-    explicit AppFixture(const QByteArray& settings = QByteArray(), bool withSettings = false) {
-        if (withSettings) writeFile("settings.dat", settings);
+    // Without settings: the first start.
+    explicit AppFixture(const char* settings = nullptr) {
+        if (settings) writeFile("settings.dat", settings);
         app = std::make_unique<App>(AppOptions{path(""), path("settings.dat"), fake.platform(), &dialogs,
                                                [this](int) { ++exits; }, &keys});
-        app->LoadSettings();
+        app->loadSettings();
     }
 
     std::string path(const QString& name) const { return (folder.path() + "/" + name).toStdString(); }
-    void writeFile(const QString& name, const QByteArray& bytes) const;
-    QByteArray readFile(const QString& name) const;
+    QString qpath(const QString& name) const { return folder.path() + "/" + name; }
+    void writeFile(const QString& name, const QByteArray& bytes) const {
+        QFile file(qpath(name));
+        file.open(QIODevice::WriteOnly);
+        file.write(bytes);
+    }
+    QByteArray readFile(const QString& name) const {
+        QFile file(qpath(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+    }
+};
+
+// One of the two main windows, driven alike: Record by its menu item or button.
+struct Window {
+    QWidget* widget;
+    std::function<void()> record, stop;
+    std::function<QString()> text;
+    std::function<void(const QString&)> setText;
+    PlayTimers* timers;
+};
+
+inline Window windowOf(App& app, bool basic) {
+    if (basic) {
+        BasicWindow& w = app.basicWindow();
+        return {&w, [&w] { w.recordButton->click(); }, [&w] { w.stopScript(); }, [&w] { return w.text(); },
+                [&w](const QString& t) { w.setText(t); }, &w.timers()};
+    }
+    AdvancedWindow& w = app.advancedWindow();
+    return {&w, [&w] { w.recordAction->trigger(); }, [&w] { w.stopScript(); }, [&w] { return w.text(); },
+            [&w](const QString& t) { w.setText(t); }, &w.timers()};
+}
+
+// Makes a folder refuse new files, also for root (by the immutable flag),
+// and undoes it at the end of the scope.
+class ReadOnlyFolder {
+public:
+    explicit ReadOnlyFolder(const QString& path) : m_path(path) {
+        m_ok = ::geteuid() == 0 ? QProcess::execute("chattr", {"+i", path}) == 0
+                                : QFile::setPermissions(path, QFile::ReadOwner | QFile::ExeOwner);
+    }
+    ~ReadOnlyFolder() {
+        if (::geteuid() == 0)
+            QProcess::execute("chattr", {"-i", m_path});
+        else
+            QFile::setPermissions(m_path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+    bool ok() const { return m_ok; }
+
+private:
+    QString m_path;
+    bool m_ok = false;
 };
 
 }  // namespace tarvoke::app::testing

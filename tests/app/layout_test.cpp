@@ -2,28 +2,25 @@
 // scale of the run: registered twice, with QT_SCALE_FACTOR 1 and 2.
 
 #include <QAbstractButton>
-#include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QtTest>
 
-#include "app/frmabout.h"
-#include "app/frmbasic.h"
-#include "app/frmchoice.h"
-#include "app/frmfind.h"
-#include "app/frmmain.h"
-#include "app/frmsettings.h"
-#include "app/frmsplash2.h"
+#include "app/aboutdialog.h"
+#include "app/advancedwindow.h"
+#include "app/basicwindow.h"
+#include "app/finddialog.h"
+#include "app/modechoicewindow.h"
+#include "app/settingsdialog.h"
+#include "app/splashwindow.h"
 #include "app_fixture.h"
 
 using namespace tarvoke::app;
-using tarvoke::app::testing::AppFixture;
 
 namespace {
 
-// The controls a user reads or operates: text must fit and none may cover
-// another.
+// The controls a user reads or operates: text must fit and none may cover another.
 bool isControl(const QWidget* widget) {
     return qobject_cast<const QAbstractButton*>(widget) || qobject_cast<const QLabel*>(widget) ||
            qobject_cast<const QLineEdit*>(widget) || qobject_cast<const QPlainTextEdit*>(widget);
@@ -33,16 +30,14 @@ QStringList layoutFaults(QWidget& window) {
     window.show();
     for (int i = 0; i < 10; ++i) QCoreApplication::processEvents();
     QStringList faults;
-    const QRect inside = window.rect();
     QList<QPair<QRect, QString>> placed;
     for (QWidget* child : window.findChildren<QWidget*>()) {
         if (!child->isVisibleTo(&window) || !isControl(child)) continue;
-        const QString name = QString("%1 '%2'").arg(child->metaObject()->className(),
-                                                   child->property("text").toString());
+        const QString name = QString("%1 '%2'").arg(child->metaObject()->className(), child->property("text").toString());
         const QRect rect(child->mapTo(&window, QPoint(0, 0)), child->size());
-        if (!inside.contains(rect)) faults << name + " reaches outside the window";
-        if (!qobject_cast<QPlainTextEdit*>(child) && (child->width() < child->minimumSizeHint().width() ||
-                                                       child->height() < child->minimumSizeHint().height()))
+        if (!window.rect().contains(rect)) faults << name + " reaches outside the window";
+        const QSize needed = child->minimumSizeHint();
+        if (!qobject_cast<QPlainTextEdit*>(child) && (child->width() < needed.width() || child->height() < needed.height()))
             faults << name + " is smaller than its text needs";
         for (const auto& [other, otherName] : placed)
             if (rect.intersects(other)) faults << name + " covers " + otherName;
@@ -58,30 +53,22 @@ class LayoutTest : public QObject {
     Q_OBJECT
 
 private slots:
+    // Basic Mode also at its smallest size, below which its layout does not go.
     void everyWindowFitsItsControls() {
-        AppFixture f("1,1,1,0,1,", true);
+        testing::AppFixture f("1,1,1,0,1,");
         App& app = *f.app;
-        FrmSettings settings(app);
-        FrmAbout about;
-        FrmFind find(app.frmMain());
+        SettingsDialog settings(app);
+        AboutDialog about;
+        FindDialog find(app.advancedWindow());
         const QList<QPair<QString, QWidget*>> windows = {
-            {"splash", &app.frmSplash2()}, {"choice", &app.frmChoice()}, {"Advanced Mode", &app.frmMain()},
-            {"Basic Mode", &app.frmBasic()}, {"settings", &settings},    {"about", &about},
-            {"find", &find},
-        };
+            {"splash", &app.splashWindow()}, {"choice", &app.modeChoiceWindow()}, {"Advanced Mode", &app.advancedWindow()},
+            {"Basic Mode", &app.basicWindow()}, {"settings", &settings}, {"about", &about}, {"find", &find},
+            {"Basic Mode at its smallest", &app.basicWindow()}};
         for (const auto& [name, window] : windows) {
+            if (name.endsWith("smallest")) window->resize(window->minimumSizeHint());
             const QStringList faults = layoutFaults(*window);
             QVERIFY2(faults.isEmpty(), qPrintable(name + ": " + faults.join("; ")));
         }
-    }
-
-    // A window made smaller than its layout allows keeps its controls apart.
-    void basicModeKeepsItsLayoutAtItsSmallestSize() {
-        AppFixture f("1,1,1,0,1,", true);
-        FrmBasic& basic = f.app->frmBasic();
-        basic.resize(basic.minimumSizeHint());
-        const QStringList faults = layoutFaults(basic);
-        QVERIFY2(faults.isEmpty(), qPrintable(faults.join("; ")));
     }
 };
 

@@ -1,156 +1,99 @@
-// Start-up, settings.dat and the mode choice.
+// Start-up: settings.dat, where it lives, the splash, the mode choice and
+// the Settings dialog.
 
 #include <QCheckBox>
+#include <QPushButton>
 #include <QRadioButton>
 #include <QtTest>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include "app/frmbasic.h"
-#include "app/frmchoice.h"
-#include "app/frmmain.h"
-#include "app/frmsettings.h"
-#include "app/frmsplash2.h"
+#include "app/advancedwindow.h"
+#include "app/basicwindow.h"
+#include "app/modechoicewindow.h"
 #include "app/settings.h"
+#include "app/splashwindow.h"
 #include "app_fixture.h"
 
 using namespace tarvoke::app;
-using tarvoke::app::testing::AppFixture;
+using namespace tarvoke::app::testing;
 
 class StartupTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void fieldsOfTheSettingsText_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("expected");  // the five flags as read, "10110"
-        QTest::newRow("defaults") << "1,1,1,0,1," << "11101";
-        QTest::newRow("basic, pauses ignored") << "0,0,0,1,1," << "00011";
-        QTest::newRow("last comma missing") << "1,1,1,1,1" << "11111";
-        QTest::newRow("short file means Advanced Mode") << "1,1," << "11000";
-        QTest::newRow("anything but 1 is false") << "-1,true,1 ,01,1," << "00001";
-        QTest::newRow("empty") << "" << "00000";
-        QTest::newRow("line break after the last field") << "1,1,1,1,1\r\n" << "11110";
-    }
-    void fieldsOfTheSettingsText() {
-        QFETCH(QString, text);
-        QFETCH(QString, expected);
-        const Settings s = parseSettings(text.toStdString());
-        QString flags;
-        for (bool b : {s.bRepeat, s.bMouseMove, s.bExtendedClicks, s.bIgnorePauses, s.bBasicMode}) flags += b ? '1' : '0';
-        QCOMPARE(flags, expected);
+    void settingsText() {
+        // The file's text and the five flags as read.
+        const std::pair<const char*, const char*> rows[] = {
+            {"1,1,1,0,1,", "11101"}, {"0,0,0,1,1,", "00011"}, {"1,1,1,1,1", "11111"},  // the last comma missing
+            {"1,1,", "11000"},  // a short file means Advanced Mode
+            {"-1,true,1 ,01,1,", "00001"}, {"", "00000"}, {"1,1,1,1,1\r\n", "11110"}};
+        for (const auto& [text, expected] : rows) {
+            const Settings s = parseSettings(text);
+            QString flags;
+            for (bool b : {s.repeat, s.mouseMove, s.extendedClicks, s.ignorePauses, s.basicMode}) flags += b ? '1' : '0';
+            QCOMPARE(flags, expected);
+        }
     }
 
-    void getFieldWalksTheCommas_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("index");
-        QTest::addColumn<QString>("field");
-        QTest::newRow("first") << "a,b,c" << 1 << "a";
-        QTest::newRow("rest without a comma") << "a,b,c" << 3 << "c";
-        QTest::newRow("no such field") << "a,b," << 4 << "";
-        QTest::newRow("empty field") << "a,,c," << 2 << "";
-        QTest::newRow("index 0") << "a,b," << 0 << "";
-    }
-    void getFieldWalksTheCommas() {
-        QFETCH(QString, text);
-        QFETCH(int, index);
-        QFETCH(QString, field);
-        QCOMPARE(QString::fromStdString(GetField(text.toStdString(), static_cast<int16_t>(index))), field);
-    }
-
-    void firstStartAsksAndWritesTheDefaults() {
+    // The first start asks for the mode and saves the choice; closing the
+    // question ends the program.
+    void firstStartAsksForTheMode() {
+        for (const bool advanced : {false, true}) {
+            AppFixture f;
+            QVERIFY(f.app->firstRun);
+            f.app->splashWindow().showStartWindow();
+            QVERIFY(f.app->modeChoiceWindow().isVisible());
+            QVERIFY(!f.app->basicWindowLoaded() && !f.app->advancedWindowLoaded());
+            QCOMPARE(f.readFile("settings.dat"), QByteArray("1,1,1,0,1,"));
+            f.app->modeChoiceWindow().advancedOption->setChecked(advanced);
+            f.app->modeChoiceWindow().okButton->click();
+            QVERIFY(!f.app->modeChoiceWindow().isVisible());
+            QVERIFY(advanced ? f.app->advancedWindow().isVisible() : f.app->basicWindow().isVisible());
+            QCOMPARE(f.readFile("settings.dat"), QByteArray(advanced ? "1,1,1,0,0," : "1,1,1,0,1,"));
+        }
         AppFixture f;
-        QVERIFY(f.app->bFirstRun);
-        f.app->frmSplash2().ShowStartWindow();
-        QVERIFY(f.app->frmChoice().isVisible());
-        QVERIFY(!f.app->frmBasicLoaded() && !f.app->frmMainLoaded());
-        QCOMPARE(f.readFile("settings.dat"), QByteArray("1,1,1,0,1,"));
-    }
-
-    void choiceOfAdvancedModeIsSaved() {
-        AppFixture f;
-        f.app->frmSplash2().ShowStartWindow();
-        f.app->frmChoice().optAdvanced->setChecked(true);
-        f.app->frmChoice().cmdOK_Click();
-        QVERIFY(f.app->frmMain().isVisible());
-        QVERIFY(!f.app->frmChoice().isVisible());
-        QCOMPARE(f.readFile("settings.dat"), QByteArray("1,1,1,0,0,"));
-    }
-
-    void closingTheChoiceEndsTheProgram() {
-        AppFixture f;
-        f.app->frmSplash2().ShowStartWindow();
-        f.app->frmChoice().close();
+        f.app->splashWindow().showStartWindow();
+        f.app->modeChoiceWindow().close();
         QCOMPARE(f.exits, 1);
     }
 
     void basicModeShowsTheFlagsOfTheFile() {
-        AppFixture f("0,0,0,1,1,", true);
-        f.app->frmSplash2().ShowStartWindow();
-        FrmBasic& basic = f.app->frmBasic();
-        QVERIFY(basic.isVisible());
-        QVERIFY(basic.timers().inputsTimerOn());
-        QVERIFY(!basic.optRepeat->isChecked());
-        QVERIFY(!basic.chkMM->isChecked());
-        QVERIFY(!basic.chkEx->isChecked());
-        QVERIFY(f.app->session.bIgnorePauses);
+        AppFixture f("0,0,0,1,1,");
+        f.app->splashWindow().showStartWindow();
+        BasicWindow& basic = f.app->basicWindow();
+        QVERIFY(basic.isVisible() && basic.timers().hotkeyPollOn());
+        QVERIFY(!basic.repeatOption->isChecked() && !basic.mouseMoveBox->isChecked());
+        QVERIFY(!basic.extendedClicksBox->isChecked() && f.app->session.bIgnorePauses);
     }
 
-    void advancedModeTurnsTheFirstThreeOn() {
-        AppFixture f("0,0,0,1,0,", true);
-        f.app->frmSplash2().ShowStartWindow();
-        QVERIFY(f.app->frmMain().isVisible());
-        QVERIFY(f.app->frmMain().mnuScriptRepeat->isChecked());
-        f.app->frmMain().mnuExit_Click();
-        QCOMPARE(f.exits, 1);
-        QCOMPARE(f.readFile("settings.dat"), QByteArray("1,1,1,1,0,"));
-    }
-
-    void switchToBasicModeIsKeptForTheNextStart() {
+    // Advanced Mode turns the first three flags on; a switch to Basic Mode
+    // is kept for the next start.
+    void savedModeIsKeptForTheNextStart() {
         QByteArray saved;
         {
-            AppFixture f("1,1,1,0,0,", true);
-            f.app->frmSplash2().ShowStartWindow();
-            f.app->frmMain().mnuFileBasicMode_Click();
-            f.app->frmBasic().close();
+            AppFixture f("0,0,0,1,0,");
+            f.app->splashWindow().showStartWindow();
+            QVERIFY(f.app->advancedWindow().isVisible() && f.app->advancedWindow().repeatAction->isChecked());
+            f.app->advancedWindow().switchToBasicMode();
+            f.app->basicWindow().close();
             QCOMPARE(f.exits, 1);
             saved = f.readFile("settings.dat");
         }
-        AppFixture next(saved, true);
-        next.app->frmSplash2().ShowStartWindow();
-        QVERIFY(next.app->frmBasicLoaded() && next.app->frmBasic().isVisible());
-        QVERIFY(!next.app->frmMainLoaded());
+        QCOMPARE(saved, "1,1,1,1,1,");
+        AppFixture next(saved.constData());
+        next.app->splashWindow().showStartWindow();
+        QVERIFY(next.app->basicWindowLoaded() && next.app->basicWindow().isVisible());
+        QVERIFY(!next.app->advancedWindowLoaded());
     }
 
     void splashGoesOnByItsTimerAlone() {
-        AppFixture f("1,1,1,0,1,", true);
-        FrmSplash2& splash = f.app->frmSplash2();
+        AppFixture f("1,1,1,0,1,");
+        SplashWindow& splash = f.app->splashWindow();
         splash.show();
         splash.start();
-        QTRY_VERIFY_WITH_TIMEOUT(f.app->frmBasicLoaded() && f.app->frmBasic().isVisible(), 3000);
+        QTRY_VERIFY_WITH_TIMEOUT(f.app->basicWindowLoaded() && f.app->basicWindow().isVisible(), 3000);
         QVERIFY(!splash.isVisible());
-        QVERIFY(!splash.tmr1.isActive() && !splash.tmrUpdate.isActive());
-    }
-
-    void settingsDialogCancelChangesNothing() {
-        AppFixture f("1,0,1,0,1,", true);
-        FrmSettings dialog(*f.app);
-        QVERIFY(!dialog.chkMM->isChecked() && dialog.chkEx->isChecked() && !dialog.chkPrior->isChecked());
-        dialog.chkMM->setChecked(true);
-        dialog.chkPause->setChecked(true);
-        dialog.chkPrior->setChecked(true);
-        dialog.close();
-        QVERIFY(!f.app->bMouseMove && !f.app->session.bIgnorePauses);
-    }
-
-    void settingsDialogOkTakesTheBoxes() {
-        AppFixture f("1,0,1,0,1,", true);
-        FrmSettings dialog(*f.app);
-        dialog.chkMM->setChecked(true);
-        dialog.chkEx->setChecked(false);
-        dialog.chkPause->setChecked(true);
-        dialog.cmdOK_Click();
-        QVERIFY(f.app->bMouseMove && !f.app->bExtendedClicks && f.app->session.bIgnorePauses);
+        QVERIFY(!splash.splashTimer.isActive() && !splash.updateCheckTimer.isActive());
     }
 
     // A settings.dat that is no file gives the defaults, as a missing one
@@ -158,30 +101,27 @@ private slots:
     void unreadableSettingsGiveTheDefaults() {
         QTemporaryDir folder;
         const std::string path = folder.filePath("settings.dat").toStdString();
-        for (const auto& make : {+[](const std::string& p) { return ::mkdir(p.c_str(), 0700); },
-                                 +[](const std::string& p) { return ::mkfifo(p.c_str(), 0600); }}) {
-            ::rmdir(path.c_str());
-            ::unlink(path.c_str());
-            QCOMPARE(make(path), 0);
-            const LoadedSettings loaded = LoadSettings(path);
-            QVERIFY(loaded.bFirstRun);
-            QCOMPARE(formatSettings(loaded.settings), formatSettings(Settings{}));
-        }
+        QCOMPARE(::mkdir(path.c_str(), 0700), 0);
+        QVERIFY(loadSettings(path).firstRun);
+        ::rmdir(path.c_str());
+        QCOMPARE(::mkfifo(path.c_str(), 0600), 0);
+        const LoadedSettings loaded = loadSettings(path);
+        QVERIFY(loaded.firstRun);
+        QCOMPARE(formatSettings(loaded.settings), formatSettings(Settings{}));
     }
 
     void settingsFolderFollowsTheEnvironment() {
         QTemporaryDir program, config;
+        const auto folder = [&] { return QString::fromStdString(settingsFolder(program.path().toStdString()).string()); };
         qputenv("TARVOKE_SETTINGS_DIR", "/somewhere/else");
-        QCOMPARE(QString::fromStdString(settingsFolder(program.path().toStdString()).string()), "/somewhere/else");
+        QCOMPARE(folder(), "/somewhere/else");
         qunsetenv("TARVOKE_SETTINGS_DIR");
-        QCOMPARE(QString::fromStdString(settingsFolder(program.path().toStdString()).string()), program.path());
-        if (::geteuid() == 0) QSKIP("root writes into read-only folders");
-        QFile::setPermissions(program.path(), QFile::ReadOwner | QFile::ExeOwner);
+        QCOMPARE(folder(), program.path());
         qputenv("XDG_CONFIG_HOME", config.path().toUtf8());
-        QCOMPARE(QString::fromStdString(settingsFolder(program.path().toStdString()).string()),
-                 config.path() + "/tarvoke");
+        testing::ReadOnlyFolder readOnly(program.path());
+        if (!readOnly.ok()) QSKIP("cannot make a read-only folder here");
+        QCOMPARE(folder(), config.path() + "/tarvoke");
         QVERIFY(QFileInfo(config.path() + "/tarvoke").isDir());
-        QFile::setPermissions(program.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
 };
 

@@ -30,6 +30,9 @@ using namespace tarvoke;
 constexpr int kUsageStatus = 2;
 constexpr int kInternalErrorStatus = 70;
 
+// A run ended by a signal exits as a shell reports it: 128 and the signal's number.
+int signalStatus(int number) { return 128 + number; }
+
 int fail(const std::string& message) {
     std::fprintf(stderr, "tarvoke-play: %s\n", message.c_str());
     return kUsageStatus;
@@ -142,7 +145,7 @@ int play(int argc, char** argv) {
     if (options.record) {
         player::CommandLineRecorder recorder(options, session, loop);
         player::StopSignals stopSignals(loop, [&](int number) {
-            status = 128 + number;
+            status = signalStatus(number);
             recorder.stop();
         });
         // The hotkeys are looked at after each key the recorder takes in:
@@ -163,7 +166,7 @@ int play(int argc, char** argv) {
         if (desktop) desktop->closeMessages();
     };
     player::StopSignals stopSignals(loop, [&](int number) {
-        status = 128 + number;
+        status = signalStatus(number);
         stopRun();
     });
 
@@ -175,7 +178,7 @@ int play(int argc, char** argv) {
     playback.load(std::move(std::get<0>(script)));
     if (!options.loadOnly) playback.run(options.repeat);
     // A signal that a long step saw may have come after the loop's last turn.
-    if (status == 0 && player::StopSignals::count() != 0) status = 128 + player::StopSignals::last();
+    if (status == 0 && player::StopSignals::count() != 0) status = signalStatus(player::StopSignals::last());
     if (desktop) desktop->releaseAll();
     // Also after a failed or stopped run: it shows where the run ended.
     if (desktop && !options.screenshot.empty())
@@ -185,7 +188,7 @@ int play(int argc, char** argv) {
         // The dump of a stopped run is still printed; a stop during the dump ends it.
         session.stopRequested = [before = player::StopSignals::count()] { return player::StopSignals::count() != before; };
         if (!engine.writeDebug([](std::string_view piece) { std::fwrite(piece.data(), 1, piece.size(), stdout); }))
-            status = 128 + player::StopSignals::last();
+            status = signalStatus(player::StopSignals::last());
     }
     std::fflush(stdout);
     return status;

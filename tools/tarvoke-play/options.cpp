@@ -1,5 +1,8 @@
 #include "options.h"
 
+#include <algorithm>
+#include <string_view>
+
 #include "engine/numeric.h"
 
 namespace tarvoke::player {
@@ -35,6 +38,8 @@ const char* const kUsage =
     "Stop a run or a recording with Ctrl+0, Ctrl+C or SIGTERM.\n";
 
 namespace {
+
+constexpr std::string_view kHeadlessWithSize = "--headless=";
 
 // Reads the value of an option that takes one, from "--opt V" or "--opt=V".
 std::optional<std::string> valueOf(const std::vector<std::string>& args, size_t& i, const std::string& name) {
@@ -117,9 +122,10 @@ ParseResult parseOptions(const std::vector<std::string>& args) {
         } else if (auto record = valueOf(args, i, "--record")) {
             if (record->empty()) return UsageError{"--record needs the file to write the recording to"};
             options.record = *record;
-        } else if (arg == "--headless" || arg.rfind("--headless=", 0) == 0) {
-            options.headless = arg == "--headless" ? std::pair{1920, 1080} : screenSize(arg.substr(11));
-            if (!options.headless) return UsageError{"--headless= needs WIDTHxHEIGHT such as 1280x1024, not '" + arg.substr(11) + "'"};
+        } else if (arg == "--headless" || arg.starts_with(kHeadlessWithSize)) {
+            const std::string size = arg.substr(std::min(arg.size(), kHeadlessWithSize.size()));
+            options.headless = arg == "--headless" ? std::pair{1920, 1080} : screenSize(size);
+            if (!options.headless) return UsageError{"--headless= needs WIDTHxHEIGHT such as 1280x1024, not '" + size + "'"};
         } else if (auto wm = valueOf(args, i, "--wm")) {
             if (wm->empty()) return UsageError{"--wm needs the window manager to start, such as openbox"};
             options.windowManager = *wm;

@@ -10,15 +10,16 @@ namespace tarvoke::app {
 
 class App;
 
-class FrmChoice : public QWidget {
+class ModeChoiceWindow : public QWidget {
 public:
-    explicit FrmChoice(App& app);
+    explicit ModeChoiceWindow(App& app);
 
-    QRadioButton* optBasic;
-    QRadioButton* optAdvanced;
-    QPushButton* cmdOK;
+    QRadioButton* basicOption;
+    QRadioButton* advancedOption;
+    QPushButton* okButton;
 
-    void cmdOK_Click();
+    // Saves the chosen mode and shows its window.
+    void confirm();
 
 protected:
     // Closing the dialog by its frame ends the program.

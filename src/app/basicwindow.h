@@ -17,32 +17,32 @@ namespace tarvoke::app {
 
 class App;
 
-class FrmBasic : public QWidget {
+class BasicWindow : public QWidget {
 public:
-    explicit FrmBasic(App& app);
+    explicit BasicWindow(App& app);
 
     PlayTimers& timers() { return *m_timers; }
 
-    QPushButton *cmdRecord, *cmdSave, *cmdOpen, *cmdAdvanced, *cmdCorrectTime, *cmdPlay;
-    QRadioButton *optPlayOnce, *optRepeat, *optPlayX;
-    QLineEdit* txtPlayX;
-    QCheckBox *chkMM, *chkEx;
-    QPushButton *cmdAbout, *cmdReadme;
+    QPushButton *recordButton, *saveButton, *openButton, *advancedModeButton, *correctTimeButton, *playButton;
+    QRadioButton *playOnceOption, *repeatOption, *playXOption;
+    QLineEdit* playCountEdit;
+    QCheckBox *mouseMoveBox, *extendedClicksBox;
+    QPushButton *aboutButton, *readmeButton;
 
-    void cmdPlay_Click();
-    void cmdRecord_Click();
-    void StopScript();
-    void cmdOpen_Click();
+    void playScript();
+    void recordScript();
+    void stopScript();
+    void openScript();
     // Return whether the script was saved.
-    bool SaveScript();
-    void cmdAdvanced_Click();
-    void optPlayOnce_Click();
-    void optRepeat_Click();
-    void optPlayX_Click();
+    bool saveScript();
+    void switchToAdvancedMode();
+    void choosePlayOnce();
+    void chooseRepeat();
+    void choosePlayX();
 
-    // The hidden txtLog: the script.
-    const QString& text() const { return m_txtLog; }
-    void setText(const QString& text) { m_txtLog = text; }
+    // The script, which this window does not show.
+    const QString& text() const { return m_text; }
+    void setText(const QString& text) { m_text = text; }
     // Whether the text has changed since the last Open or Save.
     bool changed() const { return m_changed; }
     void setChanged(bool changed) { m_changed = changed; }
@@ -59,7 +59,7 @@ private:
     bool saveWithDialog();
 
     App& m_app;
-    QString m_txtLog;
+    QString m_text;
     bool m_changed = false;
     QButtonGroup* m_playOptions = nullptr;
     std::unique_ptr<PlayTimers> m_timers;

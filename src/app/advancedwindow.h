@@ -17,44 +17,45 @@ namespace tarvoke::app {
 
 class App;
 
-class FrmMain : public QMainWindow {
+class AdvancedWindow : public QMainWindow {
 public:
-    explicit FrmMain(App& app);
+    explicit AdvancedWindow(App& app);
 
-    QPlainTextEdit* txtLog;
+    QPlainTextEdit* editor;
     PlayTimers& timers() { return *m_timers; }
     FindState& findState() { return m_find; }
 
     // File
-    QAction *mnuNew, *mnuFileOpen, *mnuFileSave, *mnuFileSaveAs, *mnuFileCompile, *mnuFileBasicMode,
-        *mnuFileSettings, *mnuExit;
+    QAction *newAction, *openAction, *saveAction, *saveAsAction, *compileAction, *basicModeAction,
+        *settingsAction, *exitAction;
     // Edit
-    QAction *mnuEditCut, *mnuEditCopy, *mnuEditPaste, *mnuEditDelete, *mnuEditFind, *mnuEditFindNext,
-        *mnuEditReplace, *mnuEditSelectAll;
+    QAction *cutAction, *copyAction, *pasteAction, *deleteAction, *findAction, *findNextAction, *replaceAction,
+        *selectAllAction;
     // Script
-    QAction *mnuScriptPlay, *mnuScriptPlaySelection, *mnuScriptRepeat, *mnuScriptRecord, *mnuScriptStop,
-        *mnuScriptCorrectTime, *mnuScriptDebug;
+    QAction *playAction, *playSelectionAction, *repeatAction, *recordAction, *stopAction, *correctTimeAction,
+        *debugAction;
     // Help
-    QAction *mnuHelpAbout, *mnuReadme;
+    QAction *aboutAction, *readmeAction;
 
     // Returns false when the user answered No to the question.
-    bool mnuNew_Click();
-    void mnuFileOpen_Click();
+    bool newScript();
+    void openScript();
     // Return whether the script was saved.
-    bool mnuFileSave_Click();
-    bool mnuFileSaveAs_Click();
-    void mnuFileBasicMode_Click();
-    void mnuExit_Click();
-    void mnuEditDelete_Click();
-    void mnuEditFind_Click();
-    void mnuEditFindNext_Click();
-    void mnuEditReplace_Click();
-    void mnuScriptPlay_Click();
-    void mnuScriptPlaySelection_Click();
-    void mnuScriptRepeat_Click();
-    void mnuScriptRecord_Click();
-    void mnuScriptStop_Click();
-    void FindIt();
+    bool saveScript();
+    bool saveScriptAs();
+    void switchToBasicMode();
+    void exitProgram();
+    void deleteText();
+    void showFindDialog();
+    void findNext();
+    void showReplaceDialog();
+    void playScript();
+    void playSelection();
+    void toggleRepeat();
+    void recordScript();
+    void stopScript();
+    // One search from the caret with the find state; says so when nothing is found.
+    void search();
 
     QString text() const;
     // Puts a new script in: Undo starts afresh, unless the text is the same
@@ -73,7 +74,7 @@ private:
     void buildMenus();
     bool writeScript(const std::string& path);
     void keepCaretLineLaidOut();
-    void StartRecording();
+    void startRecording();
     void closeRecording();
 
     App& m_app;

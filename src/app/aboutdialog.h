@@ -4,9 +4,9 @@
 
 namespace tarvoke::app {
 
-class FrmAbout : public QDialog {
+class AboutDialog : public QDialog {
 public:
-    FrmAbout();
+    AboutDialog();
 };
 
 }  // namespace tarvoke::app

@@ -1,4 +1,4 @@
-#include "app/frmabout.h"
+#include "app/aboutdialog.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -6,7 +6,7 @@
 
 namespace tarvoke::app {
 
-FrmAbout::FrmAbout() {
+AboutDialog::AboutDialog() {
     setWindowTitle("About Tarvoke 1.4");
     auto* title = new QLabel("<b>Tarvoke</b> 1.4");
     auto* text = new QLabel(

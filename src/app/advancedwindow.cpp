@@ -1,0 +1,335 @@
+#include "app/advancedwindow.h"
+
+#include <QCloseEvent>
+#include <QMenuBar>
+#include <QPlainTextEdit>
+#include <QTextBlock>
+#include <QTextLayout>
+#include <QVBoxLayout>
+
+#include "app/app.h"
+#include "app/basicwindow.h"
+#include "app/finddialog.h"
+#include "app/manifest.h"
+#include "app/paths.h"
+#include "app/replacedialog.h"
+#include "app/scriptfile.h"
+
+namespace tarvoke::app {
+
+namespace {
+
+const QString kOpenFilter = "Tarvoke Script Files|*.tk|Tarvoke Executable|*.exe|All Files|*.*";
+const QString kSaveFilter = "Tarvoke Script Files|*.tk|All Files|*.*";
+
+}  // namespace
+
+AdvancedWindow::AdvancedWindow(App& app) : m_app(app) {
+    writeManifest();
+    setWindowTitle(kAdvancedCaption);
+    editor = new QPlainTextEdit;
+    editor->setObjectName("editor");
+    editor->setLineWrapMode(QPlainTextEdit::NoWrap);
+    QFont font("Verdana", 10);
+    // Kerning and ligatures are of no use in a script, and shaping a long
+    // line for them is most of the cost of a keystroke in it.
+    font.setStyleStrategy(QFont::PreferNoShaping);
+    editor->setFont(font);
+    connect(editor, &QPlainTextEdit::cursorPositionChanged, this, [this] { keepCaretLineLaidOut(); });
+    auto* central = new QWidget;
+    auto* layout = new QVBoxLayout(central);
+    layout->setContentsMargins(8, 8, 8, 8);
+    layout->addWidget(editor);
+    setCentralWidget(central);
+    resize(640, 480);
+    buildMenus();
+    setText(kTemplate);
+
+    m_recordTimers = std::make_unique<RecordTimers>(app, recorder::Form::Main);
+    auto hotkeyRecord = [this] {
+        m_app.recorder.bHotkeyRecord = true;
+        startRecording();
+    };
+    m_timers = std::make_unique<PlayTimers>(
+        app, *this,
+        HotkeyActions{[this] { stopScript(); }, [this] { m_app.playback.pauseScript(); }, hotkeyRecord,
+                      [this] { playScript(); }});
+    m_timers->onAfterStop = [this] {
+        closeRecording();
+        repeatAction->setChecked(m_app.session.bRepeat);
+    };
+
+    // Advanced Mode always starts with these on.
+    m_app.session.bRepeat = true;
+    m_app.mouseMove = true;
+    m_app.extendedClicks = true;
+    m_find.fresh = true;
+    m_app.session.dblPauseFactor = 1.0;
+    m_app.session.hTargetWindow = 0;
+    repeatAction->setChecked(true);
+    m_app.playback.setView(m_timers.get());
+    m_timers->setHotkeyPoll(true);
+}
+
+void AdvancedWindow::buildMenus() {
+    auto add = [this](QMenu* menu, const char* caption, QKeySequence shortcut, auto handler) {
+        QAction* action = menu->addAction(caption);
+        if (!shortcut.isEmpty()) action->setShortcut(shortcut);
+        QObject::connect(action, &QAction::triggered, this, handler);
+        return action;
+    };
+    auto later = [](QMenu* menu, const char* caption) {
+        QAction* action = menu->addAction(caption);
+        action->setEnabled(false);
+        return action;
+    };
+
+    QMenu* file = menuBar()->addMenu("File");
+    newAction = add(file, "New", QKeySequence("Ctrl+N"), [this] { newScript(); });
+    file->addSeparator();
+    openAction = add(file, "Open", QKeySequence("Ctrl+O"), [this] { openScript(); });
+    saveAction = add(file, "Save", QKeySequence("Ctrl+S"), [this] { saveScript(); });
+    saveAsAction = add(file, "Save As", QKeySequence(), [this] { saveScriptAs(); });
+    compileAction = later(file, "Compile");
+    file->addSeparator();
+    basicModeAction = add(file, "Basic Mode", QKeySequence(), [this] { switchToBasicMode(); });
+    file->addSeparator();
+    settingsAction = add(file, "Settings", QKeySequence(), [this] { m_app.showSettings(); });
+    file->addSeparator();
+    exitAction = add(file, "Exit", QKeySequence(), [this] { exitProgram(); });
+
+    QMenu* edit = menuBar()->addMenu("Edit");
+    cutAction = add(edit, "Cut", QKeySequence("Ctrl+X"), [this] { editor->cut(); });
+    copyAction = add(edit, "Copy", QKeySequence("Ctrl+C"), [this] { editor->copy(); });
+    pasteAction = add(edit, "Paste", QKeySequence("Ctrl+V"), [this] { editor->paste(); });
+    deleteAction = add(edit, "Delete", QKeySequence("Del"), [this] { deleteText(); });
+    edit->addSeparator();
+    findAction = add(edit, "Find...", QKeySequence("Ctrl+F"), [this] { showFindDialog(); });
+    findNextAction = add(edit, "Find Next", QKeySequence("F3"), [this] { findNext(); });
+    replaceAction = add(edit, "Replace...", QKeySequence("Ctrl+R"), [this] { showReplaceDialog(); });
+    edit->addSeparator();
+    selectAllAction = add(edit, "Select All", QKeySequence("Ctrl+A"), [this] { editor->selectAll(); });
+
+    QMenu* script = menuBar()->addMenu("Script");
+    playAction = add(script, "Play", QKeySequence(), [this] { playScript(); });
+    playSelectionAction =
+        add(script, "Play Selection", QKeySequence("Ctrl+E"), [this] { playSelection(); });
+    script->addSeparator();
+    repeatAction = add(script, "Repeat", QKeySequence(), [this] { toggleRepeat(); });
+    repeatAction->setCheckable(true);
+    script->addSeparator();
+    recordAction = add(script, "Record", QKeySequence(), [this] { recordScript(); });
+    script->addSeparator();
+    stopAction = add(script, "Stop", QKeySequence(), [this] { stopScript(); });
+    script->addSeparator();
+    correctTimeAction = later(script, "Correct Time");
+    debugAction = later(script, "Debug");
+
+    QMenu* help = menuBar()->addMenu("Help");
+    aboutAction = add(help, "About", QKeySequence(), [this] { m_app.showAbout(); });
+    help->addSeparator();
+    readmeAction = add(help, "Readme", QKeySequence(), [this] { m_app.openReadme(); });
+}
+
+QString AdvancedWindow::text() const { return editor->toPlainText(); }
+
+void AdvancedWindow::setText(const QString& text) {
+    if (text != editor->toPlainText()) editor->setPlainText(text);
+}
+
+void AdvancedWindow::editText(const QString& text) {
+    if (text == editor->toPlainText()) return;
+    QTextCursor cursor(editor->document());
+    cursor.select(QTextCursor::Document);
+    cursor.insertText(text);
+    editor->moveCursor(QTextCursor::Start);
+}
+
+bool AdvancedWindow::changed() const { return editor->document()->isModified(); }
+
+void AdvancedWindow::setChanged(bool changed) { editor->document()->setModified(changed); }
+
+// Qt lays a paragraph out as a whole and, to spare memory, forgets its glyphs
+// after each layout, so every keystroke shaped the caret's whole line three
+// times over (layout, caret, paint): typing into one long line cost the
+// square of its length. The caret's line keeps its glyphs; the line it left
+// is laid out once more without them, which frees them.
+void AdvancedWindow::keepCaretLineLaidOut() {
+    const QTextBlock caret = editor->textCursor().block();
+    const QTextBlock kept = m_keptLine.block();
+    if (kept == caret && kept.layout()->cacheEnabled()) return;
+    if (kept.isValid() && kept != caret && kept.layout()->cacheEnabled()) {
+        kept.layout()->setCacheEnabled(false);
+        editor->document()->markContentsDirty(kept.position(), kept.length());
+    }
+    caret.layout()->setCacheEnabled(true);
+    m_keptLine = QTextCursor(caret);
+}
+
+bool AdvancedWindow::newScript() {
+    const QString current = text();
+    const bool ask = !(current.isEmpty() || current == kTemplate || current == kTemplate + "\n");
+    if (ask && !m_app.dialogs().askYesNo("Confirm Recording",
+                                         "There is an existing script open. If you create a new script "
+                                         "Tarvoke will delete the existing script. Do you wish to continue?"))
+        return false;
+    stopScript();
+    setWindowTitle(kAdvancedCaption);
+    m_app.filePath.clear();
+    setText(kTemplate);
+    setChanged(false);
+    return true;
+}
+
+void AdvancedWindow::openScript() {
+    if (!newScript()) return;  // a No keeps the text, and the Open with it
+    std::string path = localPath(m_app.dialogs().openFileName("Open Tarvoke script file", kOpenFilter, "tk"));
+    if (!isValidPath(path) || path.empty()) return;
+    m_app.session.sScriptFolder = folderOf(path);
+    // A compiled script: read back once compiling exists; a name in capitals
+    // ("EXE") is read as a script.
+    if (path.ends_with("exe")) return;
+    const auto content = readScriptFile(path);
+    if (!content) return;
+    setWindowTitle(captionWith(kAdvancedCaption, displayFileName(path)));
+    m_app.filePath = path;
+    setText(*content);
+    setChanged(false);
+    m_app.scriptText = text().toStdString();
+}
+
+bool AdvancedWindow::saveScript() {
+    if (m_app.filePath.empty()) return saveScriptAs();
+    if (!saveScriptFile(m_app.dialogs(), m_app.filePath, text())) return false;
+    setChanged(false);
+    return true;
+}
+
+bool AdvancedWindow::saveScriptAs() {
+    std::string path = localPath(m_app.dialogs().saveFileName("Save Tarvoke script file", kSaveFilter, "tk"));
+    if (!path.ends_with(".tk")) path += ".tk";
+    if (!isValidPath(path) || path.empty()) return false;
+    if (!mayReplace(m_app.dialogs(), path)) return false;
+    return writeScript(path);
+}
+
+bool AdvancedWindow::writeScript(const std::string& path) {
+    if (!saveScriptFile(m_app.dialogs(), path, text())) return false;
+    m_app.session.sScriptFolder = folderOf(path);
+    setWindowTitle(captionWith(kAdvancedCaption, displayFileName(path)));
+    m_app.filePath = path;
+    setChanged(false);
+    return true;
+}
+
+void AdvancedWindow::switchToBasicMode() {
+    m_timers->setPlayTimer(false);
+    m_timers->setHotkeyPoll(false);
+    BasicWindow& other = m_app.basicWindow();
+    other.timers().setHotkeyPoll(true);
+    const QString caption = windowTitle();
+    if (caption != kAdvancedCaption) other.setWindowTitle(captionWith(kBasicCaption, nameInCaption(caption, kAdvancedCaption)));
+    other.setText(text());
+    other.setChanged(changed());
+    m_app.basicMode = true;
+    m_app.hideModeChoice();
+    hide();
+    m_app.playback.setView(&other.timers());
+    other.show();
+}
+
+void AdvancedWindow::exitProgram() {
+    if (changed() && !offerToSave(m_app.dialogs(), [this] { return saveScript(); })) return;
+    stopScript();
+    m_app.saveSettings();
+    m_app.endProcess();
+}
+
+void AdvancedWindow::closeEvent(QCloseEvent* event) {
+    event->ignore();
+    exitProgram();
+}
+
+void AdvancedWindow::deleteText() {
+    QTextCursor cursor = editor->textCursor();
+    if (cursor.selectionStart() >= editor->document()->characterCount() - 1) return;
+    if (!cursor.hasSelection()) cursor.movePosition(QTextCursor::NextCharacter, QTextCursor::KeepAnchor);
+    cursor.removeSelectedText();
+    editor->setTextCursor(cursor);
+}
+
+void AdvancedWindow::showFindDialog() {
+    auto* dialog = new FindDialog(*this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->show();
+}
+
+void AdvancedWindow::findNext() {
+    if (!m_find.text.isEmpty()) search();
+}
+
+void AdvancedWindow::showReplaceDialog() {
+    auto* dialog = new ReplaceDialog(*this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->show();
+}
+
+void AdvancedWindow::search() {
+    const int selStart = editor->textCursor().selectionStart();
+    if (const auto hit = findOnce(text(), selStart, m_find)) {
+        QTextCursor cursor = editor->textCursor();
+        cursor.setPosition(hit->start);
+        cursor.setPosition(hit->start + hit->length, QTextCursor::KeepAnchor);
+        editor->setTextCursor(cursor);
+        return;
+    }
+    // A plain box with the program's title, which is empty.
+    m_app.dialogs().tell("", "Cannot find \"" + m_find.text + "\"");
+}
+
+void AdvancedWindow::playScript() {
+    if (m_app.playback.resumeIfPending()) return;
+    stopScript();
+    m_app.scriptText = text().toStdString();
+    m_app.playback.start(m_app.scriptText, true);
+}
+
+void AdvancedWindow::playSelection() {
+    stopScript();
+    const QTextCursor cursor = editor->textCursor();
+    QString part = cursor.hasSelection() ? cursor.selectedText().replace(QChar::ParagraphSeparator, '\n')
+                                         : text().mid(cursor.position());
+    m_app.scriptText = part.toStdString();
+    m_app.playback.start(m_app.scriptText, false);
+}
+
+void AdvancedWindow::toggleRepeat() {
+    m_app.session.bRepeat = !m_app.session.bRepeat;
+    repeatAction->setChecked(m_app.session.bRepeat);
+}
+
+void AdvancedWindow::stopScript() { m_app.playback.stopPlay(); }
+
+void AdvancedWindow::recordScript() {
+    m_app.recorder.bHotkeyRecord = false;
+    startRecording();
+}
+
+void AdvancedWindow::startRecording() {
+    stopScript();
+    if (!text().isEmpty() && !confirmRecording(m_app)) return;
+    m_timers->hideForRun();
+    m_recordTimers->start();
+}
+
+// A branch of Stop: the recording becomes the editor's unsaved script.
+void AdvancedWindow::closeRecording() {
+    const std::optional<std::string> script = m_recordTimers->closeIfRecording();
+    if (!script) return;
+    setText(QString::fromStdString(*script));
+    setChanged(true);
+    setWindowTitle(captionWith(kAdvancedCaption, "Untitled"));
+    m_app.filePath.clear();
+}
+
+}  // namespace tarvoke::app
