@@ -86,7 +86,7 @@ struct ScriptedLookup : HostLookup {
         struct Never : platform::EventLoop::Handle {};
         if (!error) return std::make_unique<Never>();
         struct Soon : platform::EventLoop::Handle {
-            Handle hook;
+            std::unique_ptr<platform::EventLoop::Handle> hook;
         };
         auto soon = std::make_unique<Soon>();
         soon->hook = loop->beforeEachTurn([hook = &soon->hook, done, error = *error] {
@@ -194,13 +194,16 @@ TEST_F(NetTest, MisuseRaisesTheClassErrors) {
 TEST_F(NetTest, ABigSendToASlowReaderGoesInRoundsWithOneComplete) {
     int peer = -1;
     const uint16_t port = serve([&](int fd) { peer = fd; });
+    // Small buffers on both sides, so that 100,000 bytes cannot fit at once.
+    const int small = 4096;
+    ::setsockopt(listener, SOL_SOCKET, SO_RCVBUF, &small, sizeof small);
     UniSock sock(loop);
     sock.connect("127.0.0.1", port);
     ASSERT_TRUE(runUntil([&] { return sock.state() == 7 && peer >= 0; }));
-    // Small buffers on both sides, so that 100,000 bytes cannot fit at once.
-    const int small = 4096;
     ::setsockopt(sock.socketHandle(), SOL_SOCKET, SO_SNDBUF, &small, sizeof small);
-    ::setsockopt(peer, SOL_SOCKET, SO_RCVBUF, &small, sizeof small);
+    // Nagle's wait for delayed acknowledgements would only slow the test.
+    const int on = 1;
+    ::setsockopt(sock.socketHandle(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     std::string sent(100000, '\0');
     for (size_t i = 0; i < sent.size(); ++i) sent[i] = static_cast<char>(i * 7);
     int progress = 0, complete = 0, remainingZero = 0;
@@ -302,7 +305,9 @@ TEST_F(NetTest, AConnectionIsHandedOverWithItsEarlierDataOrClosed) {
     server.events.connectionRequest = [&](int32_t id) {
         ++requests;
         EXPECT_EQ(server.requestIp(), "127.0.0.1");
-        if (take) EXPECT_TRUE(taker.accept(id));
+        if (take) {
+            EXPECT_TRUE(taker.accept(id));
+        }
     };
     std::string data;
     bool connected = false;
@@ -321,7 +326,8 @@ TEST_F(NetTest, AConnectionIsHandedOverWithItsEarlierDataOrClosed) {
         ASSERT_TRUE(runUntil([&] { return requests == (accepting ? 2 : 1); }));
         if (!accepting) {
             char byte;
-            EXPECT_EQ(::recv(client, &byte, 1, 0), 0) << "a request left alone is closed";
+            // Closed with "early" unread: a reset rather than an end.
+            EXPECT_LE(::recv(client, &byte, 1, 0), 0) << "a request left alone is closed";
         } else {
             ASSERT_TRUE(runUntil([&] { return data == "early"; }));
             EXPECT_TRUE(connected);
