@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 #include <map>
 
 #include "net/textlines.h"
@@ -226,11 +227,9 @@ void UniSock::readable() {
 }
 
 void UniSock::readTcp() {
-    if (m_received.capacity() - m_received.size() < m_receiveChunk) m_received.reserve(m_received.size() + 2 * m_receiveChunk);
-    const size_t before = m_received.size();
-    m_received.resize(before + m_receiveChunk);
-    const ssize_t count = ::recv(m_fd, m_received.data() + before, m_receiveChunk, 0);
-    m_received.resize(before + static_cast<size_t>(std::max<ssize_t>(count, 0)));
+    if (m_received.size() - m_receivedCount < m_receiveChunk) m_received.resize(m_receivedCount + 2 * m_receiveChunk);
+    const ssize_t count = ::recv(m_fd, m_received.data() + m_receivedCount, m_receiveChunk, 0);
+    if (count > 0) m_receivedCount += static_cast<size_t>(count);
     const auto alive = m_alive;
     if (count == 0) {
         raise(events.closing);
@@ -252,8 +251,13 @@ void UniSock::readTcp() {
 void UniSock::lineStep() {
     const auto alive = m_alive;
     const int fd = m_fd;
-    for (Line& line : cutLines(m_received)) {
-        raise(events.textArrival, line.text, line.kind, line.raw);
+    std::string text = m_received.substr(0, m_receivedCount);
+    const std::vector<Line> lines = cutLines(text);
+    text.copy(m_received.data(), text.size());
+    m_receivedCount = text.size();
+    for (const Line& cut : lines) {
+        std::string line = cut.text;
+        raise(events.textArrival, line, cut.kind, cut.raw);
         if (!*alive || m_fd != fd) return;
     }
 }
@@ -381,6 +385,7 @@ bool UniSock::closeSocket() {
     if (m_waiting) ::close(m_waiting->fd);
     m_waiting.reset();
     m_received = {};
+    m_receivedCount = 0;
     m_toSend = {};
     m_localIp = {};
     m_localPort = 0;
@@ -483,7 +488,7 @@ bool UniSock::takeData(Value& data, int32_t varType, int32_t maxLen, bool peek) 
     std::string datagram;
     std::string_view source;
     if (!isUdp() && m_state == SockState::Connected && !isText()) {
-        source = m_received;
+        source = std::string_view(m_received.data(), m_receivedCount);
     } else if (isUdp() && m_state == SockState::Open) {
         int available = 0;
         if (::ioctl(m_fd, FIONREAD, &available) != 0) available = 0;
@@ -519,12 +524,16 @@ bool UniSock::takeData(Value& data, int32_t varType, int32_t maxLen, bool peek) 
         result.bytes = source.substr(0, taken);
     }
     data = std::move(result);
-    if (!peek && !isUdp()) m_received.erase(0, taken);
+    if (!peek && !isUdp()) {
+        // From the front by copying: one large read is cheaper than many small.
+        std::memmove(m_received.data(), m_received.data() + taken, m_receivedCount - taken);
+        m_receivedCount -= taken;
+    }
     return true;
 }
 
 int32_t UniSock::bytesReceived() const {
-    if (!isUdp()) return static_cast<int32_t>(m_received.size());
+    if (!isUdp()) return static_cast<int32_t>(m_receivedCount);
     int available = 0;
     return m_fd >= 0 && ::ioctl(m_fd, FIONREAD, &available) == 0 ? available : 0;
 }

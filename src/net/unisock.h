@@ -165,8 +165,10 @@ private:
     // A connect() in progress: the first write event tells how it ended.
     bool m_connecting = false;
     bool m_closing = false;
-    // The valid bytes; capacity runs ahead, so small reads do not reallocate.
+    // The first m_receivedCount bytes are valid; the room behind them is kept,
+    // so that small reads do not reallocate.
     std::string m_received;
+    size_t m_receivedCount = 0;
     std::string m_toSend;
     size_t m_receiveChunk = 4096;
     size_t m_sendChunk = 4096;
