@@ -92,14 +92,24 @@ UniSock::~UniSock() {
     closeQuietly();
 }
 
+// Everything but the events: the end of closeSocket, and the end of the object.
 void UniSock::closeQuietly() {
     m_pendingLookup.reset();
     m_readWatch.reset();
     m_writeWatch.reset();
     if (m_waiting) ::close(m_waiting->fd);
     m_waiting.reset();
+    // close() on a socket fails only for a bad descriptor; nothing is left
+    // to do about it.
     if (m_fd >= 0) ::close(m_fd);
     m_fd = -1;
+    m_received = {};
+    m_receivedCount = 0;
+    m_toSend = {};
+    m_localIp = {};
+    m_localPort = 0;
+    m_boundPort = 0;
+    m_bound = m_listening = m_connecting = false;
 }
 
 bool UniSock::makeSocket() {
@@ -372,28 +382,10 @@ bool UniSock::closeSocket() {
     const auto alive = m_alive;
     report(SockState::Closing);
     if (!*alive) return false;
-    m_pendingLookup.reset();
-    m_readWatch.reset();
-    m_writeWatch.reset();
-    bool closed = true;
-    if (m_fd >= 0 && ::close(m_fd) != 0) {
-        closed = false;
-        report(SockState::Error, fromErrno(errno), "CloseSocket");
-        if (!*alive) return false;
-    }
-    m_fd = -1;
-    if (m_waiting) ::close(m_waiting->fd);
-    m_waiting.reset();
-    m_received = {};
-    m_receivedCount = 0;
-    m_toSend = {};
-    m_localIp = {};
-    m_localPort = 0;
-    m_boundPort = 0;
-    m_bound = m_listening = m_connecting = false;
+    closeQuietly();
     m_closing = false;
     report(SockState::Closed);
-    return closed;
+    return true;
 }
 
 bool UniSock::sendData(const Value& data) {
