@@ -239,6 +239,7 @@ void UniSock::readable() {
 void UniSock::readTcp() {
     if (m_received.size() - m_receivedCount < m_receiveChunk) m_received.resize(m_receivedCount + 2 * m_receiveChunk);
     const ssize_t count = ::recv(m_fd, m_received.data() + m_receivedCount, m_receiveChunk, 0);
+    const int error = errno;
     if (count > 0) m_receivedCount += static_cast<size_t>(count);
     const auto alive = m_alive;
     if (count == 0) {
@@ -247,11 +248,11 @@ void UniSock::readTcp() {
         return;
     }
     if (count < 0) {
-        if (errno == EAGAIN || errno == EINTR) return;
+        if (error == EAGAIN || error == EINTR) return;
         // The connection is dead: watching it on would only repeat this.
         m_readWatch.reset();
         m_writeWatch.reset();
-        report(SockState::Error, fromErrno(errno), "WndProc");
+        report(SockState::Error, fromErrno(error), "WndProc");
         return;
     }
     if (isText()) lineStep();
@@ -441,11 +442,12 @@ void UniSock::sendStep() {
     while (sent < m_toSend.size()) {
         const size_t length = std::min(m_sendChunk, m_toSend.size() - sent);
         const ssize_t count = ::send(m_fd, m_toSend.data() + sent, length, MSG_NOSIGNAL);
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0 && errno != EAGAIN) {
+        const int error = errno;
+        if (count < 0 && error == EINTR) continue;
+        if (count < 0 && error != EAGAIN) {
             m_toSend.clear();
             m_writeWatch.reset();
-            report(SockState::Error, fromErrno(errno), "SendData");
+            report(SockState::Error, fromErrno(error), "SendData");
             return;
         }
         if (count > 0) sent += static_cast<size_t>(count);
