@@ -13,6 +13,7 @@ struct Line {
     std::string text;
     int32_t kind;  // 1 CR LF, 2 LF, 3 CR
     bool raw;      // the bytes as received: not UTF-8 (nor UTF-16)
+    bool operator==(const Line&) const = default;
 };
 
 // Cuts the complete lines off the front of buffer, leaving the unfinished

@@ -1,7 +1,5 @@
-// libFuzzer target of what the network reads: any bytes from a peer, through
-// a real loopback connection into a text-mode socket (reads, line cutting,
-// UTF-8 and UTF-16 handling), and any reply piece through the update check's
-// judgement. Nothing may fault, and byte-form lines must give back the input.
+// libFuzzer target of what the network reads: any bytes through a loopback
+// connection into a text-mode socket, and through the update check's judge.
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -28,13 +26,11 @@ struct Connection {
         reader.setMode(1);
         reader.events.textArrival = [](std::string& text, int32_t, bool raw) {
             if (!raw && !text.empty() && !net::looksLikeUtf8(text)) std::abort();
-        };
-        writer = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        };        writer = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
         sockaddr_in where{AF_INET, htons(static_cast<uint16_t>(listener.localPort())), {htonl(INADDR_LOOPBACK)}, {}};
         if (::connect(writer, reinterpret_cast<sockaddr*>(&where), sizeof where) != 0) std::abort();
         while (reader.state() != 7) loop.turn(true);
     }
-    // Turns the loop until the reader has taken every byte written.
     void deliver(const std::string& bytes) {
         if (::send(writer, bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) std::abort();
         for (pollfd fd{reader.socketHandle(), POLLIN, 0}; ::poll(&fd, 1, 0) > 0; fd.revents = 0) loop.turn(false);
@@ -47,8 +43,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string bytes(reinterpret_cast<const char*>(data), size);
     static Connection connection;
     if (!bytes.empty()) connection.deliver(bytes);
-    // Bytes left from an input without a line end stay for the next: so the
-    // buffer sees long mixed texts too, and is bounded by the inputs' lengths.
+    // What an input leaves without a line end stays for the next ones.
     if (connection.reader.bytesReceived() > (1 << 20)) connection.deliver("\r\n");
 
     std::string buffer = bytes;

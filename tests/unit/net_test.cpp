@@ -4,12 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <arpa/inet.h>
-#include <dirent.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <filesystem>
 #include <fstream>
 
 #include "net/textlines.h"
@@ -31,31 +31,33 @@ protected:
         if (listener >= 0) ::close(listener);
     }
 
-    // A listening socket on 127.0.0.1; onAccept gets each connection.
-    uint16_t serve(std::function<void(int)> onAccept = {}) {
-        listener = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    // A TCP socket bound to a free port of 127.0.0.1.
+    static int boundSocket(uint16_t& port) {
+        const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
         sockaddr_in where{AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
         socklen_t length = sizeof where;
-        EXPECT_EQ(::bind(listener, reinterpret_cast<sockaddr*>(&where), length), 0);
+        EXPECT_EQ(::bind(fd, reinterpret_cast<sockaddr*>(&where), length), 0);
+        ::getsockname(fd, reinterpret_cast<sockaddr*>(&where), &length);
+        port = ntohs(where.sin_port);
+        return fd;
+    }
+    // A listening socket; onAccept gets each connection.
+    uint16_t serve(std::function<void(int)> onAccept = {}) {
+        uint16_t port;
+        listener = boundSocket(port);
         ::listen(listener, 64);
-        ::getsockname(listener, reinterpret_cast<sockaddr*>(&where), &length);
         accepting = loop.watchReadable(listener, [this, onAccept] {
             const int fd = ::accept4(listener, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
-            if (fd < 0) return;
-            peers.push_back(fd);
-            if (onAccept) onAccept(fd);
+            if (fd >= 0) peers.push_back(fd);
+            if (fd >= 0 && onAccept) onAccept(fd);
         });
-        return ntohs(where.sin_port);
+        return port;
     }
     // A port where nothing listens.
     static uint16_t closedPort() {
-        const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
-        sockaddr_in where{AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
-        socklen_t length = sizeof where;
-        ::bind(fd, reinterpret_cast<sockaddr*>(&where), length);
-        ::getsockname(fd, reinterpret_cast<sockaddr*>(&where), &length);
-        ::close(fd);
-        return ntohs(where.sin_port);
+        uint16_t port;
+        ::close(boundSocket(port));
+        return port;
     }
     static std::string readAll(int fd) {
         std::string text;
@@ -82,20 +84,19 @@ protected:
 // A look-up that answers as told, or never.
 struct ScriptedLookup : HostLookup {
     std::optional<int32_t> error;  // none: never answers
+    platform::EventLoop* loop = nullptr;
     Pending start(const std::string&, Done done) override {
-        struct Never : platform::EventLoop::Handle {};
-        if (!error) return std::make_unique<Never>();
-        struct Soon : platform::EventLoop::Handle {
+        struct Answer : platform::EventLoop::Handle {
             std::unique_ptr<platform::EventLoop::Handle> hook;
         };
-        auto soon = std::make_unique<Soon>();
-        soon->hook = loop->beforeEachTurn([hook = &soon->hook, done, error = *error] {
-            hook->reset();
-            done(in_addr{}, error);
-        });
-        return soon;
+        auto answer = std::make_unique<Answer>();
+        if (error)
+            answer->hook = loop->beforeEachTurn([hook = &answer->hook, done, error = *error] {
+                hook->reset();
+                done(in_addr{}, error);
+            });
+        return answer;
     }
-    platform::EventLoop* loop = nullptr;
 };
 
 TEST_F(NetTest, StatesComeInOrderForAnAddressAndForAName) {
@@ -142,11 +143,8 @@ TEST_F(NetTest, FailuresAreReportedAsStateNineAndLeaveTheState) {
         EXPECT_EQ(sock.connect(c.host), !c.host.empty());
         ASSERT_TRUE(runUntil([&] { return nine; })) << c.host;
         EXPECT_EQ(sock.state(), c.stateAfter) << c.host;
-        if (c.number == 0) {
-            EXPECT_TRUE(errors.empty());
-            continue;
-        }
-        ASSERT_EQ(errors.size(), 1u) << c.host;
+        ASSERT_EQ(errors.size(), c.number ? 1u : 0u) << c.host;
+        if (errors.empty()) continue;
         EXPECT_EQ(errors[0].number, c.number);
         EXPECT_EQ(errors[0].description, errorText(c.number));
         EXPECT_EQ(errors[0].source, c.source);
@@ -268,8 +266,7 @@ TEST_F(NetTest, ReceivedDataIsReadAsTypedValuesAndTextLines) {
     send("a\r\nb\n");
     ASSERT_TRUE(runUntil([&] { return got.size() == 2; }));
     EXPECT_EQ(sock.bytesReceived(), 2);
-    using Got = std::vector<std::tuple<std::string, int32_t, bool>>;
-    EXPECT_EQ(got, (Got{{"abc", 1, false}, {"a", 1, false}}));
+    EXPECT_EQ(got, (decltype(got){{"abc", 1, false}, {"a", 1, false}}));
 }
 
 TEST_F(NetTest, TextIsCutAndConvertedByItsLineEnds) {
@@ -284,13 +281,7 @@ TEST_F(NetTest, TextIsCutAndConvertedByItsLineEnds) {
                           Case{"\x80z\n", {{"\x80z", 2, true}}, ""},
                           Case{wide, {{"h\xC3\xA9", 1, false}}, toUtf16("x")}}) {
         std::string buffer = c.in;
-        const std::vector<Line> lines = cutLines(buffer);
-        ASSERT_EQ(lines.size(), c.lines.size()) << c.in;
-        for (size_t i = 0; i < lines.size(); ++i) {
-            EXPECT_EQ(lines[i].text, c.lines[i].text);
-            EXPECT_EQ(lines[i].kind, c.lines[i].kind);
-            EXPECT_EQ(lines[i].raw, c.lines[i].raw) << c.in << " line " << i;
-        }
+        EXPECT_EQ(cutLines(buffer), c.lines) << c.in;
         EXPECT_EQ(buffer, c.rest);
     }
     EXPECT_EQ(fromUtf16(toUtf16("\xF0\x9F\x98\x80 \xE9")), "\xF0\x9F\x98\x80 \xC3\xA9");
@@ -368,11 +359,7 @@ TEST_F(NetTest, DatagramsGoBothWays) {
 }
 
 size_t openDescriptors() {
-    size_t count = 0;
-    DIR* dir = ::opendir("/proc/self/fd");
-    while (::readdir(dir)) ++count;
-    ::closedir(dir);
-    return count;
+    return static_cast<size_t>(std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}));
 }
 
 TEST_F(NetTest, AThousandConnectionsLeakNoDescriptor) {
@@ -434,7 +421,6 @@ TEST_F(NetTest, TheUpdateCheckAsksOnlyForAReplyEndingInYes) {
         ::close(listener);
         listener = -1;
     }
-    EXPECT_EQ(buildRequest("p", "h"), "GET /p HTTP/1.1\r\nHost: h\r\n\r\n");
     EXPECT_EQ(downloadAddress({"up date.example", 80, ""}), "http://up%20date.example/downloads/Tarvokesetup.exe");
 }
 
@@ -480,7 +466,6 @@ TEST_F(NetTest, NoServerHoldsUpTheStartOrItsMemory) {
         ASSERT_TRUE(runUntil([&] { return started; }, 3s)) << static_cast<int>(kind);
         const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin).count();
         EXPECT_LT(took, 1500) << static_cast<int>(kind);
-        RecordProperty("start_ms_" + std::to_string(static_cast<int>(kind)), static_cast<int>(took));
         if (kind == Kind::Floods) {
             // The check stops listening long before the flood ends.
             ASSERT_TRUE(runUntil([&] { return !pump; }));
