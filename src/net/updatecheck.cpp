@@ -62,7 +62,10 @@ void UpdateCheck::judge() {
         m_asked = true;
         m_socket.closeSocket();
         // The question's own loop runs on: the check has stopped listening.
-        if (m_hooks.askToUpdate && m_hooks.askToUpdate()) {
+        m_asking = true;
+        const bool update = m_hooks.askToUpdate && m_hooks.askToUpdate();
+        m_asking = false;
+        if (update) {
             if (m_hooks.openAndQuit) m_hooks.openAndQuit(downloadAddress(m_server));
             return;
         }

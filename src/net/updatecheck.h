@@ -49,8 +49,11 @@ public:
     // when no server is configured.
     void start();
     // The splash's one-second tick: the start goes on now if the reply has
-    // not decided yet. A reply that comes later can still ask the question.
-    void timeUp() { wentOn(); }
+    // not decided yet. A reply that comes later can still ask the question;
+    // while it is asked, the start waits for the answer.
+    void timeUp() {
+        if (!m_asking) wentOn();
+    }
     bool connected() const { return m_connected; }
 
     // An honest reply is a few hundred bytes; past this much the check stops
@@ -67,6 +70,7 @@ private:
     Hooks m_hooks;
     bool m_connected = false;
     bool m_asked = false;
+    bool m_asking = false;
     bool m_wentOn = false;
     size_t m_received = 0;
 };
