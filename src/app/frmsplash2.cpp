@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QProcess>
 #include <QVBoxLayout>
 
 #include "app/app.h"
@@ -12,7 +13,20 @@
 
 namespace tarvoke::app {
 
-FrmSplash2::FrmSplash2(App& app) : m_app(app) {
+FrmSplash2::FrmSplash2(App& app)
+    : m_app(app),
+      m_update(m_loop, net::configuredServer(),
+               {[this] {
+                    tmr1.stop();
+                    ShowStartWindow();
+                },
+                [this] {
+                    return m_app.dialogs().askYesNo("Update", "There is an update available, would you like to update?");
+                },
+                [this](const std::string& address) {
+                    QProcess::startDetached("xdg-open", {QString::fromStdString(address)});
+                    m_app.endProcess();
+                }}) {
     setWindowTitle("Splash");
     // A splash takes no place in the task list.
     setWindowFlags(Qt::SplashScreen | Qt::FramelessWindowHint);
@@ -54,15 +68,14 @@ void FrmSplash2::start() {
 }
 
 void FrmSplash2::tmrUpdate_Timer() {
-    // The update check starts its connection here once it exists.
+    m_update.start();
     tmr1.start(1000);
     tmrUpdate.stop();
 }
 
 void FrmSplash2::tmr1_Timer() {
     tmr1.stop();
-    if (m_connected) return;  // the check calls ShowStartWindow when its data is in
-    ShowStartWindow();
+    m_update.timeUp();
 }
 
 void FrmSplash2::mousePressEvent(QMouseEvent*) { SkipSplash(); }
@@ -70,7 +83,7 @@ void FrmSplash2::mousePressEvent(QMouseEvent*) { SkipSplash(); }
 void FrmSplash2::SkipSplash() {
     tmr1.stop();
     tmrUpdate.stop();
-    ShowStartWindow();
+    m_update.timeUp();
 }
 
 void FrmSplash2::ShowStartWindow() {

@@ -4,6 +4,9 @@
 #include <QTimer>
 #include <QWidget>
 
+#include "net/updatecheck.h"
+#include "platform/loop/qtloop.h"
+
 namespace tarvoke::app {
 
 class App;
@@ -28,8 +31,10 @@ private:
     void tmr1_Timer();
 
     App& m_app;
-    // Set by the update check when its connection has come up.
-    bool m_connected = false;
+    platform::QtLoop m_loop;
+    // ClientUpdate: asks the update server, if this build names one. It alone
+    // calls ShowStartWindow, once: on its answer, or when tmr1 says time is up.
+    net::UpdateCheck m_update;
 };
 
 }  // namespace tarvoke::app
