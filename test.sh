@@ -27,6 +27,8 @@ echo "== fuzzing the script loader (libFuzzer, 25 s)"
 tests/fuzz/run.sh 25 loader
 echo "== fuzzing the dry-run player (libFuzzer, 25 s)"
 tests/fuzz/run.sh 25 player
+echo "== fuzzing what the network reads (libFuzzer, 15 s)"
+tests/fuzz/run.sh 15 net
 
 if ctest --test-dir build -N -L desktop | grep -q "Total Tests: [1-9]"; then
   echo "== desktop tests"

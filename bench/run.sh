@@ -39,3 +39,6 @@ python3 bench/headless_start.py "$build/bin/tarvoke-play" 20
 echo "== the windows: play start, editor keystroke, hotkey"
 cmake --build "$build" --target app_bench >/dev/null
 .ci/with-desktop.sh "$build/bin/app_bench"
+echo "== the network: loopback throughput of the socket class, beside socat"
+cmake --build "$build" --target tarvoke_net_bench >/dev/null
+bench/net/run.sh "$build"

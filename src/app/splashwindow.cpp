@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QProcess>
 #include <QVBoxLayout>
 
 #include "app/app.h"
@@ -19,7 +20,20 @@ constexpr int kSplashLongestMs = 2000;
 
 }  // namespace
 
-SplashWindow::SplashWindow(App& app) : m_app(app) {
+SplashWindow::SplashWindow(App& app)
+    : m_app(app),
+      m_update(m_loop, net::configuredServer(),
+               {[this] {
+                    splashTimer.stop();
+                    showStartWindow();
+                },
+                [this] {
+                    return m_app.dialogs().askYesNo("Update", "There is an update available, would you like to update?");
+                },
+                [this](const std::string& address) {
+                    QProcess::startDetached("xdg-open", {QString::fromStdString(address)});
+                    m_app.endProcess();
+                }}) {
     setWindowTitle("Splash");
     // A splash takes no place in the task list.
     setWindowFlags(Qt::SplashScreen | Qt::FramelessWindowHint);
@@ -61,15 +75,14 @@ void SplashWindow::start() {
 }
 
 void SplashWindow::startUpdateCheck() {
-    // The update check starts its connection here once it exists.
+    m_update.start();
     splashTimer.start(kSplashMs);
     updateCheckTimer.stop();
 }
 
 void SplashWindow::endSplash() {
     splashTimer.stop();
-    if (m_connected) return;  // the check calls showStartWindow when its data is in
-    showStartWindow();
+    m_update.timeUp();
 }
 
 void SplashWindow::mousePressEvent(QMouseEvent*) { skip(); }
@@ -77,7 +90,7 @@ void SplashWindow::mousePressEvent(QMouseEvent*) { skip(); }
 void SplashWindow::skip() {
     splashTimer.stop();
     updateCheckTimer.stop();
-    showStartWindow();
+    m_update.timeUp();
 }
 
 void SplashWindow::showStartWindow() {

@@ -4,6 +4,9 @@
 #include <QTimer>
 #include <QWidget>
 
+#include "net/updatecheck.h"
+#include "platform/loop/qtloop.h"
+
 namespace tarvoke::app {
 
 class App;
@@ -31,8 +34,10 @@ private:
     void endSplash();
 
     App& m_app;
-    // Set by the update check when its connection has come up.
-    bool m_connected = false;
+    platform::QtLoop m_loop;
+    // Asks the update server, if this build names one. It alone calls
+    // showStartWindow, once: on its answer, or when the splash's time is up.
+    net::UpdateCheck m_update;
 };
 
 }  // namespace tarvoke::app

@@ -24,6 +24,9 @@ public:
     virtual ~EventLoop() = default;
     // Calls onReadable in each turn that finds fd readable.
     [[nodiscard]] virtual std::unique_ptr<Handle> watchReadable(int fd, Callback onReadable) = 0;
+    // Calls onWritable in each turn that finds fd writable (or failed): for a
+    // connection coming up and output that would have blocked.
+    [[nodiscard]] virtual std::unique_ptr<Handle> watchWritable(int fd, Callback onWritable) = 0;
     // Calls onTick every interval, first one interval from now.
     [[nodiscard]] virtual std::unique_ptr<Handle> every(std::chrono::milliseconds interval, Callback onTick) = 0;
     // Runs hook at the start of every turn, before the loop reads or waits:

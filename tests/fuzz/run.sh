@@ -5,7 +5,7 @@
 # tests/fuzz/corpus (scripts that once hung, aborted or ran out of memory).
 # Any crash, leak, sanitizer report or input slower than the timeout fails
 # the run; the input is left in build-fuzz/findings-TARGET.
-# Usage: tests/fuzz/run.sh [SECONDS] [loader|player]
+# Usage: tests/fuzz/run.sh [SECONDS] [loader|player|net]
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 seconds=${1:-25}

@@ -28,6 +28,10 @@ std::unique_ptr<EventLoop::Handle> PollLoop::watchReadable(int fd, Callback onRe
     return add({0, Kind::Readable, fd, {}, {}, std::make_shared<Callback>(std::move(onReadable))});
 }
 
+std::unique_ptr<EventLoop::Handle> PollLoop::watchWritable(int fd, Callback onWritable) {
+    return add({0, Kind::Writable, fd, {}, {}, std::make_shared<Callback>(std::move(onWritable))});
+}
+
 std::unique_ptr<EventLoop::Handle> PollLoop::every(std::chrono::milliseconds interval, Callback onTick) {
     const Clock::duration step = std::max<Clock::duration>(interval, std::chrono::milliseconds(1));
     return add({0, Kind::Timer, -1, step, Clock::now() + step, std::make_shared<Callback>(std::move(onTick))});
@@ -67,8 +71,8 @@ void PollLoop::turn(bool wait) {
     std::vector<pollfd> fds;
     std::vector<uint64_t> ids;
     for (const Entry& entry : m_entries) {
-        if (entry.kind != Kind::Readable) continue;
-        fds.push_back({entry.fd, POLLIN, 0});
+        if (entry.kind != Kind::Readable && entry.kind != Kind::Writable) continue;
+        fds.push_back({entry.fd, static_cast<short>(entry.kind == Kind::Readable ? POLLIN : POLLOUT), 0});
         ids.push_back(entry.id);
     }
     const int64_t ns = wait ? sleepNs(Clock::now()) : 0;
@@ -77,7 +81,7 @@ void PollLoop::turn(bool wait) {
     const int count = ::ppoll(fds.data(), fds.size(), ns < 0 ? nullptr : &timeout, nullptr);
     std::vector<uint64_t> ready;
     for (size_t i = 0; count > 0 && i < fds.size(); ++i)
-        if (fds[i].revents & (POLLIN | POLLHUP | POLLERR)) ready.push_back(ids[i]);
+        if (fds[i].revents & (POLLIN | POLLOUT | POLLHUP | POLLERR)) ready.push_back(ids[i]);
     runEach(ready);
     runDueTimers();
 }

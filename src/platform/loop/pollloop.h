@@ -19,13 +19,14 @@ public:
     PollLoop& operator=(const PollLoop&) = delete;
 
     std::unique_ptr<Handle> watchReadable(int fd, Callback onReadable) override;
+    std::unique_ptr<Handle> watchWritable(int fd, Callback onWritable) override;
     std::unique_ptr<Handle> every(std::chrono::milliseconds interval, Callback onTick) override;
     std::unique_ptr<Handle> beforeEachTurn(Callback hook) override;
     void turn(bool wait) override;
 
 private:
     using Clock = std::chrono::steady_clock;
-    enum class Kind { Readable, Timer, Hook };
+    enum class Kind { Readable, Writable, Timer, Hook };
     struct Entry {
         uint64_t id;
         Kind kind;

@@ -39,11 +39,23 @@ private:
 
 }  // namespace
 
-std::unique_ptr<EventLoop::Handle> QtLoop::watchReadable(int fd, Callback onReadable) {
-    auto notifier = std::make_unique<QSocketNotifier>(fd, QSocketNotifier::Read);
+namespace {
+
+std::unique_ptr<EventLoop::Handle> notify(int fd, QSocketNotifier::Type type, EventLoop::Callback callback) {
+    auto notifier = std::make_unique<QSocketNotifier>(fd, type);
     auto running = std::make_shared<int>(0);
-    QObject::connect(notifier.get(), &QSocketNotifier::activated, counted(running, std::move(onReadable)));
+    QObject::connect(notifier.get(), &QSocketNotifier::activated, counted(running, std::move(callback)));
     return std::make_unique<QtHandle>(std::move(notifier), std::move(running));
+}
+
+}  // namespace
+
+std::unique_ptr<EventLoop::Handle> QtLoop::watchReadable(int fd, Callback onReadable) {
+    return notify(fd, QSocketNotifier::Read, std::move(onReadable));
+}
+
+std::unique_ptr<EventLoop::Handle> QtLoop::watchWritable(int fd, Callback onWritable) {
+    return notify(fd, QSocketNotifier::Write, std::move(onWritable));
 }
 
 std::unique_ptr<EventLoop::Handle> QtLoop::every(std::chrono::milliseconds interval, Callback onTick) {

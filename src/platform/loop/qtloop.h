@@ -9,6 +9,7 @@ namespace tarvoke::platform {
 class QtLoop : public EventLoop {
 public:
     std::unique_ptr<Handle> watchReadable(int fd, Callback onReadable) override;
+    std::unique_ptr<Handle> watchWritable(int fd, Callback onWritable) override;
     std::unique_ptr<Handle> every(std::chrono::milliseconds interval, Callback onTick) override;
     std::unique_ptr<Handle> beforeEachTurn(Callback hook) override;
     void turn(bool wait) override;
