@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "screen/pixelgrid.h"
+#include "platform/pixelgrid.h"
 
 namespace tarvoke::recorder {
 namespace {
@@ -166,9 +166,9 @@ void Sampler::sampleColour() {
     if (m_hooks.captureTemp) m_hooks.captureTemp();
     const platform::Point cursor = m_input.cursorPos();
     const uint32_t pixel = m_hooks.tempPixel ? m_hooks.tempPixel(cursor) : 0;
-    const std::string red = std::to_string(screen::redOf(pixel));
-    const std::string green = std::to_string(screen::greenOf(pixel));
-    const std::string blue = std::to_string(screen::blueOf(pixel));
+    const std::string red = std::to_string(platform::redOf(pixel));
+    const std::string green = std::to_string(platform::greenOf(pixel));
+    const std::string blue = std::to_string(platform::blueOf(pixel));
     const std::string bound = red + ", " + blue + ", " + green;
     AddRecordedLine("CaptureScreen(imagesave0);");
     AddRecordedLine("CreateColorRange(colorrange0, " + bound + ", " + bound + ");");

@@ -14,7 +14,7 @@ SamplerHooks sessionHooks(host::Session& session) {
         if (session.platform.screen) screen::CaptureScreen(session.imageTable, *session.platform.screen, "sstemp");
     };
     hooks.tempPixel = [&session](platform::Point point) {
-        const screen::PixelGrid& capture = session.imageTable.tempCapture();
+        const platform::PixelGrid& capture = session.imageTable.tempCapture();
         const bool inside = point.x >= 0 && point.y >= 0 && point.x < capture.width && point.y < capture.height;
         return inside ? capture.at(point.x, point.y) : 0u;
     };

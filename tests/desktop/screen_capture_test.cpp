@@ -77,7 +77,7 @@ protected:
     void captureShowing(uint32_t pixel, int x, int y) {
         for (int i = 0; i < 100; ++i) {
             run("CaptureScreen(imagesave0);");
-            const screen::PixelGrid* grid = m_session.imageTable.image(0);
+            const platform::PixelGrid* grid = m_session.imageTable.image(0);
             if (grid && grid->at(x, y) == pixel) return;
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }
@@ -97,7 +97,7 @@ TEST_F(ScreenCaptureTest, FindsAPaintedColourAtItsScreenPosition) {
     PaintedWindow window(300, 200, 0x204060, 50, 30, 0xC86432);  // inner: red 200, green 100, blue 50
     ASSERT_TRUE(window.ok());
     captureShowing(0xC86432, 350, 230);
-    const screen::PixelGrid& grid = *m_session.imageTable.image(0);
+    const platform::PixelGrid& grid = *m_session.imageTable.image(0);
     const platform::Size size = m_session.platform.screen->screenSize();
     EXPECT_EQ(grid.width, size.width);
     EXPECT_EQ(grid.height, size.height);

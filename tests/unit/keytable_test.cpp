@@ -5,13 +5,13 @@
 
 #include <set>
 
-#include "host/keytable.h"
+#include "platform/keytable.h"
 #include "platform/fake/fakekeyboard.h"
 
 namespace tarvoke::test {
 namespace {
 
-using host::KeyKind;
+using platform::KeyKind;
 using platform::fake::FakeKeyboard;
 
 // The numbers a recording tick asks about: the three buttons, 3, 5 to 254
@@ -59,7 +59,7 @@ std::set<int> expectedDown(int vk) {
 
 TEST(KeyTable, EveryNumberTheRecorderAsksAboutHasAMeaningUnlessReserved) {
     for (uint8_t vk : recorderNumbers()) {
-        const bool hasKey = host::keyMeaning(vk).kind != KeyKind::None;
+        const bool hasKey = platform::keyMeaning(vk).kind != KeyKind::None;
         EXPECT_NE(hasKey, kReserved.count(vk) == 1) << "virtual key " << int(vk);
     }
 }

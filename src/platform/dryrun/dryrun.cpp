@@ -68,14 +68,14 @@ void DryRunPrograms::shellExecute(const std::string& verb, const std::string& fi
     m_sink("ShellExecute " + quoted(verb) + " " + quoted(file) + " " + quoted(parameters) + " " + std::to_string(show));
 }
 
-bool DryRunScreen::capture(screen::PixelGrid& grid) {
+bool DryRunScreen::capture(PixelGrid& grid) {
     m_sink("CaptureScreen");
     if (m_picture.empty()) grid.resize(m_size.width, m_size.height);
     else grid = m_picture;
     return true;
 }
 
-void DryRunScreen::setPicture(screen::PixelGrid picture) {
+void DryRunScreen::setPicture(PixelGrid picture) {
     m_picture = std::move(picture);
     if (!m_picture.empty()) m_size = {m_picture.width, m_picture.height};
 }

@@ -259,13 +259,13 @@ void X11Input::mouseEvent(uint32_t flags) {
 }
 
 KeySym X11Input::keysymOf(uint8_t vk) {
-    const host::KeyMeaning& meaning = host::keyMeaning(vk);
-    return meaning.kind == host::KeyKind::Keysym ? host::effectiveKeysym(meaning, m_mapView) : NoSymbol;
+    const KeyMeaning& meaning = keyMeaning(vk);
+    return meaning.kind == KeyKind::Keysym ? effectiveKeysym(meaning, m_mapView) : NoSymbol;
 }
 
 KeyCode X11Input::keycodeForPress(uint8_t vk) {
-    const host::KeyMeaning& meaning = host::keyMeaning(vk);
-    if (meaning.kind == host::KeyKind::Physical) return m_keyboard.keycodeOfEvdev(meaning.evdevCode);
+    const KeyMeaning& meaning = keyMeaning(vk);
+    if (meaning.kind == KeyKind::Physical) return m_keyboard.keycodeOfEvdev(meaning.evdevCode);
     const KeySym keysym = keysymOf(vk);
     if (keysym == NoSymbol) return 0;
     m_keyboard.bindSpares({keysym});

@@ -32,7 +32,7 @@
 #include <optional>
 #include <set>
 
-#include "host/keytable.h"
+#include "platform/keytable.h"
 #include "platform/input.h"
 #include "platform/x11/clock.h"
 #include "platform/x11/connection.h"
@@ -106,7 +106,7 @@ private:
     Connection& m_x;
     Keyboard& m_keyboard;
     X11KeyState& m_keys;
-    const host::KeyboardView& m_mapView;
+    const KeyboardView& m_mapView;
     RealClock& m_clock;
     uint64_t m_operationCancels = 0;
     Device m_lastDevice = kNoDevice;
