@@ -48,7 +48,7 @@ public:
     engine::SC engine{session};
     host::HostCommands commands;
     playback::Playback playback{engine, session};
-    // bRecording, bHotkeyRecord and the growing recording, shared by both windows.
+    // recording, startedByHotkey and the growing recording, shared by both windows.
     recorder::RecorderState recorder;
 
     // Module-level state of the windows.

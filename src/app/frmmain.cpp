@@ -47,7 +47,7 @@ FrmMain::FrmMain(App& app) : m_app(app) {
 
     m_recordTimers = std::make_unique<RecordTimers>(app, recorder::Form::Main);
     auto hotkeyRecord = [this] {
-        m_app.recorder.bHotkeyRecord = true;
+        m_app.recorder.startedByHotkey = true;
         StartRecording();
     };
     m_timers = std::make_unique<PlayTimers>(
@@ -311,7 +311,7 @@ void FrmMain::mnuScriptRepeat_Click() {
 void FrmMain::mnuScriptStop_Click() { m_app.playback.stopPlay(); }
 
 void FrmMain::mnuScriptRecord_Click() {
-    m_app.recorder.bHotkeyRecord = false;
+    m_app.recorder.startedByHotkey = false;
     StartRecording();
 }
 

@@ -8,7 +8,7 @@ namespace tarvoke::recorder {
 SamplerHooks sessionHooks(host::Session& session) {
     SamplerHooks hooks;
     hooks.windowSelection = [&session] {
-        return GetWindowSelection(*session.platform.windows, *session.platform.input);
+        return windowSelection(*session.platform.windows, *session.platform.input);
     };
     hooks.captureTemp = [&session] {
         if (session.platform.screen) screen::CaptureScreen(session.imageTable, *session.platform.screen, "sstemp");

@@ -52,9 +52,9 @@ Window open(AppFixture& f, bool basic) {
 bool recorded(AppFixture& f, const std::string& line) {
     QElapsedTimer waited;
     waited.start();
-    while (f.app->recorder.sScriptText.find(line) == std::string::npos && waited.elapsed() < 5000)
+    while (f.app->recorder.script.find(line) == std::string::npos && waited.elapsed() < 5000)
         QTest::qWait(2);
-    return f.app->recorder.sScriptText.find(line) != std::string::npos;
+    return f.app->recorder.script.find(line) != std::string::npos;
 }
 
 // The recording with its times taken out, one entry a line.
@@ -97,7 +97,7 @@ private slots:
         f.dialogs.answers = {false};
         w.record();
         QCOMPARE(f.dialogs.asked.size(), size_t(asks ? 1 : 0));
-        QCOMPARE(f.app->recorder.bRecording, !asks);
+        QCOMPARE(f.app->recorder.recording, !asks);
         if (asks) {
             QCOMPARE(f.dialogs.asked.front(), "There is an existing script open. If you record a new script Tarvoke "
                                               "will delete the existing script. Do you wish to continue?");
@@ -127,13 +127,13 @@ private slots:
         w.setText("");
         f.app->sFilePath = "/x/old.tk";
         w.record();
-        QVERIFY(f.app->recorder.bRecording && !w.widget->isVisible());
+        QVERIFY(f.app->recorder.recording && !w.widget->isVisible());
         f.keys.press(kA);
         QVERIFY(recorded(f, "KeyDown(65);"));
         f.keys.releaseAll();
         QVERIFY(recorded(f, "KeyUp(65);"));
         w.stop();
-        QVERIFY(!f.app->recorder.bRecording && w.widget->isVisible());
+        QVERIFY(!f.app->recorder.recording && w.widget->isVisible());
         QCOMPARE(withoutTimes(w.text()), QStringList({"Function(Main);", "OrigionalPlayTime(t);",
                                                      "SetPausePercent(100);", "", "Pause(t);", "KeyDown(65);",
                                                      "Pause(t);", "KeyUp(65);", "Pause(t);", "", "EndFunction();"}));
@@ -142,7 +142,7 @@ private slots:
         // The timers are off: nothing more is added.
         f.keys.press(kA);
         QTest::qWait(20);
-        QVERIFY(!f.app->recorder.bRecording);
+        QVERIFY(!f.app->recorder.recording);
     }
 
     // Ctrl+8 is still down at the start; in Advanced Mode its two releases
@@ -162,7 +162,7 @@ private slots:
         AppFixture f;
         Window w = open(f, basic);
         w.setText("");
-        f.app->recorder.bHotkeyRecord = true;  // left from an earlier start
+        f.app->recorder.startedByHotkey = true;  // left from an earlier start
         f.keys.press(kCtrl);
         f.keys.press(kLeftCtrl);
         f.keys.press(kEight);
@@ -170,10 +170,10 @@ private slots:
             w.timers->pollHotkeys();
         else
             w.record();
-        QVERIFY(f.app->recorder.bRecording);
+        QVERIFY(f.app->recorder.recording);
         w.timers->pollHotkeys();  // held: no second start
         f.keys.releaseAll();
-        QTRY_COMPARE(f.app->recorder.lngEventCount, 2);
+        QTRY_COMPARE(f.app->recorder.linesOffered, 2);
         f.keys.press(kA);
         QVERIFY(recorded(f, "KeyDown(65);"));
         w.stop();
@@ -204,10 +204,10 @@ private slots:
             f.keys.press(kLeftCtrl);
             QVERIFY(recorded(f, "KeyDown(162);"));
             f.keys.press(digit);
-            const bool& flag = digit == kSix ? f.app->recorder.bMouseMove : f.app->recorder.bExtendedClicks;
+            const bool& flag = digit == kSix ? f.app->recorder.mouseMoves : f.app->recorder.extendedClicks;
             QTRY_VERIFY(!flag);
             f.keys.releaseAll();
-            QTRY_VERIFY(!f.app->recorder.bSkipNextLine);  // the Ctrl release swallowed
+            QTRY_VERIFY(!f.app->recorder.skipNextLine);  // the Ctrl release swallowed
         }
         w.stop();
         QVERIFY(!f.app->bMouseMove && !f.app->bExtendedClicks);
@@ -217,7 +217,7 @@ private slots:
         QVERIFY(!dialog.chkMM->isChecked() && !dialog.chkEx->isChecked());
         if (basic) QVERIFY(!f.app->frmBasic().chkMM->isChecked() && !f.app->frmBasic().chkEx->isChecked());
         w.record();
-        QVERIFY(!f.app->recorder.bMouseMove && !f.app->recorder.bExtendedClicks);
+        QVERIFY(!f.app->recorder.mouseMoves && !f.app->recorder.extendedClicks);
         w.stop();
     }
 };

@@ -50,8 +50,8 @@ protected:
 
     Sampler sampler(Form kind = Form::Main) { return Sampler(state, form, kind, keys, cursor, clocks, hooks); }
     void start(bool mouseMove = false, bool extendedClicks = false) {
-        state.bMouseMove = mouseMove;
-        state.bExtendedClicks = extendedClicks;
+        state.mouseMoves = mouseMove;
+        state.extendedClicks = extendedClicks;
         startRecording(state, form, keys, cursor, clocks);
     }
     // One tick 10 ms after the last, with these keys down.
@@ -76,7 +76,7 @@ TEST_F(SamplerTest, AKeyHeldFromBeforeTheStartGivesOnlyItsRelease) {
     start();
     tick({65});
     tick({});
-    EXPECT_EQ(state.sScriptText, "Pause(20);\nKeyUp(65);\n");
+    EXPECT_EQ(state.script, "Pause(20);\nKeyUp(65);\n");
 }
 
 TEST_F(SamplerTest, CtrlCIsFourKeyLines) {
@@ -85,7 +85,7 @@ TEST_F(SamplerTest, CtrlCIsFourKeyLines) {
     tick(with(kCtrl, {67}));
     tick(kCtrl);
     tick({});
-    EXPECT_EQ(state.sScriptText, "Pause(10);\nKeyDown(162);\nPause(10);\nKeyDown(67);\nPause(10);\nKeyUp(67);\n"
+    EXPECT_EQ(state.script, "Pause(10);\nKeyDown(162);\nPause(10);\nKeyDown(67);\nPause(10);\nKeyUp(67);\n"
                                  "Pause(10);\nKeyUp(162);\n");
 }
 
@@ -93,7 +93,7 @@ TEST_F(SamplerTest, ShiftIsWrittenAsTheGenericAndTheSidedKey) {
     start();
     tick({16, 160});
     tick({});
-    EXPECT_EQ(state.sScriptText,
+    EXPECT_EQ(state.script,
               "Pause(10);\nKeyDown(16);\nPause(0);\nKeyDown(160);\nPause(10);\nKeyUp(16);\nPause(0);\nKeyUp(160);\n");
 }
 
@@ -103,7 +103,7 @@ TEST_F(SamplerTest, DigitsWithoutCtrlAndOtherDigitsWithCtrlAreKeys) {
     tick({});
     tick(with(kCtrl, {49}));
     tick({});
-    EXPECT_EQ(state.sScriptText, "Pause(10);\nKeyDown(48);\nPause(10);\nKeyUp(48);\nPause(10);\nKeyDown(49);\n"
+    EXPECT_EQ(state.script, "Pause(10);\nKeyDown(48);\nPause(10);\nKeyUp(48);\nPause(10);\nKeyDown(49);\n"
                                  "Pause(0);\nKeyDown(162);\nPause(10);\nKeyUp(49);\nPause(0);\nKeyUp(162);\n");
 }
 
@@ -115,7 +115,7 @@ TEST_F(SamplerTest, CtrlFourWritesTheWindowLinesAndNothingOfTheKeys) {
     tick(kCtrl);
     tick({});
     tick({65});
-    EXPECT_EQ(state.sScriptText, "Pause(10);\nPause(10);\nSelectWindow(\"c\", \"t\");\n\nPause(40);\nKeyDown(65);\n");
+    EXPECT_EQ(state.script, "Pause(10);\nPause(10);\nSelectWindow(\"c\", \"t\");\n\nPause(40);\nKeyDown(65);\n");
 }
 
 TEST_F(SamplerTest, CtrlFiveSamplesTheColourOnEveryPress) {
@@ -132,7 +132,7 @@ TEST_F(SamplerTest, CtrlFiveSamplesTheColourOnEveryPress) {
     };
     EXPECT_EQ(captures, 2);
     // Each Ctrl press is taken out, its Pause stays; each release is swallowed.
-    EXPECT_EQ(state.sScriptText, "Pause(10);\n" + block(10) + "Pause(20);\n" + block(10));
+    EXPECT_EQ(state.script, "Pause(10);\n" + block(10) + "Pause(20);\n" + block(10));
 }
 
 TEST_F(SamplerTest, CtrlSixInvertsMouseMovesOnceHoweverLongHeld) {
@@ -141,8 +141,8 @@ TEST_F(SamplerTest, CtrlSixInvertsMouseMovesOnceHoweverLongHeld) {
     for (int i = 0; i < 5; ++i) tick(with(kCtrl, {54}));
     tick(kCtrl);
     tick({});
-    EXPECT_FALSE(state.bMouseMove);
-    EXPECT_EQ(state.sScriptText, "Pause(10);\n");
+    EXPECT_FALSE(state.mouseMoves);
+    EXPECT_EQ(state.script, "Pause(10);\n");
 }
 
 TEST_F(SamplerTest, OnlyDiagonalMovesAreWritten) {
@@ -153,18 +153,18 @@ TEST_F(SamplerTest, OnlyDiagonalMovesAreWritten) {
     tick({});
     cursor.cursor = {30, 5};
     tick({});
-    EXPECT_EQ(state.sScriptText, "Pause(20);\nMoveMouse(20,5);\n");
+    EXPECT_EQ(state.script, "Pause(20);\nMoveMouse(20,5);\n");
 }
 
 TEST_F(SamplerTest, ClicksWithAndWithoutPositions) {
     start(false, false);
     tick({1});
     tick({});
-    state.bExtendedClicks = true;
+    state.extendedClicks = true;
     cursor.cursor = {7, 9};
     tick({2});
     tick({});
-    EXPECT_EQ(state.sScriptText,
+    EXPECT_EQ(state.script,
               "Pause(10);\nLeftDown();\nPause(10);\nLeftUp();\nPause(10);\nRightDownEx(7,9);\nPause(10);\nRightUpEx(7,9);\n");
 }
 
@@ -172,11 +172,11 @@ TEST_F(SamplerTest, AHotkeyStartDropsTwoLinesInTheMainWindowOnly) {
     for (Form kind : {Form::Main, Form::Basic}) {
         keys.down = {};
         start();
-        state.bHotkeyRecord = true;
+        state.startedByHotkey = true;
         tick({56}, kind);
         tick({}, kind);
         tick({65}, kind);
-        EXPECT_EQ(state.sScriptText, kind == Form::Main ? "Pause(30);\nKeyDown(65);\n"
+        EXPECT_EQ(state.script, kind == Form::Main ? "Pause(30);\nKeyDown(65);\n"
                                                         : "Pause(10);\nKeyDown(56);\nPause(10);\nKeyUp(56);\nPause(10);\nKeyDown(65);\n");
     }
 }
@@ -187,7 +187,7 @@ TEST_F(SamplerTest, TheStopHotkeyLeavesNoTrace) {
     tick(with(kCtrl, {48, 65}));  // Ctrl and 0 first seen in one tick: the 0 ends the tick before Ctrl is read
     tick(with(kCtrl, {65}));
     now += 7;
-    state.lngSeconds = 5;
+    state.seconds = 5;
     EXPECT_EQ(closeRecording(state, clocks),
               "Function(Main);\nOrigionalPlayTime(5.37);\nSetPausePercent(100);\n\n"
               "Pause(10);\nKeyDown(65);\nPause(20);\nPause(7);\n\nEndFunction();");
@@ -202,14 +202,14 @@ TEST_F(SamplerTest, AnEmptyRecordingIsTheFrameAroundOnePause) {
               "Function(Main);\nOrigionalPlayTime(1.7);\nSetPausePercent(100);\n\nPause(1012);\n\nEndFunction();");
 }
 
-TEST(RemoveLastCtrlDown, PrefersTheRightCtrlThenTheLeft) {
+TEST(removeLastCtrlDown, PrefersTheRightCtrlThenTheLeft) {
     std::string text = "KeyDown(162);\nKeyDown(163);\nKeyDown(162);\n";
-    RemoveLastCtrlDown(text);
+    removeLastCtrlDown(text);
     EXPECT_EQ(text, "KeyDown(162);\nKeyDown(162);\n");
-    RemoveLastCtrlDown(text);
+    removeLastCtrlDown(text);
     EXPECT_EQ(text, "KeyDown(162);\n");
     std::string none = "KeyUp(162);\n";
-    RemoveLastCtrlDown(none);
+    removeLastCtrlDown(none);
     EXPECT_EQ(none, "KeyUp(162);\n");
 }
 
@@ -234,11 +234,11 @@ TEST(WindowSelection, TopLevelThenChildrenOutermostFirst) {
     FakeCursor cursor;
     windows.windows = {{1, {0, "dialog", "Save; now"}}, {2, {1, "panel", "p"}}, {3, {2, "button", "OK"}}};
     windows.under = 3;
-    EXPECT_EQ(GetWindowSelection(windows, cursor),
+    EXPECT_EQ(windowSelection(windows, cursor),
               "SelectWindow(\"dialog\", \"Save; now\");\nSelectSubWindow(\"panel\");\nSelectSubWindow(\"button\");\n");
     windows.under = 1;
     windows.windows[1].title = "";
-    EXPECT_EQ(GetWindowSelection(windows, cursor), "SelectWindow(\"dialog\", \"\");\n");
+    EXPECT_EQ(windowSelection(windows, cursor), "SelectWindow(\"dialog\", \"\");\n");
 }
 
 TEST(WindowSelection, TextsAreCutAt99BytesOnACharacterBoundary) {
@@ -313,14 +313,14 @@ TEST_P(ChangeTest, WritesOneTickPerChange) {
     TestClock clock;
     clock.now = c.start;
     RecorderState state;
-    state.bMouseMove = c.mouseMove;
-    state.bExtendedClicks = c.extendedClicks;
+    state.mouseMoves = c.mouseMove;
+    state.extendedClicks = c.extendedClicks;
     FormState form;
-    form.ptLastMove = cursor.cursor;
+    form.lastMove = cursor.cursor;
     Recorder recorder(state, form, Form::Basic, keyboard, cursor, clock, {});
     int polls = 0;
     ASSERT_TRUE(recorder.start([&polls] { ++polls; }));
-    form.ptLastMove = {900, 700};
+    form.lastMove = {900, 700};
     int64_t lastStamp = c.start;
     for (const Step& step : c.steps) {
         lastStamp += static_cast<int32_t>(step.stamp - static_cast<uint32_t>(lastStamp + c.skew));
@@ -331,7 +331,7 @@ TEST_P(ChangeTest, WritesOneTickPerChange) {
             keyboard.change(static_cast<uint8_t>(step.vk), step.what == Step::Press, step.stamp,
                             step.vk <= 4 ? std::optional(step.at) : std::nullopt);
     }
-    EXPECT_EQ(state.sScriptText, c.expected);
+    EXPECT_EQ(state.script, c.expected);
     EXPECT_EQ(polls, static_cast<int>(c.steps.size()));
     // The close counts on the local clock from the last change's stamp.
     clock.now += 7;
@@ -342,7 +342,7 @@ TEST_P(ChangeTest, WritesOneTickPerChange) {
     }
     // After the close no change is taken.
     keyboard.change(90, true, 5000);
-    EXPECT_EQ(state.sScriptText, script);
+    EXPECT_EQ(state.script, script);
 }
 
 INSTANTIATE_TEST_SUITE_P(Recorder, ChangeTest, ::testing::ValuesIn(kChangeCases),

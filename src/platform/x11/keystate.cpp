@@ -239,12 +239,13 @@ bool X11KeyState::isDown(uint8_t vk) {
     // Without raw button events a button is asked of the server each time.
     if (!m_followsPointer) return isVirtualKeyDown(vk, *m_downView);
     if (m_answersChanges != m_changes || m_answersMap != m_keyboard.version()) {
-        m_answers.fill(0);
+        m_answers.fill(Answer::NotAsked);
         m_answersChanges = m_changes;
         m_answersMap = m_keyboard.version();
     }
-    if (m_answers[vk] == 0) m_answers[vk] = isVirtualKeyDown(vk, *m_downView) ? 2 : 1;
-    return m_answers[vk] == 2;
+    if (m_answers[vk] == Answer::NotAsked)
+        m_answers[vk] = isVirtualKeyDown(vk, *m_downView) ? Answer::Down : Answer::Up;
+    return m_answers[vk] == Answer::Down;
 }
 
 bool X11KeyState::pressedSinceLastRead(uint8_t vk) {

@@ -96,8 +96,9 @@ private:
     std::array<uint64_t, 256> m_lastRead{};
     // Answers of isDown while the pointer is followed, kept until a key or
     // button changes or the map does (the recorder asks about every number
-    // every millisecond): 0 not asked yet, 1 up, 2 down.
-    std::array<uint8_t, 256> m_answers{};
+    // every millisecond).
+    enum class Answer : uint8_t { NotAsked, Up, Down };
+    std::array<Answer, 256> m_answers{};
     uint64_t m_changes = 0;
     uint64_t m_answersChanges = 0;
     uint64_t m_answersMap = 0;
