@@ -1,24 +1,28 @@
 // The X11 platform on a real X server: what it injects arrives in the test
-// window as it should, what it reads matches the desktop.
+// window as it should, what it reads and captures matches the desktop.
 
 #include <QCoreApplication>
 #include <QTimer>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
+#include "engine/sc.h"
+#include "host/dispatch.h"
 #include "host/sendkeys.h"
+#include "host/session.h"
+#include "platform/dryrun/dryrun.h"
+#include "platform/loop/pollloop.h"
 #include "platform/loop/qtloop.h"
 #include "platform/x11/x11platform.h"
 #include "testwindow.h"
 
+// Last: their macros (None, Bool) would break the headers above.
 #include <X11/Xatom.h>
 #include <X11/extensions/XTest.h>
 #include <X11/keysym.h>
 #include <sys/socket.h>
-
-#include <algorithm>
-
-#include "platform/loop/pollloop.h"
 
 namespace tarvoke::platform::x11 {
 namespace {
@@ -61,36 +65,31 @@ std::vector<std::string> describe(const std::vector<Event>& events, const std::v
     return lines;
 }
 
-TEST_F(X11Test, ClicksArriveAtTheCursorInOrder) {
+// Each button arrives where the cursor is. The clicks of one burst share a
+// cursor question until a move of ours; the move after a click that the
+// window manager holds back (it grabs the click to raise the window) is
+// reported once both are through.
+TEST_F(X11Test, ClicksArriveInOrderAndReadTheirOwnPositions) {
     TestWindow window;
-    m_platform.input->setCursorPos(window.rootX(true, 30), window.rootY(true, 40));
+    const Point a{window.rootX(true, 30), window.rootY(true, 40)};
+    const Point b{window.rootX(true, 10), window.rootY(true, 20)};
+    m_platform.input->setCursorPos(a.x, a.y);
+    const auto first = m_platform.input->askCursorPos();
     for (uint32_t flags : {kLeftDown, kLeftUp, kRightDown, kRightUp, kMiddleDown, kMiddleUp})
         m_platform.input->mouseEvent(flags);
+    const auto sameBurst = m_platform.input->askCursorPos();
     // Held input leaves at the event loop's next turn.
     m_loop.turn(false);
-    const auto buttons = window.waitFor(6, {"ButtonPress", "ButtonRelease"});
-    EXPECT_EQ(describe(buttons, {"win", "sent", "button", "x", "y"}),
+    EXPECT_EQ(describe(window.waitFor(6, {"ButtonPress", "ButtonRelease"}), {"win", "sent", "button", "x", "y"}),
               (std::vector<std::string>{"ButtonPress win=child sent=0 button=1 x=30 y=40",
                                         "ButtonRelease win=child sent=0 button=1 x=30 y=40",
                                         "ButtonPress win=child sent=0 button=3 x=30 y=40",
                                         "ButtonRelease win=child sent=0 button=3 x=30 y=40",
                                         "ButtonPress win=child sent=0 button=2 x=30 y=40",
                                         "ButtonRelease win=child sent=0 button=2 x=30 y=40"}));
-    EXPECT_EQ(m_platform.input->cursorPos(), (Point{window.rootX(true, 30), window.rootY(true, 40)}));
-}
-
-// The clicks of one burst share a cursor question until a move of ours;
-// the move after a click that the window manager holds back (it grabs the
-// click to raise the window) is reported once both are through.
-TEST_F(X11Test, ClicksOfOneBurstReadTheirOwnPositions) {
-    TestWindow window;
-    const Point a{window.rootX(true, 10), window.rootY(true, 20)};
-    const Point b{window.rootX(true, 30), window.rootY(true, 40)};
-    m_platform.input->setCursorPos(a.x, a.y);
-    const auto first = m_platform.input->askCursorPos();
+    EXPECT_EQ(m_platform.input->cursorPos(), a);
     m_platform.input->mouseEvent(kLeftDown);
     m_platform.input->mouseEvent(kLeftUp);
-    const auto sameBurst = m_platform.input->askCursorPos();
     m_platform.input->setCursorPos(b.x, b.y);
     const auto afterMove = m_platform.input->askCursorPos();
     m_platform.input->mouseEvent(kLeftDown);
@@ -99,10 +98,10 @@ TEST_F(X11Test, ClicksOfOneBurstReadTheirOwnPositions) {
     EXPECT_EQ(sameBurst->get(), a);
     EXPECT_EQ(afterMove->get(), b);
     m_platform.input->flush();
-    const auto clicks = window.waitFor(4, {"ButtonPress", "ButtonRelease"});
-    ASSERT_EQ(clicks.size(), 4u);
-    EXPECT_EQ(clicks.front()["x"], "10");
-    EXPECT_EQ(clicks.back()["x"], "30");
+    const auto clicks = window.waitFor(10, {"ButtonPress", "ButtonRelease"});
+    ASSERT_EQ(clicks.size(), 10u);
+    EXPECT_EQ(clicks[6]["x"], "30");
+    EXPECT_EQ(clicks.back()["x"], "10");
 }
 
 // The cursor is asked for again after a move by any device, and at least
@@ -134,40 +133,32 @@ TEST_F(X11Test, CursorFollowsMovesAndWarpsOfOtherPrograms) {
     XCloseDisplay(other);
 }
 
-TEST_F(X11Test, KeysArriveWithTheirKeysyms) {
+TEST_F(X11Test, KeysAndKeyStringsArriveWithTheirKeysyms) {
     TestWindow window;
     // 65 is "a" pressed alone; 49 the key of "1"; 190 the physical key of ".".
     for (uint8_t vk : {65, 49, 190, 13}) {
         m_platform.input->keyEvent(vk, kKeyPress);
         m_platform.input->keyEvent(vk, kKeyRelease);
     }
-    m_platform.input->flush();
-    const auto keys = window.waitFor(8, {"KeyPress", "KeyRelease"});
-    EXPECT_EQ(describe(keys, {"sent", "keysym"}),
-              (std::vector<std::string>{"KeyPress sent=0 keysym=0x61", "KeyRelease sent=0 keysym=0x61",
-                                        "KeyPress sent=0 keysym=0x31", "KeyRelease sent=0 keysym=0x31",
-                                        "KeyPress sent=0 keysym=0x2e", "KeyRelease sent=0 keysym=0x2e",
-                                        "KeyPress sent=0 keysym=0xff0d", "KeyRelease sent=0 keysym=0xff0d"}));
-}
-
-TEST_F(X11Test, SendKeysTypesEveryCharacter) {
-    TestWindow window;
     // Upper case, symbols that need Shift, a modifier group, Enter, and
     // characters no key of the map carries.
     const std::string keys = "Ab,!{}}+(cd)~\xC3\xA9\xE2\x82\xAC";
     const auto strokes = host::parseSendKeys(keys);
     ASSERT_TRUE(strokes.has_value());
     m_platform.input->sendKeys(keys, *strokes);
-    const std::vector<std::string> expected = {"0x41", "0x62", "0x2c",   "0x21",  "0x7d",
-                                               "0x43", "0x44", "0xff0d", "0xe9", "0x10020ac"};
-    std::vector<std::string> typed;
-    for (int i = 0; i < 100 && typed.size() < expected.size(); ++i) {
-        typed.clear();
-        for (const Event& event : window.events({"KeyPress"}))
-            if (event["keysym"] != "0xffe1" && event["keysym"] != "0xffe2") typed.push_back(event["keysym"]);
-        m_platform.clock->wait(20);
-    }
-    EXPECT_EQ(typed, expected);
+    const std::vector<std::string> expected = {"0x61", "0x31", "0x2e", "0xff0d", "0x41",   "0x62", "0x2c",
+                                               "0x21", "0x7d", "0x43", "0x44",   "0xff0d", "0xe9", "0x10020ac"};
+    // Shift (0xffe1, 0xffe2) comes and goes around the characters that need it.
+    const auto typed = [&](const std::string& type) {
+        std::vector<std::string> keysyms;
+        for (const Event& event : window.events({type}))
+            if (event["keysym"] != "0xffe1" && event["keysym"] != "0xffe2" && event["sent"] == "0")
+                keysyms.push_back(event["keysym"]);
+        return keysyms;
+    };
+    for (int i = 0; i < 100 && typed("KeyRelease").size() < expected.size(); ++i) m_platform.clock->wait(20);
+    EXPECT_EQ(typed("KeyPress"), expected);
+    EXPECT_EQ(typed("KeyRelease"), expected);
 }
 
 TEST_F(X11Test, MessagesReachTheTargetWhileThePointerStays) {
@@ -188,20 +179,6 @@ TEST_F(X11Test, MessagesReachTheTargetWhileThePointerStays) {
                                         "KeyPress win=child sent=1 button= x=0 y=0 keysym=0x61",
                                         "KeyRelease win=child sent=1 button= x=0 y=0 keysym=0x61"}));
     EXPECT_EQ(m_platform.input->cursorPos(), before);
-}
-
-TEST_F(X11Test, MessagesToAVanishedWindowAreDropped) {
-    WindowId gone = 0;
-    {
-        TestWindow window;
-        gone = static_cast<WindowId>(window.top());
-    }
-    m_platform.clock->wait(100);
-    m_platform.input->sendMessage(gone, 513, 0, 0);
-    EXPECT_EQ(m_platform.windows->className(gone), "");
-    EXPECT_EQ(m_platform.windows->title(gone), "");
-    EXPECT_EQ(m_platform.windows->parent(gone), 0u);
-    EXPECT_EQ(m_platform.windows->findWindowEx(gone, 0, std::nullopt, std::nullopt), 0u);
 }
 
 TEST_F(X11Test, WindowsAreFoundByClassAndTitle) {
@@ -225,6 +202,21 @@ TEST_F(X11Test, WindowsAreFoundByClassAndTitle) {
     EXPECT_EQ(windows.parent(top), 0u);
     EXPECT_EQ(windows.windowFromPoint({window.rootX(true, 3), window.rootY(true, 3)}), child);
     EXPECT_EQ(windows.windowFromPoint({window.rootX(false, 3), window.rootY(false, 3)}), top);
+}
+
+TEST_F(X11Test, AVanishedWindowIsNoWindow) {
+    WindowId gone = 0;
+    {
+        TestWindow window;
+        gone = static_cast<WindowId>(window.top());
+    }
+    m_platform.clock->wait(100);
+    m_platform.input->sendMessage(gone, 513, 0, 0);
+    m_platform.input->flush();
+    EXPECT_EQ(m_platform.windows->className(gone), "");
+    EXPECT_EQ(m_platform.windows->title(gone), "");
+    EXPECT_EQ(m_platform.windows->parent(gone), 0u);
+    EXPECT_EQ(m_platform.windows->findWindowEx(gone, 0, std::nullopt, std::nullopt), 0u);
 }
 
 // While the user holds a modifier, the script's key presses wait for its
@@ -280,13 +272,12 @@ TEST_F(X11Test, KeyStateFollowsTheKeysAndKeepsThePressBit) {
     EXPECT_TRUE(keyStateBecomes(1, true));
     ASSERT_EQ(std::system("xdotool mouseup 1"), 0);
     EXPECT_TRUE(keyStateBecomes(1, false));
-}
 
-TEST_F(X11Test, ReleaseAllLetsGoOfWhatWasPressed) {
-    TestWindow window;
+    // Release all lets go of what was pressed.
     m_platform.input->keyEvent(16, kKeyPress);
     m_platform.input->keyEvent(65, kKeyPress);
     m_platform.input->mouseEvent(kLeftDown);
+    ASSERT_TRUE(keyStateBecomes(65, true));
     m_x11->input().releaseAll();
     EXPECT_TRUE(keyStateBecomes(16, false));
     EXPECT_TRUE(keyStateBecomes(65, false));
@@ -376,23 +367,85 @@ TEST_F(X11Test, StartRunsAProgramAndItsWindowAppears) {
     }
     ASSERT_NE(found, 0u);
     // The window is maximized (best effort, applied from the event loop).
-    bool maximized = false;
-    for (int i = 0; i < 100 && !maximized; ++i) {
-        m_platform.clock->wait(20);
-        const std::string state = [&] {
-            std::string command = "xprop -id " + std::to_string(found) + " _NET_WM_STATE";
-            std::string out;
-            if (FILE* pipe = popen(command.c_str(), "r")) {
-                char buffer[512];
-                while (fgets(buffer, sizeof buffer, pipe)) out += buffer;
-                pclose(pipe);
-            }
-            return out;
-        }();
-        maximized = state.find("_NET_WM_STATE_MAXIMIZED_HORZ") != std::string::npos;
-    }
-    EXPECT_TRUE(maximized);
+    Connection& connection = m_x11->connection();
+    const auto maximized = [&] {
+        const auto state = connection.cardinals(found, connection.atom("_NET_WM_STATE"), XA_ATOM);
+        return state && std::count(state->begin(), state->end(), connection.atom("_NET_WM_STATE_MAXIMIZED_HORZ"));
+    };
+    for (int i = 0; i < 100 && !maximized(); ++i) m_platform.clock->wait(20);
+    EXPECT_TRUE(maximized());
     std::system(("xdotool windowkill " + std::to_string(found)).c_str());
+}
+
+// A borderless window that the window manager leaves where it is put, of
+// one colour, with a 6 x 4 square of another colour inside; the server
+// paints both from their background pixels. A client of its own, as another
+// program would be.
+struct PaintedWindow {
+    PaintedWindow(int x, int y, unsigned long colour, unsigned long innerColour) : display(XOpenDisplay(nullptr)) {
+        XSetWindowAttributes attributes{};
+        attributes.override_redirect = True;
+        attributes.background_pixel = colour;
+        window = XCreateWindow(display, DefaultRootWindow(display), x, y, 120, 80, 0, CopyFromParent, InputOutput,
+                               CopyFromParent, CWOverrideRedirect | CWBackPixel, &attributes);
+        attributes.background_pixel = innerColour;
+        inner = XCreateWindow(display, window, 50, 30, 6, 4, 0, CopyFromParent, InputOutput, CopyFromParent,
+                              CWBackPixel, &attributes);
+        XMapWindow(display, inner);
+        XMapRaised(display, window);
+        XSync(display, False);
+    }
+    ~PaintedWindow() { XCloseDisplay(display); }
+    Display* display;
+    Window window, inner;
+};
+
+// A window painted with known colours is found by the screen commands at
+// its place on the screen, and a capture again sees a change in the same
+// buffer.
+TEST_F(X11Test, ScreenCommandsFindAPaintedColourAtItsScreenPosition) {
+    std::vector<std::string> lines;
+    dryrun::DryRunInput input([&](std::string_view line) { lines.emplace_back(line); });
+    host::Session session;
+    session.platform = m_platform;
+    session.platform.input = &input;  // the cursor's move is read from its line
+    engine::SC engine(session);
+    host::HostCommands commands;
+    engine.setExternalCommands(&commands);
+    const auto run = [&](const std::string& body) {
+        std::string text = "Function(Main);\n" + body + "\nEndFunction();";
+        engine.Initialize(text);
+        engine.Execute();
+    };
+    // Captures until the colour shows: the server paints on its own time.
+    const auto captureShowing = [&](uint32_t pixel, int x, int y) {
+        for (int i = 0; i < 100; ++i, m_platform.clock->wait(10)) {
+            run("CaptureScreen(imagesave0);");
+            const PixelGrid* grid = session.imageTable.image(0);
+            if (grid && grid->at(x, y) == pixel) return true;
+        }
+        return false;
+    };
+    PaintedWindow window(300, 200, 0x204060, 0xC86432);  // inner: red 200, green 100, blue 50
+    ASSERT_TRUE(captureShowing(0xC86432, 350, 230));
+    const PixelGrid& grid = *session.imageTable.image(0);
+    const Size size = m_platform.screen->screenSize();
+    EXPECT_EQ(grid.width, size.width);
+    EXPECT_EQ(grid.height, size.height);
+    EXPECT_EQ(grid.at(300, 200), 0x204060u);
+    EXPECT_EQ(grid.at(419, 279), 0x204060u);
+    run("CreateColorRange(colorrange1, 200, 50, 100, 200, 50, 100);\nMoveMouseToColorRange(imagesave0, colorrange1);\n"
+        "IsPixelIn(r, imagesave0, 300, 200, 419, 279, colorrange1);");
+    EXPECT_EQ(lines, (std::vector<std::string>{"SetCursorPos 350 230"}));
+    EXPECT_EQ(engine.GetVariableAsString("r"), "True");
+    EXPECT_EQ(engine.GetVariableAsString("lx"), "350");
+
+    const uint32_t* buffer = grid.pixels.data();
+    XMoveWindow(window.display, window.inner, 70, 60);
+    XSync(window.display, False);
+    ASSERT_TRUE(captureShowing(0xC86432, 370, 260));
+    EXPECT_EQ(session.imageTable.image(0)->pixels.data(), buffer);
+    EXPECT_EQ(session.imageTable.image(0)->at(350, 230), 0x204060u);
 }
 
 // A timer may end itself from its own tick, as the poll loop's may; Qt's
