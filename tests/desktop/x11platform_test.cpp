@@ -181,42 +181,37 @@ TEST_F(X11Test, MessagesReachTheTargetWhileThePointerStays) {
     EXPECT_EQ(m_platform.input->cursorPos(), before);
 }
 
+// Windows are found by class and title, case aside (also beyond ASCII); a
+// vanished window is no window.
 TEST_F(X11Test, WindowsAreFoundByClassAndTitle) {
-    TestWindow window({"--class", "FindMe", "--title", "Find Me Please", "--child-class", "Inner"});
-    const WindowId top = static_cast<WindowId>(window.top());
-    const WindowId child = static_cast<WindowId>(window.child());
+    auto window = std::make_unique<TestWindow>(
+        std::vector<std::string>{"--class", "FindMe", "--title", "Find Me Please", "--child-class", "Inner"});
+    const WindowId top = static_cast<WindowId>(window->top());
+    const WindowId child = static_cast<WindowId>(window->child());
     Windows& windows = *m_platform.windows;
-    EXPECT_EQ(windows.findWindow(std::string("FindMe"), std::string("Find Me Please")), top);
-    EXPECT_EQ(windows.findWindow(std::string("FindMe"), std::nullopt), top);
-    EXPECT_EQ(windows.findWindow(std::nullopt, std::string("Find Me Please")), top);
-    // Case does not count, also beyond ASCII.
-    EXPECT_EQ(windows.findWindow(std::string("findme"), std::string("FIND ME please")), top);
-    EXPECT_EQ(windows.findWindow(std::string("FindMe"), std::string("Find Me Pleas")), 0u);
-    EXPECT_EQ(windows.findWindow(std::string("FindMe"), std::string("")), 0u);
-    EXPECT_EQ(windows.findWindowEx(top, 0, std::string("Inner"), std::nullopt), child);
-    EXPECT_EQ(windows.findWindowEx(0, 0, std::string("FindMe"), std::nullopt), top);
-    EXPECT_EQ(windows.findWindowEx(top, child, std::string("Inner"), std::nullopt), 0u);
+    using S = std::optional<std::string>;
+    EXPECT_EQ(windows.findWindow(S("FindMe"), S("Find Me Please")), top);
+    EXPECT_EQ(windows.findWindow(S("FindMe"), std::nullopt), top);
+    EXPECT_EQ(windows.findWindow(std::nullopt, S("Find Me Please")), top);
+    EXPECT_EQ(windows.findWindow(S("findme"), S("FIND ME please")), top);
+    EXPECT_EQ(windows.findWindow(S("FindMe"), S("Find Me Pleas")), 0u);
+    EXPECT_EQ(windows.findWindow(S("FindMe"), S("")), 0u);
+    EXPECT_EQ(windows.findWindowEx(top, 0, S("Inner"), std::nullopt), child);
+    EXPECT_EQ(windows.findWindowEx(0, 0, S("FindMe"), std::nullopt), top);
+    EXPECT_EQ(windows.findWindowEx(top, child, S("Inner"), std::nullopt), 0u);
     EXPECT_EQ(windows.className(top), "FindMe");
     EXPECT_EQ(windows.title(top), "Find Me Please");
     EXPECT_EQ(windows.parent(child), top);
     EXPECT_EQ(windows.parent(top), 0u);
-    EXPECT_EQ(windows.windowFromPoint({window.rootX(true, 3), window.rootY(true, 3)}), child);
-    EXPECT_EQ(windows.windowFromPoint({window.rootX(false, 3), window.rootY(false, 3)}), top);
-}
-
-TEST_F(X11Test, AVanishedWindowIsNoWindow) {
-    WindowId gone = 0;
-    {
-        TestWindow window;
-        gone = static_cast<WindowId>(window.top());
-    }
+    EXPECT_EQ(windows.windowFromPoint({window->rootX(true, 3), window->rootY(true, 3)}), child);
+    EXPECT_EQ(windows.windowFromPoint({window->rootX(false, 3), window->rootY(false, 3)}), top);
+    window.reset();
     m_platform.clock->wait(100);
-    m_platform.input->sendMessage(gone, 513, 0, 0);
+    m_platform.input->sendMessage(top, 513, 0, 0);
     m_platform.input->flush();
-    EXPECT_EQ(m_platform.windows->className(gone), "");
-    EXPECT_EQ(m_platform.windows->title(gone), "");
-    EXPECT_EQ(m_platform.windows->parent(gone), 0u);
-    EXPECT_EQ(m_platform.windows->findWindowEx(gone, 0, std::nullopt, std::nullopt), 0u);
+    EXPECT_EQ(windows.className(top) + windows.title(top), "");
+    EXPECT_EQ(windows.parent(child), 0u);
+    EXPECT_EQ(windows.findWindowEx(top, 0, std::nullopt, std::nullopt), 0u);
 }
 
 // While the user holds a modifier, the script's key presses wait for its
