@@ -50,61 +50,45 @@ protected:
     fs::path m_dir;
 };
 
-// Exact bytes, whatever they hold, and no temporary file left beside them:
-// also under a name as long as names go (the temporary file must not take
-// its name from the target's), and under a bare name, in the current folder.
-TEST_F(FileSave, WritesExactlyTheBytes) {
+// Exact bytes, whatever they hold, with the bits each kind of SaveOptions
+// asks for, and no temporary file left beside them: also under a name as
+// long as names go (the temporary file must not take its name from the
+// target's), and under a bare name, in the current folder.
+TEST_F(FileSave, WritesExactlyTheBytesWithTheAskedBits) {
+    const mode_t oldMask = ::umask(027);
     const struct {
         const char* what;
         std::string name, bytes;
+        std::optional<mode_t> before;  // the file replaced, with its bits
+        SaveOptions options;
+        mode_t after;
     } cases[] = {
-        {"empty", "out", ""},
-        {"text", "out", "Sleep 100\r\nMove 10, 20\n"},
-        {"zero bytes inside", "out", std::string("a\0b\0", 4)},
-        {"more than one write takes", "out", std::string(3 << 20, 'x') + "end"},
-        {"a name at the length limit", std::string(NAME_MAX, 'n'), "long"},
-        {"a bare name", "", "here"},
+        {"empty", "out", "", {}, {}, 0640},
+        {"text", "out", "Sleep 100\r\nMove 10, 20\n", {}, {}, 0640},
+        {"zero bytes inside", "out", std::string("a\0b\0", 4), {}, {}, 0640},
+        {"more than one write takes", "out", std::string(3 << 20, 'x') + "end", {}, {}, 0640},
+        {"a name at the length limit", std::string(NAME_MAX, 'n'), "long", {}, {}, 0640},
+        {"a bare name", "", "here", {}, {}, 0640},
+        {"replaced private file stays private", "out", "new", 0600, {}, 0600},
+        {"replaced executable stays executable", "out", "new", 0755, {}, 0755},
+        {"asked bits over an old file", "out", "new", 0600, {.mode = 0644}, 0644},
+        {"asked bits ignore the umask", "out", "new", {}, {.mode = 0666}, 0666},
+        {"never-replace makes a new file", "out", "new", {}, {.existing = Existing::Keep, .mode = 0644}, 0644},
     };
     const fs::path home = fs::current_path();
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
+        const std::string name = c.name.empty() ? "bare" : c.name;
         fs::remove_all(m_dir);
         fs::create_directory(m_dir);
+        if (c.before) writePlain(at(name), "old", *c.before);
         fs::current_path(m_dir);
-        const SaveResult saved = saveFile(c.name.empty() ? "bare" : at(c.name).string(), c.bytes);
+        const SaveResult saved = saveFile(c.name.empty() ? "bare" : at(c.name).string(), c.bytes, c.options);
         fs::current_path(home);
         ASSERT_TRUE(saved) << saved.reason();
-        const std::string name = c.name.empty() ? "bare" : c.name;
         EXPECT_EQ(readFile(at(name)), c.bytes);
+        EXPECT_EQ(modeOf(at(name)), c.after);
         EXPECT_EQ(names(), std::set<std::string>{name});
-    }
-}
-
-// The bits the saved file ends with, for each kind of SaveOptions.
-TEST_F(FileSave, GivesTheAskedPermissions) {
-    const mode_t oldMask = ::umask(027);
-    struct Case {
-        const char* what;
-        std::optional<mode_t> before;  // the file replaced, with its bits
-        SaveOptions options;
-        mode_t after;
-    };
-    const Case cases[] = {
-        {"new file: as open() would make it", std::nullopt, {}, 0640},
-        {"replaced private file stays private", 0600, {}, 0600},
-        {"replaced executable stays executable", 0755, {}, 0755},
-        {"asked bits over an old file", 0600, {.mode = 0644}, 0644},
-        {"asked bits ignore the umask", std::nullopt, {.mode = 0666}, 0666},
-        {"never-replace makes a new file", std::nullopt, {.existing = Existing::Keep, .mode = 0644}, 0644},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        fs::remove(at("out"));
-        if (c.before) writePlain(at("out"), "old", *c.before);
-        const SaveResult saved = saveFile(at("out").string(), "new", c.options);
-        ASSERT_TRUE(saved) << saved.reason();
-        EXPECT_EQ(modeOf(at("out")), c.after);
-        EXPECT_EQ(readFile(at("out")), "new");
     }
     EXPECT_EQ(newFileMode(), 0640u);
     EXPECT_EQ(::umask(oldMask), 027u) << "reading the umask must not change it";

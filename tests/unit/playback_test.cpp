@@ -9,6 +9,7 @@
 #include "host/dispatch.h"
 #include "host/session.h"
 #include "platform/dryrun/dryrun.h"
+#include "platform/loop/pollloop.h"
 #include "playback/playback.h"
 
 namespace tarvoke::test {
@@ -203,6 +204,22 @@ TEST_F(PlaybackTest, PlayDuringARunReplacesIt) {
                                                     "MessageBox 0 \"t\" \"new\"", "ReleaseAll"}));
     EXPECT_FALSE(timer);
     EXPECT_TRUE(shown);
+}
+
+// The player's poll loop: the yield before every statement gives it a turn,
+// so a repeating timer keeps firing inside a run that never ends by itself,
+// until it stops the run.
+TEST_F(PlaybackTest, ThePollLoopsTimersFireInAnEndlessRun) {
+    platform::PollLoop loop;
+    onYield = [&] { loop.turn(false); };
+    playback.load("Function(Main); While(1=1); EndWhile(); EndFunction();");
+    int fired = 0;
+    const auto timer = loop.every(std::chrono::milliseconds(5), [&] {
+        if (++fired == 3) playback.stop();
+    });
+    playback.run();
+    EXPECT_EQ(fired, 3);
+    EXPECT_TRUE(playback.stopRequested());
 }
 
 TEST_F(PlaybackTest, PauseScriptMakesTheNextPlayResume) {

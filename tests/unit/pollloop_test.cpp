@@ -1,5 +1,4 @@
-// The player's poll loop: the yield before every statement gives it a turn,
-// so its timers and watches work inside a run that never ends by itself.
+// The player's poll loop: handlers in their order, waits until the next timer.
 
 #include <gtest/gtest.h>
 
@@ -7,48 +6,13 @@
 
 #include <chrono>
 
-#include "engine/sc.h"
-#include "host/dispatch.h"
-#include "host/session.h"
-#include "platform/dryrun/dryrun.h"
 #include "platform/loop/pollloop.h"
-#include "playback/playback.h"
 
 namespace tarvoke::test {
 namespace {
 
 using std::chrono::milliseconds;
 using Handle = std::unique_ptr<platform::EventLoop::Handle>;
-
-class PlayerLoopTest : public ::testing::Test {
-protected:
-    PlayerLoopTest() {
-        session.platform = platform.platform();
-        engine.setExternalCommands(&commands);
-    }
-
-    platform::PollLoop loop;
-    std::vector<std::string> printed;
-    platform::dryrun::DryRunPlatform platform{[this](std::string_view line) { printed.emplace_back(line); },
-                                              [this] { loop.turn(false); }};
-    host::Session session;
-    engine::SC engine{session};
-    host::HostCommands commands;
-    playback::Playback playback{engine, session};
-};
-
-// A repeating timer keeps firing inside a loop that never ends by itself,
-// until it stops the run.
-TEST_F(PlayerLoopTest, ATimerKeepsFiringInAnEndlessLoopAndStopsIt) {
-    playback.load("Function(Main); While(1=1); EndWhile(); EndFunction();");
-    int fired = 0;
-    const Handle timer = loop.every(milliseconds(5), [&] {
-        if (++fired == 3) playback.stop();
-    });
-    playback.run();
-    EXPECT_EQ(fired, 3);
-    EXPECT_TRUE(playback.stopRequested());
-}
 
 class PollLoopTest : public ::testing::Test {
 protected:
