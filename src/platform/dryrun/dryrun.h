@@ -27,7 +27,7 @@ public:
     void mouseEvent(uint32_t flags) override;
     void keyEvent(uint8_t vk, uint32_t flags) override;
     void sendKeys(const std::string& keys, const std::vector<KeyStroke>& strokes) override;
-    void sendMessage(WindowId window, uint32_t message, uint32_t wParam, uint32_t lParam) override;
+    void sendMessage(WindowId window, uint32_t message, uint32_t key, uint32_t point) override;
 
 private:
     LineSink m_sink;
