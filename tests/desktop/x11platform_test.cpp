@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 
 #include "host/sendkeys.h"
 #include "platform/loop/pollloop.h"
@@ -38,13 +39,14 @@ protected:
         if (m_x11) m_x11->input().releaseAll();
     }
 
-    // Waits up to a second for the key state to say what is expected.
-    bool keyStateBecomes(uint8_t vk, bool down) {
-        for (int i = 0; i < 100; ++i) {
-            if (m_platform.keys->isDown(vk) == down) return true;
-            m_platform.clock->wait(10);
-        }
+    // Waits up to five seconds, turning the event loop, for the condition.
+    bool eventually(const std::function<bool()>& condition) {
+        for (int i = 0; i < 500; ++i, m_platform.clock->wait(10))
+            if (condition()) return true;
         return false;
+    }
+    bool keyStateBecomes(uint8_t vk, bool down) {
+        return eventually([&] { return m_platform.keys->isDown(vk) == down; });
     }
 
     QtLoop m_loop;
@@ -108,13 +110,6 @@ TEST_F(X11Test, CursorFollowsMovesAndWarpsOfOtherPrograms) {
     Display* other = XOpenDisplay(nullptr);
     ASSERT_NE(other, nullptr);
     const Window root = DefaultRootWindow(other);
-    const auto readsAfterLoop = [this](Point expected) {
-        for (int i = 0; i < 100; ++i) {
-            m_platform.clock->wait(1);
-            if (m_platform.input->cursorPos() == expected) return true;
-        }
-        return false;
-    };
     struct Move {
         const char* how;
         Point to;
@@ -125,7 +120,7 @@ TEST_F(X11Test, CursorFollowsMovesAndWarpsOfOtherPrograms) {
         if (std::string(move.how) == "warp") XWarpPointer(other, None, root, 0, 0, 0, 0, move.to.x, move.to.y);
         else XTestFakeMotionEvent(other, -1, move.to.x, move.to.y, CurrentTime);
         XSync(other, False);
-        EXPECT_TRUE(readsAfterLoop(move.to));
+        EXPECT_TRUE(eventually([&] { return m_platform.input->cursorPos() == move.to; }));
     }
     XCloseDisplay(other);
 }
@@ -153,7 +148,7 @@ TEST_F(X11Test, KeysAndKeyStringsArriveWithTheirKeysyms) {
                 keysyms.push_back(event["keysym"]);
         return keysyms;
     };
-    for (int i = 0; i < 100 && typed("KeyRelease").size() < expected.size(); ++i) m_platform.clock->wait(20);
+    eventually([&] { return typed("KeyRelease").size() >= expected.size(); });
     EXPECT_EQ(typed("KeyPress"), expected);
     EXPECT_EQ(typed("KeyRelease"), expected);
 }
@@ -312,8 +307,7 @@ TEST_F(X11Test, TheNextStartCleansUpAfterAKilledRun) {
     ::shutdown(ConnectionNumber(killedDisplay), SHUT_RDWR);
     static_cast<void>(killed.release());
     XWindowAttributes attributes;
-    for (int i = 0; i < 200 && m_x11->connection().checked([&] { XGetWindowAttributes(display, (*entries)[0], &attributes); }); ++i)
-        m_platform.clock->wait(10);
+    eventually([&] { return !m_x11->connection().checked([&] { XGetWindowAttributes(display, (*entries)[0], &attributes); }); });
 
     PollLoop nextLoop;
     const auto next = X11Platform::open(nextLoop);
@@ -353,19 +347,16 @@ TEST_F(X11Test, WaitsEndAtTheirDeadlineOrWhenCancelled) {
 TEST_F(X11Test, StartRunsAProgramAndItsWindowAppears) {
     m_platform.programs->shellExecute("Open", TARVOKE_TESTWINDOW, "--class Started --title 'Started Window'", 3);
     WindowId found = 0;
-    for (int i = 0; i < 100 && !found; ++i) {
-        m_platform.clock->wait(50);
-        found = m_platform.windows->findWindow(std::string("Started"), std::string("Started Window"));
-    }
-    ASSERT_NE(found, 0u);
+    ASSERT_TRUE(eventually([&] {
+        return (found = m_platform.windows->findWindow(std::string("Started"), std::string("Started Window")));
+    }));
     // The window is maximized (best effort, applied from the event loop).
     Connection& connection = m_x11->connection();
     const auto maximized = [&] {
         const auto state = connection.cardinals(found, connection.atom("_NET_WM_STATE"), XA_ATOM);
         return state && std::count(state->begin(), state->end(), connection.atom("_NET_WM_STATE_MAXIMIZED_HORZ"));
     };
-    for (int i = 0; i < 100 && !maximized(); ++i) m_platform.clock->wait(20);
-    EXPECT_TRUE(maximized());
+    EXPECT_TRUE(eventually(maximized));
     std::system(("xdotool windowkill " + std::to_string(found)).c_str());
 }
 
@@ -398,11 +389,10 @@ TEST_F(X11Test, CaptureShowsAPaintedWindowAtItsPlace) {
     screen::ImageStore store;
     // Captures until the colour shows: the server paints on its own time.
     const auto captureShowing = [&](uint32_t pixel, int x, int y) {
-        for (int i = 0; i < 100; ++i, m_platform.clock->wait(10)) {
+        return eventually([&] {
             screen::CaptureScreen(store, *m_platform.screen, "imagesave0");
-            if (store.image(0) && store.image(0)->at(x, y) == pixel) return true;
-        }
-        return false;
+            return store.image(0) && store.image(0)->at(x, y) == pixel;
+        });
     };
     PaintedWindow window(300, 200, 0x204060, 0xC86432);  // inner: red 200, green 100, blue 50
     ASSERT_TRUE(captureShowing(0xC86432, 350, 230));
