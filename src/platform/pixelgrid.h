@@ -1,5 +1,5 @@
 #pragma once
-// A picture as the screen commands see it.
+// A picture as capture, picture files and the screen commands see it.
 //
 // Contract: width x height pixels, row-major, (0, 0) top left, no padding
 // between rows. Each pixel is one 32-bit word: blue in byte 0, green in
