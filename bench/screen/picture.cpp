@@ -10,13 +10,13 @@ namespace {
 
 uint8_t clampByte(double v) { return static_cast<uint8_t>(std::clamp(v, 0.0, 255.0)); }
 
-void fill(screen::PixelGrid& g, int x0, int y0, int w, int h, uint32_t pixel) {
+void fill(platform::PixelGrid& g, int x0, int y0, int w, int h, uint32_t pixel) {
     for (int y = std::max(y0, 0); y < std::min(y0 + h, g.height); ++y)
         for (int x = std::max(x0, 0); x < std::min(x0 + w, g.width); ++x) g.at(x, y) = pixel;
 }
 
 // Smooth noise: random values on a coarse lattice, interpolated.
-void photo(screen::PixelGrid& g, int x0, int y0, int w, int h, std::mt19937& random) {
+void photo(platform::PixelGrid& g, int x0, int y0, int w, int h, std::mt19937& random) {
     const int step = 16;
     const int cols = w / step + 2, rows = h / step + 2;
     std::vector<double> lattice(static_cast<size_t>(cols) * rows * 3);
@@ -32,28 +32,28 @@ void photo(screen::PixelGrid& g, int x0, int y0, int w, int h, std::mt19937& ran
                 const double bottom = at(cx, cy + 1) * (1 - fx) + at(cx + 1, cy + 1) * fx;
                 c[k] = clampByte(top * (1 - fy) + bottom * fy + (random() % 9) - 4.0);
             }
-            if (x0 + x < g.width && y0 + y < g.height) g.at(x0 + x, y0 + y) = screen::makePixel(c[0], c[1], c[2]);
+            if (x0 + x < g.width && y0 + y < g.height) g.at(x0 + x, y0 + y) = platform::makePixel(c[0], c[1], c[2]);
         }
 }
 
 }  // namespace
 
-screen::PixelGrid desktopPicture(int width, int height) {
+platform::PixelGrid desktopPicture(int width, int height) {
     std::mt19937 random(2024);
-    screen::PixelGrid g;
+    platform::PixelGrid g;
     g.resize(width, height);
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x)
-            g.at(x, y) = screen::makePixel(clampByte(40 + y * 60.0 / height), clampByte(70 + x * 40.0 / width), 120);
+            g.at(x, y) = platform::makePixel(clampByte(40 + y * 60.0 / height), clampByte(70 + x * 40.0 / width), 120);
     for (int i = 0; i < 14; ++i) {
         const int w = 300 + random() % 600, h = 200 + random() % 400;
         const int x = random() % (width - 200), y = random() % (height - 150);
-        fill(g, x, y, w, h, screen::makePixel(236, 236, 236));
-        fill(g, x, y, w, 28, screen::makePixel(48, 84, 150 + random() % 60));
+        fill(g, x, y, w, h, platform::makePixel(236, 236, 236));
+        fill(g, x, y, w, 28, platform::makePixel(48, 84, 150 + random() % 60));
         for (int line = y + 40; line + 12 < y + h; line += 18)
             for (int word = x + 10; word < x + w - 40;) {
                 const int length = 10 + random() % 50;
-                fill(g, word, line, std::min(length, x + w - 10 - word), 10, screen::makePixel(30, 30, 30 + random() % 40));
+                fill(g, word, line, std::min(length, x + w - 10 - word), 10, platform::makePixel(30, 30, 30 + random() % 40));
                 word += length + 8;
             }
     }
@@ -61,8 +61,8 @@ screen::PixelGrid desktopPicture(int width, int height) {
     return g;
 }
 
-screen::PixelGrid cut(const screen::PixelGrid& from, int x0, int y0, int width, int height) {
-    screen::PixelGrid g;
+platform::PixelGrid cut(const platform::PixelGrid& from, int x0, int y0, int width, int height) {
+    platform::PixelGrid g;
     g.resize(width, height);
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x) g.at(x, y) = from.at(x0 + x, y0 + y);

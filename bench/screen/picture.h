@@ -3,11 +3,11 @@
 // windows with title bars and lines of text, and a photograph-like area of
 // smooth noise. The same seed gives the same picture.
 
-#include "screen/pixelgrid.h"
+#include "platform/pixelgrid.h"
 
 namespace tarvoke::bench {
 
-screen::PixelGrid desktopPicture(int width, int height);
-screen::PixelGrid cut(const screen::PixelGrid& from, int x, int y, int width, int height);
+platform::PixelGrid desktopPicture(int width, int height);
+platform::PixelGrid cut(const platform::PixelGrid& from, int x, int y, int width, int height);
 
 }  // namespace tarvoke::bench

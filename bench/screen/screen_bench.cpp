@@ -25,8 +25,8 @@ using namespace tarvoke;
 
 constexpr int kWidth = 1920, kHeight = 1080;
 
-const screen::PixelGrid& picture() {
-    static const screen::PixelGrid grid = bench::desktopPicture(kWidth, kHeight);
+const platform::PixelGrid& picture() {
+    static const platform::PixelGrid grid = bench::desktopPicture(kWidth, kHeight);
     return grid;
 }
 
@@ -52,7 +52,7 @@ void BM_CaptureXShm(benchmark::State& state) {
         return;
     }
     platform::ScreenCapture* capture = x11->platform(nullptr).screen;
-    screen::PixelGrid grid;
+    platform::PixelGrid grid;
     capture->capture(grid);  // sets up the shared segment once
     for (auto _ : state) {
         capture->capture(grid);
@@ -106,7 +106,7 @@ void BM_GetSaturationInWholeScreen(benchmark::State& state) {
 BENCHMARK(BM_GetSaturationInWholeScreen)->Unit(benchmark::kMillisecond);
 
 bool writePictures(const std::string& folder) {
-    auto save = [&](const screen::PixelGrid& grid, const std::string& name) {
+    auto save = [&](const platform::PixelGrid& grid, const std::string& name) {
         QImage image(reinterpret_cast<const uchar*>(grid.pixels.data()), grid.width, grid.height, grid.width * 4,
                      QImage::Format_RGB32);
         return image.save(QString::fromStdString(folder + "/" + name), "PNG");

@@ -47,7 +47,7 @@ AdvancedWindow::AdvancedWindow(App& app) : m_app(app) {
 
     m_recordTimers = std::make_unique<RecordTimers>(app, recorder::Form::Main);
     auto hotkeyRecord = [this] {
-        m_app.recorder.bHotkeyRecord = true;
+        m_app.recorder.startedByHotkey = true;
         startRecording();
     };
     m_timers = std::make_unique<PlayTimers>(
@@ -311,7 +311,7 @@ void AdvancedWindow::toggleRepeat() {
 void AdvancedWindow::stopScript() { m_app.playback.stopPlay(); }
 
 void AdvancedWindow::recordScript() {
-    m_app.recorder.bHotkeyRecord = false;
+    m_app.recorder.startedByHotkey = false;
     startRecording();
 }
 

@@ -75,7 +75,7 @@ void PlayTimers::pollHotkeys() {
     platform::KeyState* keys = m_app.keys();
     if (!keys) return;
     const auto fired = playback::pollHotkeys(
-        *keys, {correctTimeTimerOn(), m_app.recorder.bRecording, std::exchange(m_app.session.stopKeysSeen, false)});
+        *keys, {correctTimeTimerOn(), m_app.recorder.recording, std::exchange(m_app.session.stopKeysSeen, false)});
     for (playback::Hotkey hotkey : fired) {
         const std::function<void()>& action = hotkey == playback::Hotkey::Stop    ? m_actions.stop
                                               : hotkey == playback::Hotkey::Pause ? m_actions.pause

@@ -33,8 +33,8 @@ RecordTimers::~RecordTimers() = default;
 void RecordTimers::start() {
     if (!m_recorder) return;  // no key state or input: nothing could be recorded
     recorder::RecorderState& state = m_app.recorder;
-    state.bMouseMove = m_app.mouseMove;
-    state.bExtendedClicks = m_app.extendedClicks;
+    state.mouseMoves = m_app.mouseMove;
+    state.extendedClicks = m_app.extendedClicks;
     // The key state's changes drive the sampler where the platform tells of
     // them; elsewhere the sample timer samples every millisecond.
     const bool driven = m_recorder->start({});
@@ -43,15 +43,15 @@ void RecordTimers::start() {
 }
 
 std::optional<std::string> RecordTimers::closeIfRecording() {
-    if (!m_app.recorder.bRecording) return std::nullopt;
+    if (!m_app.recorder.recording) return std::nullopt;
     m_sampleTimer.stop();
     m_secondTimer.stop();
     std::string script = m_recorder->close();
     // Ctrl+6 and Ctrl+7 change the settings for good.
     const recorder::RecorderState& state = m_app.recorder;
-    if (state.bMouseMove != m_app.mouseMove || state.bExtendedClicks != m_app.extendedClicks) {
-        m_app.mouseMove = state.bMouseMove;
-        m_app.extendedClicks = state.bExtendedClicks;
+    if (state.mouseMoves != m_app.mouseMove || state.extendedClicks != m_app.extendedClicks) {
+        m_app.mouseMove = state.mouseMoves;
+        m_app.extendedClicks = state.extendedClicks;
         m_app.saveSettings();
     }
     return script;

@@ -2,7 +2,7 @@
 // The screen: its size and a capture into a pixel grid.
 
 #include "platform/types.h"
-#include "screen/pixelgrid.h"
+#include "platform/pixelgrid.h"
 
 namespace tarvoke::platform {
 
@@ -11,7 +11,7 @@ public:
     virtual ~ScreenCapture() = default;
     virtual Size screenSize() = 0;
     // Fills grid with the whole screen; false when nothing could be read.
-    virtual bool capture(screen::PixelGrid& grid) = 0;
+    virtual bool capture(PixelGrid& grid) = 0;
 };
 
 }  // namespace tarvoke::platform

@@ -69,8 +69,10 @@ public:
     virtual void keyEvent(uint8_t vk, uint32_t flags) = 0;
     // A key string the host has already parsed; keys is the script's text.
     virtual void sendKeys(const std::string& keys, const std::vector<KeyStroke>& strokes) = 0;
-    // A mouse or key message delivered to one window (513.. buttons, 256/257 keys).
-    virtual void sendMessage(WindowId window, uint32_t message, uint32_t wParam, uint32_t lParam) = 0;
+    // A mouse or key message delivered to one window (513.. buttons, 256/257 keys):
+    // key is a key message's virtual key, point a button message's position
+    // (x in the low half, y in the high half, each signed).
+    virtual void sendMessage(WindowId window, uint32_t message, uint32_t key, uint32_t point) = 0;
     // A platform may hold input back until the event loop's next turn, so
     // that a burst leaves at once; this sends what is held now. A caller
     // about to do something slow that is not input calls it first.

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "screen/pixelgrid.h"
+#include "platform/pixelgrid.h"
 
 namespace tarvoke::platform {
 
@@ -12,10 +12,10 @@ public:
     virtual ~Pictures() = default;
     // Reads the picture at path into grid; false when the file is missing or
     // no picture that can be read (grid is then left empty).
-    virtual bool load(const std::string& path, screen::PixelGrid& grid) = 0;
+    virtual bool load(const std::string& path, PixelGrid& grid) = 0;
     // Writes grid to path as a bitmap, whatever the extension; on failure a
     // file already at path stays as it was.
-    virtual bool save(const std::string& path, const screen::PixelGrid& grid) = 0;
+    virtual bool save(const std::string& path, const PixelGrid& grid) = 0;
 };
 
 }  // namespace tarvoke::platform

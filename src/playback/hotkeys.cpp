@@ -8,15 +8,15 @@ namespace {
 constexpr uint8_t kControl = 17;
 
 struct HotkeyRow {
-    uint8_t vk;  // the digit of the main block, not the numeric pad's
+    uint8_t vk;  // the digit of the main block, not the numeric pad's: its virtual key is its character
     Hotkey hotkey;
 };
 
 constexpr HotkeyRow kRows[] = {
-    {48, Hotkey::Stop},
-    {49, Hotkey::Pause},
-    {56, Hotkey::Record},
-    {57, Hotkey::Play},
+    {'0', Hotkey::Stop},
+    {'1', Hotkey::Pause},
+    {'8', Hotkey::Record},
+    {'9', Hotkey::Play},
 };
 
 bool allowed(Hotkey hotkey, HotkeyConditions conditions) {
@@ -46,6 +46,6 @@ std::vector<Hotkey> pollHotkeys(platform::KeyState& keys, HotkeyConditions condi
     return fired;
 }
 
-bool stopKeysDown(platform::KeyState& keys) { return keys.isDown(kControl) && keys.isDown(48); }
+bool stopKeysDown(platform::KeyState& keys) { return keys.isDown(kControl) && keys.isDown('0'); }
 
 }  // namespace tarvoke::playback

@@ -23,17 +23,17 @@ void Playback::stop() {
 }
 
 bool Playback::resumeIfPending() {
-    if (!m_bResumePending) return false;
+    if (!m_resumePending) return false;
     claimStopKey(true);
     if (m_view) m_view->setPlayTimer(true);
-    m_bResumePending = false;
+    m_resumePending = false;
     return true;
 }
 
-void Playback::start(std::string& sScriptText, bool clearTargetWindow) {
+void Playback::start(std::string& script, bool clearTargetWindow) {
     ++m_generation;
     m_engine.SetExecuteType(0);
-    m_engine.Initialize(sScriptText);
+    m_engine.Initialize(script);
     if (clearTargetWindow) m_session.hTargetWindow = 0;
     if (m_view) m_view->hideForRun();
     claimStopKey(true);
@@ -41,8 +41,8 @@ void Playback::start(std::string& sScriptText, bool clearTargetWindow) {
 }
 
 void Playback::setPlayTarget(int32_t target) {
-    m_lngPlayTarget = target;
-    m_lngPlayCount = 0;
+    m_playTarget = target;
+    m_playCount = 0;
     m_session.bRepeat = true;
 }
 
@@ -61,8 +61,8 @@ void Playback::tick() {
     if (!m_session.bRepeat) {
         stopPlay();
     } else if (m_view && m_view->playXSelected()) {
-        ++m_lngPlayCount;
-        if (m_lngPlayCount >= m_lngPlayTarget) stopPlay();
+        ++m_playCount;
+        if (m_playCount >= m_playTarget) stopPlay();
     }
 }
 
@@ -94,7 +94,7 @@ void Playback::pauseScript() {
     claimStopKey(false);
     m_engine.PauseExecution();
     if (m_session.platform.clock) m_session.platform.clock->cancelWaits();
-    m_bResumePending = true;
+    m_resumePending = true;
 }
 
 }  // namespace tarvoke::playback

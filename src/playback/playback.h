@@ -54,9 +54,9 @@ public:
     // After a PauseScript the next Play only turns the timer back on: true
     // when that happened (the caller then does nothing more).
     bool resumeIfPending();
-    // Loads sScriptText (the engine may rewrite it), clears the target window
+    // Loads script (the engine may rewrite it), clears the target window
     // when asked, hides the window and turns the play timer on.
-    void start(std::string& sScriptText, bool clearTargetWindow);
+    void start(std::string& script, bool clearTargetWindow);
     // Play X: the number of runs wanted; repeating is switched on.
     void setPlayTarget(int32_t target);
     // The play timer's tick: one whole run, then repeat, count or stop.
@@ -67,10 +67,10 @@ public:
     // Ends the run in hand and makes the next Play resume instead of reload.
     void pauseScript();
 
-    bool resumePending() const { return m_bResumePending; }
+    bool resumePending() const { return m_resumePending; }
     bool inTick() const { return m_inTick; }
-    int32_t playTarget() const { return m_lngPlayTarget; }
-    int32_t playCount() const { return m_lngPlayCount; }
+    int32_t playTarget() const { return m_playTarget; }
+    int32_t playCount() const { return m_playCount; }
 
 private:
     void releaseHeld();
@@ -82,9 +82,9 @@ private:
     bool m_stopRequested = false;
     bool m_running = false;
 
-    bool m_bResumePending = false;
-    int32_t m_lngPlayTarget = 0;
-    int32_t m_lngPlayCount = 0;
+    bool m_resumePending = false;
+    int32_t m_playTarget = 0;
+    int32_t m_playCount = 0;
     bool m_inTick = false;
     bool m_releaseDue = false;  // a stop inside the tick: release when it ends
     // Counts starts, so that a tick can tell that its run was replaced.

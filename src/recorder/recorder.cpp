@@ -42,7 +42,7 @@ bool Recorder::start(std::function<void()> afterChange) {
 }
 
 void Recorder::onChange(const platform::InputChange& change) {
-    if (!m_state.bRecording) return;
+    if (!m_state.recording) return;
     m_changeTime = m_time.stamp(change.time, m_clock.monotonicMs());
     if (change.pointer) m_pointer = change.pointer;
     m_sampler.tick(m_pointer);
@@ -51,7 +51,7 @@ void Recorder::onChange(const platform::InputChange& change) {
 }
 
 void Recorder::sample() {
-    if (m_state.bRecording) m_sampler.tick();
+    if (m_state.recording) m_sampler.tick();
 }
 
 void Recorder::countSecond() { recorder::countSecond(m_state, m_clocks); }

@@ -10,29 +10,29 @@
 
 namespace tarvoke::recorder {
 
-// The two main windows sample alike but for one step (see AddRecordedLine).
+// The two main windows sample alike but for one step (see addLine).
 enum class Form { Main, Basic };
 
 // Shared by both windows' samplers.
 struct RecorderState {
-    std::string sScriptText;              // the growing recording
-    std::array<bool, 256> intKeyState{};  // true: a KeyDown line stands open
-    int32_t lngEventCount = 0;            // lines offered to AddRecordedLine
-    bool bSkipNextLine = false;
-    std::array<bool, 5> bHotkeyActed{};   // for the digits 0, 4, 5, 6, 7
-    bool bHotkeyRecord = false;           // started by Ctrl+8 in the main window
-    bool bMouseMove = true;
-    bool bExtendedClicks = true;
-    bool bRecording = false;
-    int32_t lngSeconds = 0;
+    std::string script;                 // the growing recording
+    std::array<bool, 256> keyOpen{};    // true: a KeyDown line stands open
+    int32_t linesOffered = 0;           // lines offered to addLine
+    bool skipNextLine = false;
+    std::array<bool, 5> hotkeyActed{};  // for the digits 0, 4, 5, 6, 7
+    bool startedByHotkey = false;       // started by Ctrl+8 in the main window
+    bool mouseMoves = true;
+    bool extendedClicks = true;
+    bool recording = false;
+    int32_t seconds = 0;
 };
 
 // Kept by each window's sampler; the button flags outlive a recording.
 struct FormState {
-    bool bLeftDown = false;
-    bool bRightDown = false;
-    bool bMiddleDown = false;
-    platform::Point ptLastMove;
+    bool leftDown = false;
+    bool rightDown = false;
+    bool middleDown = false;
+    platform::Point lastMove;
 };
 
 // The two stopwatches of the timing commands, as the recorder uses them.

@@ -23,7 +23,7 @@ void startRecording(RecorderState& state, FormState& form, platform::KeyState& k
 void countSecond(RecorderState& state, const Stopwatches& clocks);
 
 // Ends the recording and wraps its lines in the frame of a finished script,
-// which also becomes sScriptText.
+// which also becomes the state's script.
 std::string closeRecording(RecorderState& state, const Stopwatches& clocks);
 
 }  // namespace tarvoke::recorder

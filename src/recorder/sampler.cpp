@@ -1,17 +1,34 @@
 #include "recorder/sampler.h"
 
+#include <iterator>
 #include <string>
 
-#include "screen/pixelgrid.h"
+#include "platform/pixelgrid.h"
 
 namespace tarvoke::recorder {
 namespace {
 
-constexpr uint8_t kCtrl = 17;
-constexpr uint8_t kHotkeyDigits[] = {48, 52, 53, 54, 55};
+// The virtual keys that the tick treats apart from the others.
+enum Key : uint8_t {
+    LeftButton = 1,
+    RightButton = 2,
+    Cancel = 3,
+    MiddleButton = 4,
+    Ctrl = 17,
+    Digit0 = 48,
+    Digit4 = 52,  // Ctrl+4: the lines that select the window under the pointer
+    Digit5 = 53,  // Ctrl+5: move to the colour under the pointer
+    Digit6 = 54,  // Ctrl+6: mouse moves on or off
+    Digit7 = 55,  // Ctrl+7: extended clicks on or off
+    LeftCtrl = 162,
+    RightCtrl = 163,
+    LastKey = 254,
+};
+
+constexpr uint8_t kHotkeyDigits[] = {Digit0, Digit4, Digit5, Digit6, Digit7};
 
 int hotkeyIndex(uint8_t vk) {
-    for (int i = 0; i < 5; ++i)
+    for (int i = 0; i < static_cast<int>(std::size(kHotkeyDigits)); ++i)
         if (kHotkeyDigits[i] == vk) return i;
     return -1;
 }
@@ -20,7 +37,7 @@ std::string pointText(platform::Point point) { return std::to_string(point.x) + 
 
 }  // namespace
 
-void RemoveLastCtrlDown(std::string& text) {
+void removeLastCtrlDown(std::string& text) {
     for (const char* press : {"KeyDown(163);\n", "KeyDown(162);\n"}) {
         const size_t found = text.rfind(press);
         if (found != std::string::npos) {
@@ -30,16 +47,16 @@ void RemoveLastCtrlDown(std::string& text) {
     }
 }
 
-void Sampler::AddRecordedLine(const std::string& sLine) {
-    ++m_state.lngEventCount;
+void Sampler::addLine(const std::string& line) {
+    ++m_state.linesOffered;
     // After Ctrl+8 in the main window the first two lines are the releases
     // of that hotkey; the event clock runs on through them.
-    if (m_kind == Form::Main && m_state.bHotkeyRecord && m_state.lngEventCount <= 2) return;
-    if (m_state.bSkipNextLine) {
-        m_state.bSkipNextLine = false;
+    if (m_kind == Form::Main && m_state.startedByHotkey && m_state.linesOffered <= 2) return;
+    if (m_state.skipNextLine) {
+        m_state.skipNextLine = false;
         return;
     }
-    m_state.sScriptText += "Pause(" + std::to_string(m_clocks.readEventClock()) + ");\n" + sLine + "\n";
+    m_state.script += "Pause(" + std::to_string(m_clocks.readEventClock()) + ");\n" + line + "\n";
     m_clocks.startEventClock();
 }
 
@@ -47,21 +64,21 @@ void Sampler::AddRecordedLine(const std::string& sLine) {
 // digits end a tick before the keys behind them are looked at.
 void Sampler::tick(std::optional<platform::Point> pointer) {
     m_pointer = pointer;
-    sampleButton(1, m_form.bLeftDown, "Left");
-    sampleButton(2, m_form.bRightDown, "Right");
-    sampleButton(4, m_form.bMiddleDown, "Middle");
-    if (m_state.bMouseMove) sampleMove();
-    plainKey(3);
-    plainKeys(5, 16);
-    plainKeys(18, 47);
-    if (!hotkey(48)) return;
-    plainKeys(49, 51);
-    for (uint8_t digit = 52; digit <= 55; ++digit)
+    sampleButton(LeftButton, m_form.leftDown, "Left");
+    sampleButton(RightButton, m_form.rightDown, "Right");
+    sampleButton(MiddleButton, m_form.middleDown, "Middle");
+    if (m_state.mouseMoves) sampleMove();
+    plainKey(Cancel);
+    plainKeys(MiddleButton + 1, Ctrl - 1);
+    plainKeys(Ctrl + 1, Digit0 - 1);
+    if (!hotkey(Digit0)) return;
+    plainKeys(Digit0 + 1, Digit4 - 1);
+    for (uint8_t digit = Digit4; digit <= Digit7; ++digit)
         if (!hotkey(digit)) return;
-    plainKeys(56, 161);
-    ctrlKey(162);
-    ctrlKey(163);
-    plainKeys(164, 254);
+    plainKeys(Digit7 + 1, LeftCtrl - 1);
+    ctrlKey(LeftCtrl);
+    ctrlKey(RightCtrl);
+    plainKeys(RightCtrl + 1, LastKey);
 }
 
 platform::Point Sampler::cursor() { return m_pointer ? *m_pointer : m_input.cursorPos(); }
@@ -71,23 +88,23 @@ void Sampler::sampleButton(uint8_t vk, bool& flag, const char* name) {
     if (down == flag) return;
     const platform::Point at = cursor();
     const std::string change = std::string(name) + (down ? "Down" : "Up");
-    AddRecordedLine(m_state.bExtendedClicks ? change + "Ex(" + pointText(at) + ");" : change + "();");
+    addLine(m_state.extendedClicks ? change + "Ex(" + pointText(at) + ");" : change + "();");
     flag = down;
 }
 
 // A move along one axis alone writes nothing until the other one changes too.
 void Sampler::sampleMove() {
     const platform::Point at = cursor();
-    if (at.x == m_form.ptLastMove.x || at.y == m_form.ptLastMove.y) return;
-    AddRecordedLine("MoveMouse(" + pointText(at) + ");");
-    m_form.ptLastMove = at;
+    if (at.x == m_form.lastMove.x || at.y == m_form.lastMove.y) return;
+    addLine("MoveMouse(" + pointText(at) + ");");
+    m_form.lastMove = at;
 }
 
 void Sampler::plainKey(uint8_t vk) {
     const bool down = m_keys.isDown(vk);
-    bool& open = m_state.intKeyState[vk];
+    bool& open = m_state.keyOpen[vk];
     if (down == open) return;
-    AddRecordedLine((down ? "KeyDown(" : "KeyUp(") + std::to_string(vk) + ");");
+    addLine((down ? "KeyDown(" : "KeyUp(") + std::to_string(vk) + ");");
     open = down;
 }
 
@@ -100,22 +117,22 @@ void Sampler::plainKeys(uint8_t first, uint8_t last) {
 bool Sampler::hotkey(uint8_t vk) {
     const int index = hotkeyIndex(vk);
     const bool down = m_keys.isDown(vk);
-    bool& open = m_state.intKeyState[vk];
+    bool& open = m_state.keyOpen[vk];
     if (down && !open) {
-        if (!m_keys.isDown(kCtrl)) {
+        if (!m_keys.isDown(Ctrl)) {
             plainKey(vk);
             return true;
         }
-        if (!m_state.bHotkeyActed[index]) {
+        if (!m_state.hotkeyActed[index]) {
             actOnHotkey(vk);
-            m_state.bHotkeyActed[index] = true;
+            m_state.hotkeyActed[index] = true;
         }
         return false;
     }
     if (!down) {
-        m_state.bHotkeyActed[index] = false;
+        m_state.hotkeyActed[index] = false;
         if (open) {
-            if (m_keys.isDown(kCtrl)) return false;
+            if (m_keys.isDown(Ctrl)) return false;
             plainKey(vk);
         }
     }
@@ -125,7 +142,7 @@ bool Sampler::hotkey(uint8_t vk) {
 // A Ctrl release waits until no hotkey digit is down.
 void Sampler::ctrlKey(uint8_t vk) {
     const bool down = m_keys.isDown(vk);
-    bool& open = m_state.intKeyState[vk];
+    bool& open = m_state.keyOpen[vk];
     if (down && !open) {
         plainKey(vk);
     } else if (!down && open) {
@@ -137,23 +154,23 @@ void Sampler::ctrlKey(uint8_t vk) {
 
 void Sampler::actOnHotkey(uint8_t vk) {
     switch (vk) {
-    case 52:
-        RemoveLastCtrlDown(m_state.sScriptText);
-        AddRecordedLine(m_hooks.windowSelection ? m_hooks.windowSelection() : std::string());
-        m_state.bSkipNextLine = true;
+    case Digit4:
+        removeLastCtrlDown(m_state.script);
+        addLine(m_hooks.windowSelection ? m_hooks.windowSelection() : std::string());
+        m_state.skipNextLine = true;
         break;
-    case 53:
+    case Digit5:
         sampleColour();
         break;
-    case 54:
-        RemoveLastCtrlDown(m_state.sScriptText);
-        m_state.bMouseMove = !m_state.bMouseMove;
-        m_state.bSkipNextLine = true;
+    case Digit6:
+        removeLastCtrlDown(m_state.script);
+        m_state.mouseMoves = !m_state.mouseMoves;
+        m_state.skipNextLine = true;
         break;
-    case 55:
-        RemoveLastCtrlDown(m_state.sScriptText);
-        m_state.bExtendedClicks = !m_state.bExtendedClicks;
-        m_state.bSkipNextLine = true;
+    case Digit7:
+        removeLastCtrlDown(m_state.script);
+        m_state.extendedClicks = !m_state.extendedClicks;
+        m_state.skipNextLine = true;
         break;
     default:
         break;  // Ctrl+0 ends the recording elsewhere
@@ -162,18 +179,18 @@ void Sampler::actOnHotkey(uint8_t vk) {
 
 // The block plays back as: take a new picture, move to that one colour.
 void Sampler::sampleColour() {
-    RemoveLastCtrlDown(m_state.sScriptText);
+    removeLastCtrlDown(m_state.script);
     if (m_hooks.captureTemp) m_hooks.captureTemp();
     const platform::Point cursor = m_input.cursorPos();
     const uint32_t pixel = m_hooks.tempPixel ? m_hooks.tempPixel(cursor) : 0;
-    const std::string red = std::to_string(screen::redOf(pixel));
-    const std::string green = std::to_string(screen::greenOf(pixel));
-    const std::string blue = std::to_string(screen::blueOf(pixel));
+    const std::string red = std::to_string(platform::redOf(pixel));
+    const std::string green = std::to_string(platform::greenOf(pixel));
+    const std::string blue = std::to_string(platform::blueOf(pixel));
     const std::string bound = red + ", " + blue + ", " + green;
-    AddRecordedLine("CaptureScreen(imagesave0);");
-    AddRecordedLine("CreateColorRange(colorrange0, " + bound + ", " + bound + ");");
-    AddRecordedLine("MoveMouseToColorRange(imagesave0, colorrange0);");
-    m_state.bSkipNextLine = true;
+    addLine("CaptureScreen(imagesave0);");
+    addLine("CreateColorRange(colorrange0, " + bound + ", " + bound + ");");
+    addLine("MoveMouseToColorRange(imagesave0, colorrange0);");
+    m_state.skipNextLine = true;
 }
 
 }  // namespace tarvoke::recorder

@@ -31,7 +31,7 @@ public:
     // where the pointer was at the change that led to this tick, when the
     // platform knows; else the cursor is read now.
     void tick(std::optional<platform::Point> pointer = std::nullopt);
-    void AddRecordedLine(const std::string& sLine);
+    void addLine(const std::string& line);
 
 private:
     platform::Point cursor();
@@ -56,6 +56,6 @@ private:
 
 // Takes the last "KeyDown(163);" out of the text, else the last
 // "KeyDown(162);", each with its line end; the Pause before it stays.
-void RemoveLastCtrlDown(std::string& text);
+void removeLastCtrlDown(std::string& text);
 
 }  // namespace tarvoke::recorder

@@ -8,13 +8,13 @@ namespace tarvoke::recorder {
 SamplerHooks sessionHooks(host::Session& session) {
     SamplerHooks hooks;
     hooks.windowSelection = [&session] {
-        return GetWindowSelection(*session.platform.windows, *session.platform.input);
+        return windowSelection(*session.platform.windows, *session.platform.input);
     };
     hooks.captureTemp = [&session] {
         if (session.platform.screen) screen::CaptureScreen(session.imageTable, *session.platform.screen, "sstemp");
     };
     hooks.tempPixel = [&session](platform::Point point) {
-        const screen::PixelGrid& capture = session.imageTable.tempCapture();
+        const platform::PixelGrid& capture = session.imageTable.tempCapture();
         const bool inside = point.x >= 0 && point.y >= 0 && point.x < capture.width && point.y < capture.height;
         return inside ? capture.at(point.x, point.y) : 0u;
     };

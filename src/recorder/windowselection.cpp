@@ -14,7 +14,7 @@ std::string cutWindowText(std::string text) {
     return text;
 }
 
-std::string GetWindowSelection(platform::Windows& windows, platform::Input& input) {
+std::string windowSelection(platform::Windows& windows, platform::Input& input) {
     std::vector<std::string> upward;
     platform::WindowId current = windows.windowFromPoint(input.cursorPos());
     // No escaping: a quote in a class or title stands as it is.

@@ -10,7 +10,7 @@
 
 namespace tarvoke::recorder {
 
-std::string GetWindowSelection(platform::Windows& windows, platform::Input& input);
+std::string windowSelection(platform::Windows& windows, platform::Input& input);
 
 // Cuts a text at 99 bytes, backing up to the start of a UTF-8 sequence.
 std::string cutWindowText(std::string text);

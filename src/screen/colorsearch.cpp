@@ -81,7 +81,7 @@ size_t scanRun(const uint32_t* run, size_t n, const ByteBox& box) { return scanP
 #endif
 
 // The area cut to the image; false when nothing of it lies there.
-bool clip(const PixelGrid& grid, Area& area) {
+bool clip(const platform::PixelGrid& grid, Area& area) {
     area.x1 = std::max(area.x1, 0);
     area.y1 = std::max(area.y1, 0);
     area.x2 = std::min(area.x2, grid.width - 1);
@@ -91,7 +91,7 @@ bool clip(const PixelGrid& grid, Area& area) {
 
 }  // namespace
 
-std::optional<Position> findFirstInRange(const PixelGrid& grid, const ByteBox& box, Area area) {
+std::optional<Position> findFirstInRange(const platform::PixelGrid& grid, const ByteBox& box, Area area) {
     if (!box.possible || grid.empty() || !clip(grid, area)) return std::nullopt;
     if (area.x1 == 0 && area.x2 == grid.width - 1) {
         // Whole rows lie next to each other in memory: one run over all of them.
@@ -108,7 +108,7 @@ std::optional<Position> findFirstInRange(const PixelGrid& grid, const ByteBox& b
     return std::nullopt;
 }
 
-std::optional<Position> findLastInRange(const PixelGrid& grid, const ByteBox& box, Area area) {
+std::optional<Position> findLastInRange(const platform::PixelGrid& grid, const ByteBox& box, Area area) {
     if (!box.possible || grid.empty() || !clip(grid, area)) return std::nullopt;
     for (int32_t y = area.y2; y >= area.y1; --y) {
         const uint32_t* row = grid.row(y);

@@ -6,15 +6,15 @@
 
 #include "screen/area.h"
 #include "screen/colorrange.h"
-#include "screen/pixelgrid.h"
+#include "platform/pixelgrid.h"
 
 namespace tarvoke::screen {
 
 // The first pixel in range in reading order (top row first, left to right).
-std::optional<Position> findFirstInRange(const PixelGrid& grid, const ByteBox& box, Area area);
+std::optional<Position> findFirstInRange(const platform::PixelGrid& grid, const ByteBox& box, Area area);
 // The last one in reading order: the lowest row that has one, right-most there.
-std::optional<Position> findLastInRange(const PixelGrid& grid, const ByteBox& box, Area area);
+std::optional<Position> findLastInRange(const platform::PixelGrid& grid, const ByteBox& box, Area area);
 
-inline Area wholeImage(const PixelGrid& grid) { return {0, 0, grid.width - 1, grid.height - 1}; }
+inline Area wholeImage(const platform::PixelGrid& grid) { return {0, 0, grid.width - 1, grid.height - 1}; }
 
 }  // namespace tarvoke::screen

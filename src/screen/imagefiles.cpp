@@ -21,7 +21,7 @@ void LoadImage(ImageStore& store, platform::Pictures& pictures, const std::strin
     const auto index = imageIndex(sImage);
     if (!index) return;
     store.clearWorkSurface();
-    auto grid = std::make_shared<PixelGrid>();
+    auto grid = std::make_shared<platform::PixelGrid>();
     if (!pictures.load(sPath, *grid) || grid->empty()) grid.reset();
     store.place(*index, std::move(grid));
 }
@@ -30,8 +30,8 @@ void SaveImage(ImageStore& store, platform::Pictures& pictures, const std::strin
     const auto index = imageIndex(sImage);
     if (!index) return;
     store.showOnWorkSurface(*index);
-    static const PixelGrid kNothing;
-    const PixelGrid* surface = store.workSurface();
+    static const platform::PixelGrid kNothing;
+    const platform::PixelGrid* surface = store.workSurface();
     pictures.save(sPath, surface ? *surface : kNothing);
 }
 

@@ -2,7 +2,7 @@
 
 namespace tarvoke::screen {
 
-SumPlane sumPlaneOf(const PixelGrid& grid) {
+SumPlane sumPlaneOf(const platform::PixelGrid& grid) {
     SumPlane plane;
     plane.width = grid.width;
     plane.height = grid.height;
@@ -16,14 +16,14 @@ SumPlane sumPlaneOf(const PixelGrid& grid) {
     return plane;
 }
 
-const PixelGrid* ImageStore::image(int index) const {
+const platform::PixelGrid* ImageStore::image(int index) const {
     if (!isSlot(index)) return nullptr;
-    const PixelGrid* grid = m_slots[index].grid.get();
+    const platform::PixelGrid* grid = m_slots[index].grid.get();
     return grid && !grid->empty() ? grid : nullptr;
 }
 
 const SumPlane* ImageStore::sums(int index) {
-    const PixelGrid* grid = image(index);
+    const platform::PixelGrid* grid = image(index);
     if (!grid) return nullptr;
     Slot& slot = m_slots[index];
     if (!slot.sums) slot.sums = std::make_unique<SumPlane>(sumPlaneOf(*grid));
@@ -32,11 +32,11 @@ const SumPlane* ImageStore::sums(int index) {
 
 ImageStore::GridPtr ImageStore::reusable(GridPtr& held) {
     if (held && held.use_count() == 1) return std::move(held);
-    return std::make_shared<PixelGrid>();
+    return std::make_shared<platform::PixelGrid>();
 }
 
 ImageStore::GridPtr ImageStore::gridToFill(int index) {
-    if (!isSlot(index)) return std::make_shared<PixelGrid>();
+    if (!isSlot(index)) return std::make_shared<platform::PixelGrid>();
     Slot& slot = m_slots[index];
     slot.sums.reset();
     return reusable(slot.grid);
@@ -53,7 +53,7 @@ ImageStore::GridPtr ImageStore::tempCaptureToFill() { return reusable(m_tempCapt
 
 void ImageStore::placeTempCapture(GridPtr grid) {
     m_workSurface = grid;
-    m_tempCapture = grid ? std::move(grid) : std::make_shared<PixelGrid>();
+    m_tempCapture = grid ? std::move(grid) : std::make_shared<platform::PixelGrid>();
 }
 
 void ImageStore::showOnWorkSurface(int index) {

@@ -8,7 +8,7 @@
 #include <memory>
 #include <vector>
 
-#include "screen/pixelgrid.h"
+#include "platform/pixelgrid.h"
 
 namespace tarvoke::screen {
 
@@ -21,17 +21,17 @@ struct SumPlane {
     const uint16_t* row(int32_t y) const { return sums.data() + static_cast<size_t>(y) * width; }
 };
 
-SumPlane sumPlaneOf(const PixelGrid& grid);
+SumPlane sumPlaneOf(const platform::PixelGrid& grid);
 
 class ImageStore {
 public:
     static constexpr int kSlotCount = 51;
-    using GridPtr = std::shared_ptr<PixelGrid>;
+    using GridPtr = std::shared_ptr<platform::PixelGrid>;
 
     static bool isSlot(int index) { return index >= 0 && index < kSlotCount; }
 
     // The grid of a slot; null when the index is outside the store or the slot is empty.
-    const PixelGrid* image(int index) const;
+    const platform::PixelGrid* image(int index) const;
     // The sums of a slot's grid, made on first use and kept until the slot changes.
     const SumPlane* sums(int index);
 
@@ -42,13 +42,13 @@ public:
     // work surface. A null grid empties the slot.
     void place(int index, GridPtr grid);
 
-    const PixelGrid& tempCapture() const { return *m_tempCapture; }
+    const platform::PixelGrid& tempCapture() const { return *m_tempCapture; }
     GridPtr tempCaptureToFill();
     void placeTempCapture(GridPtr grid);
 
     // The work surface holds the last grid that passed through; cleared before
     // a capture or a load, it is what a save of an empty slot writes.
-    const PixelGrid* workSurface() const { return m_workSurface.get(); }
+    const platform::PixelGrid* workSurface() const { return m_workSurface.get(); }
     void clearWorkSurface() { m_workSurface.reset(); }
     void showOnWorkSurface(int index);
 
@@ -60,8 +60,8 @@ private:
     static GridPtr reusable(GridPtr& held);
 
     std::array<Slot, kSlotCount> m_slots;
-    GridPtr m_tempCapture = std::make_shared<PixelGrid>();
-    std::shared_ptr<const PixelGrid> m_workSurface;
+    GridPtr m_tempCapture = std::make_shared<platform::PixelGrid>();
+    std::shared_ptr<const platform::PixelGrid> m_workSurface;
 };
 
 }  // namespace tarvoke::screen

@@ -2,7 +2,7 @@
 
 #include <zlib.h>
 
-#include "screen/picturesave.h"
+#include "platform/picturesave.h"
 
 namespace tarvoke::screen {
 namespace {
@@ -22,7 +22,7 @@ void chunk(std::vector<uint8_t>& out, const char* type, const std::vector<uint8_
 
 }  // namespace
 
-std::vector<uint8_t> encodePng(const PixelGrid& grid) {
+std::vector<uint8_t> encodePng(const platform::PixelGrid& grid) {
     if (grid.empty()) return {};
     // Each row: filter type 0 (none), then red, green, blue.
     const size_t rowBytes = 1 + static_cast<size_t>(grid.width) * 3;
@@ -32,9 +32,9 @@ std::vector<uint8_t> encodePng(const PixelGrid& grid) {
         *out++ = 0;
         const uint32_t* in = grid.row(y);
         for (int32_t x = 0; x < grid.width; ++x, out += 3) {
-            out[0] = redOf(in[x]);
-            out[1] = greenOf(in[x]);
-            out[2] = blueOf(in[x]);
+            out[0] = platform::redOf(in[x]);
+            out[1] = platform::greenOf(in[x]);
+            out[2] = platform::blueOf(in[x]);
         }
     }
     uLongf packedSize = compressBound(static_cast<uLong>(raw.size()));
@@ -55,9 +55,9 @@ std::vector<uint8_t> encodePng(const PixelGrid& grid) {
     return file;
 }
 
-bool savePngFile(const std::string& path, const PixelGrid& grid, std::string& error) {
+bool savePngFile(const std::string& path, const platform::PixelGrid& grid, std::string& error) {
     const char* whyEmpty = grid.empty() ? "there is no picture to save" : "the picture could not be compressed";
-    return savePictureBytes(path, encodePng(grid), whyEmpty, error);
+    return platform::savePictureBytes(path, encodePng(grid), whyEmpty, error);
 }
 
 }  // namespace tarvoke::screen

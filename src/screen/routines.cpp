@@ -40,7 +40,7 @@ std::optional<Position> MoveMouseToColorRange(const ImageStore& store, const Col
     const ByteBox box = boxOf(ranges, range);
     const auto index = imageIndex(image);
     if (!index) return std::nullopt;
-    const PixelGrid* grid = store.image(*index);
+    const platform::PixelGrid* grid = store.image(*index);
     if (!grid) return std::nullopt;
     return findFirstInRange(*grid, box, area.value_or(wholeImage(*grid)));
 }
@@ -50,7 +50,7 @@ bool FindPixelInArea(const ImageStore& store, const ColorRanges& ranges, const s
     const ByteBox box = boxOf(ranges, range);
     const auto index = imageIndex(image);
     if (!index) return false;
-    const PixelGrid* grid = store.image(*index);
+    const platform::PixelGrid* grid = store.image(*index);
     if (!grid) return false;
     const auto found = firstFind ? findFirstInRange(*grid, box, area) : findLastInRange(*grid, box, area);
     if (found) last.note(*found);

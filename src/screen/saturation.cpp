@@ -31,7 +31,7 @@ uint64_t rowSum(const uint32_t* p, size_t n) {
 
 }  // namespace
 
-double saturationOf(const PixelGrid* grid, Area area) {
+double saturationOf(const platform::PixelGrid* grid, Area area) {
     if (area.isEmpty()) return 0.0;
     const int64_t width = int64_t{area.x2} - area.x1 + 1;
     const int64_t count = width * (int64_t{area.y2} - area.y1 + 1);

@@ -2,7 +2,7 @@
 // Saturation, the mean brightness of an area as a percentage of 256.
 
 #include "screen/area.h"
-#include "screen/pixelgrid.h"
+#include "platform/pixelgrid.h"
 
 namespace tarvoke::screen {
 
@@ -13,6 +13,6 @@ inline double brightnessOfSum(int sum) { return static_cast<double>(sum) / 3.0 /
 // A position outside the image counts as a copy of the pixel read last in
 // reading order (black before the first), so an empty slot (null) gives 0.
 // An area that holds no position gives 0.
-double saturationOf(const PixelGrid* grid, Area area);
+double saturationOf(const platform::PixelGrid* grid, Area area);
 
 }  // namespace tarvoke::screen

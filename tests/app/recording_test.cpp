@@ -16,7 +16,7 @@ namespace {
 enum Key : uint8_t { kCtrl = 17, kSix = 54, kSeven = 55, kEight = 56, kA = 65, kLeftCtrl = 162 };
 
 // Whether the recording holds the line yet (the sampler's timer adds it).
-bool recorded(AppFixture& f, const std::string& line) { return f.app->recorder.sScriptText.find(line) != std::string::npos; }
+bool recorded(AppFixture& f, const std::string& line) { return f.app->recorder.script.find(line) != std::string::npos; }
 
 // The recording with its times taken out, one entry a line.
 QStringList withoutTimes(QString script) {
@@ -51,7 +51,7 @@ private slots:
             f.dialogs.answers = {false};
             step == New ? void(f.app->advancedWindow().newScript()) : w.record();
             QCOMPARE(f.dialogs.asked.size(), size_t(asks ? 1 : 0));
-            QCOMPARE(f.app->recorder.bRecording, !asks && step == Record);
+            QCOMPARE(f.app->recorder.recording, !asks && step == Record);
             QCOMPARE(w.widget->isVisible(), asks || step == New);
             QCOMPARE(w.text(), asks || step == Record ? text : kTemplate);
             if (asks) {
@@ -73,13 +73,13 @@ private slots:
             w.setText("");
             f.app->filePath = "/x/old.tk";
             w.record();
-            QVERIFY(f.app->recorder.bRecording && !w.widget->isVisible());
+            QVERIFY(f.app->recorder.recording && !w.widget->isVisible());
             f.keys.press(kA);
             QTRY_VERIFY(recorded(f, "KeyDown(65);"));
             f.keys.releaseAll();
             QTRY_VERIFY(recorded(f, "KeyUp(65);"));
             w.stop();
-            QVERIFY(!f.app->recorder.bRecording && w.widget->isVisible());
+            QVERIFY(!f.app->recorder.recording && w.widget->isVisible());
             QCOMPARE(withoutTimes(w.text()), QStringList({"Function(Main);", "OrigionalPlayTime(t);",
                                                          "SetPausePercent(100);", "", "Pause(t);", "KeyDown(65);",
                                                          "Pause(t);", "KeyUp(65);", "Pause(t);", "", "EndFunction();"}));
@@ -97,13 +97,13 @@ private slots:
             AppFixture f;
             Window w = windowOf(*f.app, basic);
             w.setText("");
-            f.app->recorder.bHotkeyRecord = true;  // left from an earlier start
+            f.app->recorder.startedByHotkey = true;  // left from an earlier start
             for (uint8_t key : {kCtrl, kLeftCtrl, kEight}) f.keys.press(key);
             byHotkey ? w.timers->pollHotkeys() : w.record();
-            QVERIFY(f.app->recorder.bRecording);
+            QVERIFY(f.app->recorder.recording);
             w.timers->pollHotkeys();  // held: no second start
             f.keys.releaseAll();
-            QTRY_COMPARE(f.app->recorder.lngEventCount, 2);
+            QTRY_COMPARE(f.app->recorder.linesOffered, 2);
             f.keys.press(kA);
             QTRY_VERIFY(recorded(f, "KeyDown(65);"));
             w.stop();
@@ -128,10 +128,10 @@ private slots:
                 f.keys.press(kLeftCtrl);
                 QTRY_VERIFY(recorded(f, "KeyDown(162);"));
                 f.keys.press(digit);
-                const bool& flag = digit == kSix ? f.app->recorder.bMouseMove : f.app->recorder.bExtendedClicks;
+                const bool& flag = digit == kSix ? f.app->recorder.mouseMoves : f.app->recorder.extendedClicks;
                 QTRY_VERIFY(!flag);
                 f.keys.releaseAll();
-                QTRY_VERIFY(!f.app->recorder.bSkipNextLine);  // the Ctrl release swallowed
+                QTRY_VERIFY(!f.app->recorder.skipNextLine);  // the Ctrl release swallowed
             }
             w.stop();
             QVERIFY(!f.app->mouseMove && !f.app->extendedClicks);
@@ -140,7 +140,7 @@ private slots:
             QVERIFY(!dialog.mouseMoveBox->isChecked() && !dialog.extendedClicksBox->isChecked());
             if (basic) QVERIFY(!f.app->basicWindow().mouseMoveBox->isChecked() && !f.app->basicWindow().extendedClicksBox->isChecked());
             w.record();
-            QVERIFY(!f.app->recorder.bMouseMove && !f.app->recorder.bExtendedClicks);
+            QVERIFY(!f.app->recorder.mouseMoves && !f.app->recorder.extendedClicks);
             w.stop();
         }
     }

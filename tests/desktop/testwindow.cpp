@@ -40,23 +40,22 @@ struct Options {
 };
 
 Options parseOptions(int argc, char** argv) {
-    Options options;
+    Options o;
     for (int i = 1; i + 1 < argc; i += 2) {
         const std::string name = argv[i];
         const char* value = argv[i + 1];
-        if (name == "--class") options.windowClass = value;
-        else if (name == "--title") options.title = value;
-        else if (name == "--child-class") options.childClass = value;
-        else if (name == "--child-title") options.childTitle = value;
-        else if (name == "--log") options.log = value;
-        else if (name == "--pid") options.publishPid = std::strcmp(value, "no") != 0;
-        else if (name == "--geometry") std::sscanf(value, "%dx%d+%d+%d", &options.width, &options.height, &options.x, &options.y);
+        std::string* text = name == "--class" ? &o.windowClass : name == "--title" ? &o.title
+                          : name == "--child-class" ? &o.childClass : name == "--child-title" ? &o.childTitle : nullptr;
+        if (text) *text = value;
+        else if (name == "--log") o.log = value;
+        else if (name == "--pid") o.publishPid = std::strcmp(value, "no") != 0;
+        else if (name == "--geometry") std::sscanf(value, "%dx%d+%d+%d", &o.width, &o.height, &o.x, &o.y);
         else {
             std::fprintf(stderr, "tarvoke-testwindow: unknown option %s\n", name.c_str());
             std::exit(2);
         }
     }
-    return options;
+    return o;
 }
 
 void setNames(Display* display, Window window, const std::string& windowClass, const std::string& title) {
@@ -71,55 +70,35 @@ void setNames(Display* display, Window window, const std::string& windowClass, c
                     reinterpret_cast<const unsigned char*>(title.data()), static_cast<int>(title.size()));
 }
 
-class Logger {
-public:
-    Logger(Display* display, Window top, Window child, FILE* out) : m_display(display), m_top(top), m_child(child), m_out(out) {}
-
-    void log(const XEvent& event) {
-        switch (event.type) {
-        case ButtonPress:
-        case ButtonRelease: {
-            const XButtonEvent& e = event.xbutton;
-            head(event.type == ButtonPress ? "ButtonPress" : "ButtonRelease", e.window, e.send_event, e.time, e.x, e.y,
-                 e.x_root, e.y_root);
-            std::fprintf(m_out, " button=%u state=0x%x\n", e.button, e.state);
-            break;
-        }
-        case KeyPress:
-        case KeyRelease: {
-            XKeyEvent e = event.xkey;
-            head(event.type == KeyPress ? "KeyPress" : "KeyRelease", e.window, e.send_event, e.time, e.x, e.y, e.x_root,
-                 e.y_root);
-            KeySym keysym = NoSymbol;
-            char text[32];
-            XLookupString(&e, text, sizeof text, &keysym, nullptr);
-            std::fprintf(m_out, " keycode=%u keysym=0x%lx state=0x%x\n", e.keycode, keysym, e.state);
-            break;
-        }
-        case MotionNotify: {
-            const XMotionEvent& e = event.xmotion;
-            head("MotionNotify", e.window, e.send_event, e.time, e.x, e.y, e.x_root, e.y_root);
-            std::fprintf(m_out, " state=0x%x\n", e.state);
-            break;
-        }
-        default:
-            return;
-        }
-        std::fflush(m_out);
-    }
-
-private:
-    void head(const char* type, Window window, Bool sent, Time time, int x, int y, int rootX, int rootY) {
-        const char* name = window == m_top ? "top" : window == m_child ? "child" : "other";
-        std::fprintf(m_out, "%s win=%s sent=%d time=%lu x=%d y=%d root=%d,%d", type, name, sent ? 1 : 0, time, x, y,
+// One line per event, flushed at once.
+void log(const XEvent& event, Window top, Window child, FILE* out) {
+    const auto head = [&](const char* type, Window window, Bool sent, Time time, int x, int y, int rootX, int rootY) {
+        const char* name = window == top ? "top" : window == child ? "child" : "other";
+        std::fprintf(out, "%s win=%s sent=%d time=%lu x=%d y=%d root=%d,%d", type, name, sent ? 1 : 0, time, x, y,
                      rootX, rootY);
+    };
+    if (event.type == ButtonPress || event.type == ButtonRelease) {
+        const XButtonEvent& e = event.xbutton;
+        head(event.type == ButtonPress ? "ButtonPress" : "ButtonRelease", e.window, e.send_event, e.time, e.x, e.y,
+             e.x_root, e.y_root);
+        std::fprintf(out, " button=%u state=0x%x\n", e.button, e.state);
+    } else if (event.type == KeyPress || event.type == KeyRelease) {
+        XKeyEvent e = event.xkey;
+        head(event.type == KeyPress ? "KeyPress" : "KeyRelease", e.window, e.send_event, e.time, e.x, e.y, e.x_root,
+             e.y_root);
+        KeySym keysym = NoSymbol;
+        char text[32];
+        XLookupString(&e, text, sizeof text, &keysym, nullptr);
+        std::fprintf(out, " keycode=%u keysym=0x%lx state=0x%x\n", e.keycode, keysym, e.state);
+    } else if (event.type == MotionNotify) {
+        const XMotionEvent& e = event.xmotion;
+        head("MotionNotify", e.window, e.send_event, e.time, e.x, e.y, e.x_root, e.y_root);
+        std::fprintf(out, " state=0x%x\n", e.state);
+    } else {
+        return;
     }
-
-    Display* m_display;
-    Window m_top;
-    Window m_child;
-    FILE* m_out;
-};
+    std::fflush(out);
+}
 
 Window createWindow(Display* display, Window parent, int x, int y, int width, int height, unsigned long pixel) {
     XSetWindowAttributes attributes{};
@@ -192,7 +171,6 @@ int main(int argc, char** argv) {
     XMapWindow(display, child);
     XMapWindow(display, top);
 
-    Logger logger(display, top, child, out);
     bool ready = false;
     for (;;) {
         XEvent event;
@@ -208,7 +186,7 @@ int main(int argc, char** argv) {
         } else if (event.type == ClientMessage && static_cast<Atom>(event.xclient.data.l[0]) == deleteWindow) {
             break;
         } else {
-            logger.log(event);
+            log(event, top, child, out);
         }
     }
     XCloseDisplay(display);

@@ -6,8 +6,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -30,17 +30,6 @@ struct Event {
     int number(const std::string& key) const { return static_cast<int>(std::strtol((*this)[key].c_str(), nullptr, 0)); }
 };
 
-inline Event parseEvent(const std::string& line) {
-    std::istringstream words(line);
-    Event event;
-    words >> event.type;
-    for (std::string word; words >> word;) {
-        const size_t equals = word.find('=');
-        if (equals != std::string::npos) event.fields[word.substr(0, equals)] = word.substr(equals + 1);
-    }
-    return event;
-}
-
 class TestWindow {
 public:
     explicit TestWindow(std::vector<std::string> args = {}) {
@@ -56,9 +45,9 @@ public:
             execv(argv[0], argv.data());
             _exit(127);
         }
-        for (int i = 0; i < 500 && ready().type.empty(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        if (ready().type.empty()) throw std::runtime_error("the test window did not become ready");
-        m_ready = ready();
+        const auto ready = waitFor(1, {"ready"}, true);
+        if (ready.empty()) throw std::runtime_error("the test window did not become ready");
+        m_ready = ready.front();
     }
     ~TestWindow() {
         kill(m_pid, SIGTERM);
@@ -72,38 +61,33 @@ public:
     int rootX(bool child, int x) const { return m_ready.number(child ? "childx" : "x") + x; }
     int rootY(bool child, int y) const { return m_ready.number(child ? "childy" : "y") + y; }
 
-    // The logged events of the given types, after the ready line.
-    std::vector<Event> events(const std::vector<std::string>& types) const {
+    // The logged events of the given types, after the ready line (or the
+    // ready line itself).
+    std::vector<Event> events(const std::vector<std::string>& types, bool readyLine = false) const {
         std::vector<Event> result;
         std::ifstream in(m_log);
         std::string line;
-        std::getline(in, line);
-        while (std::getline(in, line)) {
-            Event event = parseEvent(line);
-            for (const auto& type : types)
-                if (event.type == type) result.push_back(event);
+        for (bool first = true; std::getline(in, line); first = false) {
+            if (first != readyLine) continue;
+            std::istringstream words(line);
+            Event event;
+            words >> event.type;
+            for (std::string word; words >> word;)
+                if (const size_t equals = word.find('='); equals != std::string::npos)
+                    event.fields[word.substr(0, equals)] = word.substr(equals + 1);
+            if (std::find(types.begin(), types.end(), event.type) != types.end()) result.push_back(event);
         }
         return result;
     }
     // Waits up to five seconds for count events of the types.
-    std::vector<Event> waitFor(size_t count, const std::vector<std::string>& types) const {
+    std::vector<Event> waitFor(size_t count, const std::vector<std::string>& types, bool readyLine = false) const {
         std::vector<Event> found;
-        for (int i = 0; i < 500; ++i) {
-            found = events(types);
-            if (found.size() >= count) break;
+        for (int i = 0; i < 500 && (found = events(types, readyLine)).size() < count; ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
         return found;
     }
 
 private:
-    Event ready() const {
-        std::ifstream in(m_log);
-        std::string line;
-        if (std::getline(in, line) && line.rfind("ready", 0) == 0) return parseEvent(line);
-        return {};
-    }
-
     static inline int s_count = 0;
     std::filesystem::path m_log;
     pid_t m_pid = -1;

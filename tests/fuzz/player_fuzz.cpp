@@ -28,12 +28,12 @@ constexpr size_t kTextMemory = size_t{64} << 20;
 // picture file is read and then taken as no picture.
 class RegularFilePictures : public platform::Pictures {
 public:
-    bool load(const std::string& path, screen::PixelGrid& grid) override {
+    bool load(const std::string& path, platform::PixelGrid& grid) override {
         grid = {};
         platform::readRegularFile(path, platform::ReadLimits{1 << 20, {}});
         return false;
     }
-    bool save(const std::string&, const screen::PixelGrid&) override { __builtin_trap(); }
+    bool save(const std::string&, const platform::PixelGrid&) override { __builtin_trap(); }
 };
 
 }  // namespace

@@ -1,22 +1,14 @@
 #include <gtest/gtest.h>
 
 #include <signal.h>
-#include <stdlib.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <optional>
 #include <set>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "platform/fileread.h"
 #include "platform/filesave.h"
@@ -28,14 +20,12 @@ namespace fs = std::filesystem;
 
 std::string readFile(const fs::path& path) {
     std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
-
 void writePlain(const fs::path& path, const std::string& text, mode_t mode) {
     std::ofstream(path, std::ios::binary) << text;
     ::chmod(path.c_str(), mode);
 }
-
 mode_t modeOf(const fs::path& path) {
     struct stat info {};
     ::stat(path.c_str(), &info);
@@ -45,13 +35,11 @@ mode_t modeOf(const fs::path& path) {
 // A folder of its own per test; whatever a test leaves in it shows.
 class FileSave : public ::testing::Test {
 protected:
-    void SetUp() override {
+    FileSave() {
         std::string pattern = (fs::temp_directory_path() / "tarvoke-filesave-XXXXXX").string();
-        ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-        m_dir = pattern;
+        m_dir = ::mkdtemp(pattern.data());
     }
-    void TearDown() override { fs::remove_all(m_dir); }
-
+    ~FileSave() override { fs::remove_all(m_dir); }
     fs::path at(const std::string& name) const { return m_dir / name; }
     std::set<std::string> names() const {
         std::set<std::string> all;
@@ -59,57 +47,48 @@ protected:
             all.insert(entry.path().lexically_relative(m_dir).string());
         return all;
     }
-
     fs::path m_dir;
 };
 
-// Exact bytes, whatever they hold, and no temporary file left beside them.
-TEST_F(FileSave, WritesExactlyTheBytes) {
-    struct Case {
-        const char* what;
-        std::string bytes;
-    };
-    const Case cases[] = {
-        {"empty", ""},
-        {"text", "Sleep 100\r\nMove 10, 20\n"},
-        {"zero bytes inside", std::string("a\0b\0", 4)},
-        {"more than one write takes", std::string(3 << 20, 'x') + "end"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        fs::remove(at("out"));
-        const SaveResult saved = saveFile(at("out").string(), c.bytes);
-        ASSERT_TRUE(saved) << saved.reason();
-        EXPECT_EQ(readFile(at("out")), c.bytes);
-        EXPECT_EQ(names(), std::set<std::string>{"out"});
-    }
-}
-
-// The bits the saved file ends with, for each kind of SaveOptions.
-TEST_F(FileSave, GivesTheAskedPermissions) {
+// Exact bytes, whatever they hold, with the bits each kind of SaveOptions
+// asks for, and no temporary file left beside them: also under a name as
+// long as names go (the temporary file must not take its name from the
+// target's), and under a bare name, in the current folder.
+TEST_F(FileSave, WritesExactlyTheBytesWithTheAskedBits) {
     const mode_t oldMask = ::umask(027);
-    struct Case {
+    const struct {
         const char* what;
+        std::string name, bytes;
         std::optional<mode_t> before;  // the file replaced, with its bits
         SaveOptions options;
         mode_t after;
+    } cases[] = {
+        {"empty", "out", "", {}, {}, 0640},
+        {"text", "out", "Sleep 100\r\nMove 10, 20\n", {}, {}, 0640},
+        {"zero bytes inside", "out", std::string("a\0b\0", 4), {}, {}, 0640},
+        {"more than one write takes", "out", std::string(3 << 20, 'x') + "end", {}, {}, 0640},
+        {"a name at the length limit", std::string(NAME_MAX, 'n'), "long", {}, {}, 0640},
+        {"a bare name", "", "here", {}, {}, 0640},
+        {"replaced private file stays private", "out", "new", 0600, {}, 0600},
+        {"replaced executable stays executable", "out", "new", 0755, {}, 0755},
+        {"asked bits over an old file", "out", "new", 0600, {.mode = 0644}, 0644},
+        {"asked bits ignore the umask", "out", "new", {}, {.mode = 0666}, 0666},
+        {"never-replace makes a new file", "out", "new", {}, {.existing = Existing::Keep, .mode = 0644}, 0644},
     };
-    const Case cases[] = {
-        {"new file: as open() would make it", std::nullopt, {}, 0640},
-        {"replaced private file stays private", 0600, {}, 0600},
-        {"replaced executable stays executable", 0755, {}, 0755},
-        {"asked bits over an old file", 0600, {.mode = 0644}, 0644},
-        {"asked bits ignore the umask", std::nullopt, {.mode = 0666}, 0666},
-        {"never-replace makes a new file", std::nullopt, {.existing = Existing::Keep, .mode = 0644}, 0644},
-    };
-    for (const Case& c : cases) {
+    const fs::path home = fs::current_path();
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        fs::remove(at("out"));
-        if (c.before) writePlain(at("out"), "old", *c.before);
-        const SaveResult saved = saveFile(at("out").string(), "new", c.options);
+        const std::string name = c.name.empty() ? "bare" : c.name;
+        fs::remove_all(m_dir);
+        fs::create_directory(m_dir);
+        if (c.before) writePlain(at(name), "old", *c.before);
+        fs::current_path(m_dir);
+        const SaveResult saved = saveFile(c.name.empty() ? "bare" : at(c.name).string(), c.bytes, c.options);
+        fs::current_path(home);
         ASSERT_TRUE(saved) << saved.reason();
-        EXPECT_EQ(modeOf(at("out")), c.after);
-        EXPECT_EQ(readFile(at("out")), "new");
+        EXPECT_EQ(readFile(at(name)), c.bytes);
+        EXPECT_EQ(modeOf(at(name)), c.after);
+        EXPECT_EQ(names(), std::set<std::string>{name});
     }
     EXPECT_EQ(newFileMode(), 0640u);
     EXPECT_EQ(::umask(oldMask), 027u) << "reading the umask must not change it";
@@ -147,55 +126,26 @@ TEST_F(FileSave, RefusalsLeaveTheTargetAsItWas) {
     }
 }
 
-// A target whose name is as long as names go still saves: the temporary file
-// must not take its name from the target's.
-TEST_F(FileSave, TargetNamedAtTheLengthLimit) {
-    const std::string name(NAME_MAX, 'n');
-    ASSERT_TRUE(saveFile(at(name).string(), "long"));
-    EXPECT_EQ(readFile(at(name)), "long");
-    EXPECT_EQ(names(), std::set<std::string>{name});
-}
-
-// A bare file name is saved, temporary file and all, in the current folder.
-TEST_F(FileSave, BareNameSavesInTheCurrentFolder) {
-    const fs::path home = fs::current_path();
-    fs::current_path(m_dir);
-    const SaveResult saved = saveFile("bare", "here");
-    fs::current_path(home);
-    ASSERT_TRUE(saved) << saved.reason();
-    EXPECT_EQ(readFile(at("bare")), "here");
-    EXPECT_EQ(names(), std::set<std::string>{"bare"});
-}
-
-bool lockFolder(const std::string& folder) {
-    // The immutable flag stops root too, for whom permission bits do not.
-    if (::geteuid() == 0) return std::system(("chattr +i '" + folder + "' 2>/dev/null").c_str()) == 0;
-    return ::chmod(folder.c_str(), 0500) == 0;
-}
-
-void unlockFolder(const std::string& folder) {
-    if (::geteuid() == 0)
-        std::system(("chattr -i '" + folder + "'").c_str());
-    else
-        ::chmod(folder.c_str(), 0700);
+// The immutable flag stops root too, for whom permission bits do not.
+bool lockFolder(const std::string& folder, bool lock) {
+    if (::geteuid() == 0) return std::system(("chattr " + std::string(lock ? "+i '" : "-i '") + folder + "' 2>/dev/null").c_str()) == 0;
+    return ::chmod(folder.c_str(), lock ? 0500 : 0700) == 0;
 }
 
 // Files may grow to a few bytes only: the write fails after the temporary
 // file exists and part of the bytes are in it.
-rlimit g_fileSize {};
-sighandler_t g_fileSizeSignal = SIG_DFL;
-
-bool limitFileSize() {
-    ::getrlimit(RLIMIT_FSIZE, &g_fileSize);
-    g_fileSizeSignal = ::signal(SIGXFSZ, SIG_IGN);
-    rlimit small = g_fileSize;
+bool limitFileSize(const std::string&, bool limit) {
+    static rlimit before{};
+    static sighandler_t signalBefore = SIG_DFL;
+    if (!limit) {
+        ::signal(SIGXFSZ, signalBefore);
+        return ::setrlimit(RLIMIT_FSIZE, &before) == 0;
+    }
+    ::getrlimit(RLIMIT_FSIZE, &before);
+    signalBefore = ::signal(SIGXFSZ, SIG_IGN);
+    rlimit small = before;
     small.rlim_cur = 4;
     return ::setrlimit(RLIMIT_FSIZE, &small) == 0;
-}
-
-void unlimitFileSize() {
-    ::setrlimit(RLIMIT_FSIZE, &g_fileSize);
-    ::signal(SIGXFSZ, g_fileSizeSignal);
 }
 
 // Failures on the way, over a file whose text and bits must survive them,
@@ -203,24 +153,22 @@ void unlimitFileSize() {
 TEST_F(FileSave, FailedSaveKeepsTheOldFile) {
     struct Case {
         const char* what;
-        bool (*impose)(const std::string& folder);
-        void (*lift)(const std::string& folder);
+        bool (*impose)(const std::string& folder, bool on);
         std::set<int> errors;
     };
     const Case cases[] = {
-        {"the folder refuses new files", lockFolder, unlockFolder, {EPERM, EACCES}},
-        {"the bytes do not fit", [](const std::string&) { return limitFileSize(); },
-         [](const std::string&) { unlimitFileSize(); }, {EFBIG}},
+        {"the folder refuses new files", lockFolder, {EPERM, EACCES}},
+        {"the bytes do not fit", limitFileSize, {EFBIG}},
     };
     writePlain(at("keep"), "old text", 0600);
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
-        if (!c.impose(m_dir.string())) {
+        if (!c.impose(m_dir.string(), true)) {
             std::printf("skipped: cannot impose that %s here\n", c.what);
             continue;
         }
         const SaveResult saved = saveFile(at("keep").string(), "much more than four bytes");
-        c.lift(m_dir.string());
+        c.impose(m_dir.string(), false);
         EXPECT_EQ(saved.outcome, SaveOutcome::Failed);
         EXPECT_TRUE(c.errors.count(saved.error)) << saved.reason();
         EXPECT_EQ(readFile(at("keep")), "old text");
@@ -302,26 +250,21 @@ TEST_F(FileSave, KilledSaveLeavesNothingBehind) {
 // Only a regular file is read; nothing else makes the reader wait or read
 // for ever, and every failure is an outcome, never an exception.
 TEST_F(FileSave, ReadsRegularFilesOnly) {
-    writePlain(m_dir / "script.tk", "Function(Main);", 0644);
-    writePlain(m_dir / "empty.tk", "", 0644);
-    ASSERT_EQ(::mkfifo((m_dir / "fifo").c_str(), 0600), 0);
-    std::ofstream(m_dir / "large.tk").close();
-    fs::resize_file(m_dir / "large.tk", 1025);
-    struct Case {
+    writePlain(at("script.tk"), "Function(Main);", 0644);
+    writePlain(at("empty.tk"), "", 0644);
+    ASSERT_EQ(::mkfifo(at("fifo").c_str(), 0600), 0);
+    writePlain(at("large.tk"), std::string(1025, 'x'), 0644);
+    const struct {
         std::string path;
         ReadOutcome outcome;
         std::string bytes;
     } cases[] = {
-        {(m_dir / "script.tk").string(), ReadOutcome::Read, "Function(Main);"},
-        {(m_dir / "empty.tk").string(), ReadOutcome::Read, ""},
-        {(m_dir / "missing.tk").string(), ReadOutcome::Failed, ""},
-        {m_dir.string(), ReadOutcome::Folder, ""},
-        {(m_dir / "fifo").string(), ReadOutcome::NotRegular, ""},
-        {"/dev/zero", ReadOutcome::NotRegular, ""},
-        {"/proc/self/mem", ReadOutcome::Failed, ""},
-        {(m_dir / "large.tk").string(), ReadOutcome::TooLarge, ""},
+        {at("script.tk"), ReadOutcome::Read, "Function(Main);"}, {at("empty.tk"), ReadOutcome::Read, ""},
+        {at("missing.tk"), ReadOutcome::Failed, ""},             {m_dir, ReadOutcome::Folder, ""},
+        {at("fifo"), ReadOutcome::NotRegular, ""},                {"/dev/zero", ReadOutcome::NotRegular, ""},
+        {"/proc/self/mem", ReadOutcome::Failed, ""},              {at("large.tk"), ReadOutcome::TooLarge, ""},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         const ReadResult read = readRegularFile(c.path, ReadLimits{1024, {}});
         EXPECT_EQ(read.outcome, c.outcome) << c.path;
         EXPECT_EQ(read.bytes, c.bytes) << c.path;
@@ -331,8 +274,7 @@ TEST_F(FileSave, ReadsRegularFilesOnly) {
     // A file from /proc says it is empty and is not: it is read to its end.
     EXPECT_NE(readRegularFile("/proc/self/status").bytes.find("VmRSS"), std::string::npos);
     // A read that a stop ends.
-    EXPECT_EQ(readRegularFile((m_dir / "script.tk").string(), ReadLimits{1024, [] { return true; }}).outcome,
-              ReadOutcome::Stopped);
+    EXPECT_EQ(readRegularFile(at("script.tk"), ReadLimits{1024, [] { return true; }}).outcome, ReadOutcome::Stopped);
 }
 
 }  // namespace

@@ -11,83 +11,69 @@ namespace tarvoke::playback {
 namespace {
 
 // Keys down now, and keys whose press bit is set; a read of the bit clears it.
-class KeyTable : public platform::KeyState {
-public:
-    void press(uint8_t vk) {
-        down.insert(vk);
-        pressed.insert(vk);
+struct Keys : platform::KeyState {
+    void press(std::initializer_list<uint8_t> vks) {
+        down.insert(vks);
+        pressed.insert(vks);
     }
     bool isDown(uint8_t vk) override { return down.count(vk) != 0; }
     bool pressedSinceLastRead(uint8_t vk) override { return pressed.erase(vk) != 0; }
-
-    std::set<uint8_t> down;
-    std::set<uint8_t> pressed;
+    std::set<uint8_t> down, pressed;
 };
 
-struct PollCase {
-    const char* name;
-    std::vector<uint8_t> pressedKeys;  // pressed and still down
-    std::vector<uint8_t> releasedKeys; // pressed and let go before the tick
-    HotkeyConditions conditions;
-    std::vector<Hotkey> expected;
-};
+using H = std::vector<Hotkey>;
 
-class PollTest : public testing::TestWithParam<PollCase> {};
-
-TEST_P(PollTest, FiresTheHotkeysOfTheTable) {
-    const PollCase& c = GetParam();
-    KeyTable keys;
-    for (uint8_t vk : c.pressedKeys) keys.press(vk);
-    for (uint8_t vk : c.releasedKeys) keys.pressed.insert(vk);
-    EXPECT_EQ(pollHotkeys(keys, c.conditions), c.expected);
+TEST(HotkeyPoll, FiresTheHotkeysOfTheTable) {
+    struct Case {
+        const char* name;
+        std::initializer_list<uint8_t> pressed;   // pressed and still down
+        std::initializer_list<uint8_t> released;  // pressed and let go before the tick
+        HotkeyConditions conditions;
+        H expected;
+    } const cases[] = {
+        {"Ctrl+0 stops", {17, 48}, {}, {}, {Hotkey::Stop}},
+        {"0 without Ctrl does nothing", {48}, {}, {}, {}},
+        {"numpad 0 is not 0", {17, 96}, {}, {}, {}},
+        {"a tap between ticks does not count", {17}, {48}, {}, {}},
+        {"a stop seen in a step stops once the keys are up", {}, {17, 48}, {.stopSeen = true}, {Hotkey::Stop}},
+        {"a stop seen in a step fires once", {17, 48}, {}, {.stopSeen = true}, {Hotkey::Stop}},
+        {"Ctrl+1 only in Correct Time", {17, 49}, {}, {}, {}},
+        {"Ctrl+1 pauses Correct Time", {17, 49}, {}, {.correctTimeRunning = true}, {Hotkey::Pause}},
+        {"record and play", {17, 56, 57}, {}, {}, {Hotkey::Record, Hotkey::Play}},
+        {"record and play blocked while recording", {17, 56, 57}, {}, {.recording = true}, {}},
+        {"stop still works while recording", {17, 48}, {}, {.recording = true}, {Hotkey::Stop}},
+        {"all in the table's order", {17, 57, 56, 49, 48}, {}, {.correctTimeRunning = true},
+         {Hotkey::Stop, Hotkey::Pause, Hotkey::Record, Hotkey::Play}},
+    };
+    for (const Case& c : cases) {
+        Keys keys;
+        keys.press(c.pressed);
+        keys.pressed.insert(c.released);
+        EXPECT_EQ(pollHotkeys(keys, c.conditions), c.expected) << c.name;
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Hotkeys, PollTest,
-    testing::Values(
-        PollCase{"CtrlZeroStops", {17, 48}, {}, {}, {Hotkey::Stop}},
-        PollCase{"ZeroWithoutCtrlDoesNothing", {48}, {}, {}, {}},
-        PollCase{"NumpadZeroIsNotZero", {17, 96}, {}, {}, {}},
-        PollCase{"TapBetweenTicksDoesNotCount", {17}, {48}, {}, {}},
-        PollCase{"AStopSeenInAStepStopsOnceTheKeysAreUp", {}, {17, 48}, {.stopSeen = true}, {Hotkey::Stop}},
-        PollCase{"AStopSeenInAStepFiresOnce", {17, 48}, {}, {.stopSeen = true}, {Hotkey::Stop}},
-        PollCase{"CtrlOneOnlyInCorrectTime", {17, 49}, {}, {}, {}},
-        PollCase{"CtrlOnePausesCorrectTime", {17, 49}, {}, {.correctTimeRunning = true}, {Hotkey::Pause}},
-        PollCase{"RecordAndPlay", {17, 56, 57}, {}, {}, {Hotkey::Record, Hotkey::Play}},
-        PollCase{"RecordAndPlayBlockedWhileRecording", {17, 56, 57}, {}, {.recording = true}, {}},
-        PollCase{"StopStillWorksWhileRecording", {17, 48}, {}, {.recording = true}, {Hotkey::Stop}},
-        PollCase{"AllInTableOrder", {17, 57, 56, 49, 48}, {}, {.correctTimeRunning = true},
-                 {Hotkey::Stop, Hotkey::Pause, Hotkey::Record, Hotkey::Play}}),
-    [](const testing::TestParamInfo<PollCase>& info) { return info.param.name; });
+TEST(HotkeyPoll, APressCountsOnceAndOnlyWhenItsHotkeyIsRead) {
+    Keys held;  // a held key fires once
+    held.press({17, 48});
+    EXPECT_EQ(pollHotkeys(held), H{Hotkey::Stop});
+    EXPECT_TRUE(pollHotkeys(held).empty());
+    held.press({48});
+    EXPECT_EQ(pollHotkeys(held), H{Hotkey::Stop});
 
-TEST(HotkeyPoll, AHeldKeyFiresOnce) {
-    KeyTable keys;
-    keys.press(17);
-    keys.press(48);
-    EXPECT_EQ(pollHotkeys(keys), std::vector<Hotkey>{Hotkey::Stop});
-    EXPECT_TRUE(pollHotkeys(keys).empty());
-    keys.press(48);
-    EXPECT_EQ(pollHotkeys(keys), std::vector<Hotkey>{Hotkey::Stop});
-}
-
-TEST(HotkeyPoll, ABlockedKeyLosesItsPress) {
     // Ctrl+9 pressed during a recording must not start a play once the
     // recording ends while the key is still held.
-    KeyTable keys;
-    keys.press(17);
-    keys.press(57);
-    EXPECT_TRUE(pollHotkeys(keys, {.recording = true}).empty());
-    EXPECT_TRUE(pollHotkeys(keys).empty());
-}
+    Keys blocked;
+    blocked.press({17, 57});
+    EXPECT_TRUE(pollHotkeys(blocked, {.recording = true}).empty());
+    EXPECT_TRUE(pollHotkeys(blocked).empty());
 
-TEST(HotkeyPoll, NoReadWithoutCtrl) {
     // The digit's press bit survives ticks without Control.
-    KeyTable keys;
-    keys.press(48);
-    EXPECT_TRUE(pollHotkeys(keys).empty());
-    keys.press(17);
-    keys.pressed.erase(17);
-    EXPECT_EQ(pollHotkeys(keys), std::vector<Hotkey>{Hotkey::Stop});
+    Keys late;
+    late.press({48});
+    EXPECT_TRUE(pollHotkeys(late).empty());
+    late.down.insert(17);
+    EXPECT_EQ(pollHotkeys(late), H{Hotkey::Stop});
 }
 
 }  // namespace

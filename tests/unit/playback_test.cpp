@@ -4,68 +4,48 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
-#include <string>
-#include <vector>
 
 #include "engine/sc.h"
 #include "host/dispatch.h"
 #include "host/session.h"
 #include "platform/dryrun/dryrun.h"
+#include "platform/loop/pollloop.h"
 #include "playback/playback.h"
 
 namespace tarvoke::test {
 namespace {
 
-// A clock whose yields and waits run what the test puts in onYield, as the
-// event loop runs timers and hotkeys there.
-class HandlerClock : public platform::Clock {
-public:
-    std::function<void()> onYield;
-    int cancels = 0;
+// Input that writes "ReleaseAll" into the transcript when it lets go of
+// everything.
+struct ReleasingInput : platform::dryrun::DryRunInput {
+    using DryRunInput::DryRunInput;
+    std::function<void()> onRelease;
+    void releaseAll() override { onRelease(); }
+};
+
+// The fixture is the windows' view and the clock: its yields and waits run
+// what the test puts in onYield, as the event loop runs timers and hotkeys.
+class PlaybackTest : public ::testing::Test, public playback::PlaybackView, public platform::Clock {
+protected:
+    PlaybackTest() {
+        input.onRelease = [this] { transcript.emplace_back("ReleaseAll"); };
+        session.platform = roles.platform();
+        session.platform.input = &input;
+        session.platform.clock = this;
+        engine.setExternalCommands(&commands);
+        playback.setView(this);
+    }
+    void hideForRun() override { shown = false; }
+    void showAfterRun() override { shown = true; }
+    void setPlayTimer(bool on) override { timer = on; }
+    void afterStop() override {}
+    bool playXSelected() const override { return playX; }
     void yield() override {
         if (onYield) onYield();
     }
     void wait(int32_t) override { yield(); }
     void cancelWaits() override { ++cancels; }
     int64_t monotonicMs() override { return 0; }
-};
-
-class FakeView : public playback::PlaybackView {
-public:
-    bool shown = true;
-    bool timer = false;
-    bool playX = false;
-    int stops = 0;
-    void hideForRun() override { shown = false; }
-    void showAfterRun() override { shown = true; }
-    void setPlayTimer(bool on) override { timer = on; }
-    void afterStop() override { ++stops; }
-    bool playXSelected() const override { return playX; }
-};
-
-// Input that writes "ReleaseAll" into the transcript when it lets go of
-// everything.
-class ReleasingInput : public platform::dryrun::DryRunInput {
-public:
-    using DryRunInput::DryRunInput;
-    std::function<void()> onRelease;
-    void releaseAll() override { onRelease(); }
-};
-
-class PlaybackTest : public ::testing::Test {
-protected:
-    PlaybackTest()
-        : roles([this](std::string_view line) { transcript.emplace_back(line); }, [] {}),
-          input([this](std::string_view line) { transcript.emplace_back(line); }), engine(session),
-          playback(engine, session) {
-        input.onRelease = [this] { transcript.emplace_back("ReleaseAll"); };
-        session.platform = roles.platform();
-        session.platform.input = &input;
-        session.platform.clock = &clock;
-        engine.setExternalCommands(&commands);
-        playback.setView(&view);
-    }
 
     void start(std::string text, bool clearTarget = true) {
         script = std::move(text);
@@ -74,10 +54,7 @@ protected:
     // Ticks while the timer is on, as the event loop would, up to a bound.
     int tickWhileOn(int bound = 20) {
         int ticks = 0;
-        while (view.timer && ticks < bound) {
-            playback.tick();
-            ++ticks;
-        }
+        for (; timer && ticks < bound; ++ticks) playback.tick();
         return ticks;
     }
     int linesStartingWith(const std::string& prefix) const {
@@ -85,33 +62,33 @@ protected:
                                               [&](const std::string& l) { return l.starts_with(prefix); }));
     }
 
+    bool shown = true, timer = false, playX = false;
+    int cancels = 0;
+    std::function<void()> onYield;
     std::vector<std::string> transcript;
-    platform::dryrun::DryRunPlatform roles;
-    ReleasingInput input;
-    HandlerClock clock;
+    platform::dryrun::LineSink sink = [this](std::string_view line) { transcript.emplace_back(line); };
+    platform::dryrun::DryRunPlatform roles{sink, [] {}};
+    ReleasingInput input{sink};
     host::Session session;
-    engine::SC engine;
+    engine::SC engine{session};
     host::HostCommands commands;
-    playback::Playback playback;
-    FakeView view;
+    playback::Playback playback{engine, session};
     std::string script;
 };
 
 const std::string kOneMessage = "Function(Main);\nMessage(run, normal, t);\nEndFunction();";
 
+// A play hides the windows and turns the timer on; nothing runs before the
+// first tick. Play forgets the target window, playing a selection keeps it.
 TEST_F(PlaybackTest, StartLoadsHidesAndTurnsTheTimerOn) {
-    session.hTargetWindow = 42;
-    start(kOneMessage);
-    EXPECT_FALSE(view.shown);
-    EXPECT_TRUE(view.timer);
-    EXPECT_EQ(session.hTargetWindow, 0u);
-    EXPECT_TRUE(transcript.empty());  // nothing runs before the first tick
-}
-
-TEST_F(PlaybackTest, PlaySelectionLeavesTheTargetWindow) {
-    session.hTargetWindow = 42;
-    start(kOneMessage, false);
-    EXPECT_EQ(session.hTargetWindow, 42u);
+    for (const bool clearTarget : {true, false}) {
+        session.hTargetWindow = 42;
+        start(kOneMessage, clearTarget);
+        EXPECT_FALSE(shown);
+        EXPECT_TRUE(timer);
+        EXPECT_EQ(session.hTargetWindow, clearTarget ? 0u : 42u);
+        EXPECT_TRUE(transcript.empty());
+    }
 }
 
 TEST_F(PlaybackTest, RunCountsFollowRepeatAndPlayX) {
@@ -131,13 +108,13 @@ TEST_F(PlaybackTest, RunCountsFollowRepeatAndPlayX) {
         SCOPED_TRACE(c.name);
         transcript.clear();
         session.bRepeat = c.repeat;
-        view.playX = c.playX;
+        playX = c.playX;
         if (c.playX) playback.setPlayTarget(c.target);
         start(kOneMessage);
         const int ticks = tickWhileOn(20);
         EXPECT_EQ(linesStartingWith("MessageBox"), c.runs < 0 ? 20 : c.runs);
-        EXPECT_EQ(view.timer, c.runs < 0);
-        EXPECT_EQ(view.shown, c.runs >= 0);
+        EXPECT_EQ(timer, c.runs < 0);
+        EXPECT_EQ(shown, c.runs >= 0);
         EXPECT_EQ(ticks, c.runs < 0 ? 20 : c.runs);
         playback.stopPlay();
     }
@@ -156,65 +133,50 @@ TEST_F(PlaybackTest, VariablesOutliveARepeatButNotAPlay) {
     EXPECT_EQ(engine.GetVariableAsString("n"), "1");
 }
 
-TEST_F(PlaybackTest, StopInsideARunEndsItAndCutsThePause) {
-    session.bRepeat = true;
-    start("Function(Main);\nWhile(1 = 1);\nPause(60000);\nEndWhile();\nEndFunction();");
-    int yields = 0;
-    clock.onYield = [&] {
-        if (++yields == 5) playback.stopPlay();
-    };
-    playback.tick();
-    EXPECT_EQ(yields, 5);
-    EXPECT_TRUE(view.shown);
-    EXPECT_FALSE(view.timer);
-    EXPECT_GE(clock.cancels, 1);
-}
-
-// A stopped play lets go of what its run held, once no statement of the run
-// can press again; a repeat keeps keys held from one run to the next.
+// Stop ends the run in its pause, and a stopped play lets go of what its run
+// held once no statement of the run can press again; a repeat keeps keys
+// held from one run to the next.
 TEST_F(PlaybackTest, AStoppedPlayLetsGoOfTheKeysAfterItsLastStatement) {
     struct Case {
         const char* name;
         bool repeat;
-        int stopAtYield;  // 0: the play ends by itself
+        int stopAtYield;  // 0: the play ends by itself, or runs to the bound
+        const char* script;
     };
-    const Case cases[] = {{"stop between statements", true, 3}, {"stop in the pause", true, 4},
-                          {"the end of a single run", false, 0}};
+    const Case cases[] = {
+        {"stop between statements", true, 3, "Function(Main);\nKeyDown(16);\nPause(60000);\nKeyDown(17);\nEndFunction();"},
+        {"stop in the pause", true, 4, "Function(Main);\nKeyDown(16);\nPause(60000);\nKeyDown(17);\nEndFunction();"},
+        {"the end of a single run", false, 0, "Function(Main);\nKeyDown(16);\nPause(60000);\nKeyDown(17);\nEndFunction();"},
+        {"a repeat holds on between runs", true, 0, "Function(Main);\nKeyDown(16);\nEndFunction();"},
+    };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         transcript.clear();
         session.bRepeat = c.repeat;
-        start("Function(Main);\nKeyDown(16);\nPause(60000);\nKeyDown(17);\nEndFunction();");
+        start(c.script);
         int yields = 0;
-        clock.onYield = [&] {
+        cancels = 0;
+        onYield = [&] {
             if (++yields == c.stopAtYield) playback.stopPlay();
         };
         tickWhileOn(5);
-        ASSERT_FALSE(view.timer);
-        ASSERT_FALSE(transcript.empty());
-        EXPECT_EQ(transcript.back(), "ReleaseAll");
+        onYield = nullptr;
+        if (c.stopAtYield) EXPECT_FALSE(timer);
+        EXPECT_EQ(std::count(transcript.begin(), transcript.end(), "keybd_event 17 0"), c.stopAtYield ? 0 : !c.repeat);
+        EXPECT_EQ(std::count(transcript.begin(), transcript.end(), "ReleaseAll"), c.repeat && !c.stopAtYield ? 0 : 1);
         EXPECT_EQ(transcript.front(), "keybd_event 16 0") << "nothing let go before the run";
-        clock.onYield = nullptr;
+        playback.stopPlay();
+        EXPECT_FALSE(timer);
+        EXPECT_TRUE(shown);
+        EXPECT_EQ(transcript.back(), "ReleaseAll");
+        if (c.stopAtYield) EXPECT_GE(cancels, 1) << "the pause is cut short";
     }
-}
-
-TEST_F(PlaybackTest, ARepeatKeepsTheKeysHeldBetweenRuns) {
-    session.bRepeat = true;
-    start("Function(Main);\nKeyDown(16);\nEndFunction();");
-    EXPECT_EQ(tickWhileOn(3), 3);
-    EXPECT_EQ(std::count(transcript.begin(), transcript.end(), "ReleaseAll"), 0);
-    playback.stopPlay();
-    EXPECT_EQ(transcript.back(), "ReleaseAll");
 }
 
 TEST_F(PlaybackTest, TickNeverNests) {
     session.bRepeat = false;
     start(kOneMessage);
-    int nested = 0;
-    clock.onYield = [&] {
-        ++nested;
-        playback.tick();  // the timer firing again inside the run
-    };
+    onYield = [&] { playback.tick(); };  // the timer firing again inside the run
     playback.tick();
     EXPECT_EQ(linesStartingWith("MessageBox"), 1);
     EXPECT_FALSE(playback.inTick());
@@ -225,7 +187,7 @@ TEST_F(PlaybackTest, PlayDuringARunReplacesIt) {
     start("Function(Main);\nMessage(old, normal, t);\nPause(60000);\nMessage(old again, normal, t);\nEndFunction();");
     bool replaced = false;
     std::string second = "Function(Main);\nMessage(new, normal, t);\nEndFunction();";
-    clock.onYield = [&] {
+    onYield = [&] {
         if (replaced || transcript.empty()) return;
         replaced = true;
         playback.stopPlay();  // the Play handler stops first, then starts
@@ -233,27 +195,43 @@ TEST_F(PlaybackTest, PlayDuringARunReplacesIt) {
     };
     playback.tick();
     // The old run's end did not stop the new one.
-    EXPECT_TRUE(view.timer);
-    EXPECT_FALSE(view.shown);
-    clock.onYield = nullptr;
+    EXPECT_TRUE(timer);
+    EXPECT_FALSE(shown);
+    onYield = nullptr;
     playback.tick();
     // The old run lets go of its keys before the new one starts.
     EXPECT_EQ(transcript, (std::vector<std::string>{"MessageBox 0 \"t\" \"old\"", "ReleaseAll",
                                                     "MessageBox 0 \"t\" \"new\"", "ReleaseAll"}));
-    EXPECT_FALSE(view.timer);
-    EXPECT_TRUE(view.shown);
+    EXPECT_FALSE(timer);
+    EXPECT_TRUE(shown);
+}
+
+// The player's poll loop: the yield before every statement gives it a turn,
+// so a repeating timer keeps firing inside a run that never ends by itself,
+// until it stops the run.
+TEST_F(PlaybackTest, ThePollLoopsTimersFireInAnEndlessRun) {
+    platform::PollLoop loop;
+    onYield = [&] { loop.turn(false); };
+    playback.load("Function(Main); While(1=1); EndWhile(); EndFunction();");
+    int fired = 0;
+    const auto timer = loop.every(std::chrono::milliseconds(5), [&] {
+        if (++fired == 3) playback.stop();
+    });
+    playback.run();
+    EXPECT_EQ(fired, 3);
+    EXPECT_TRUE(playback.stopRequested());
 }
 
 TEST_F(PlaybackTest, PauseScriptMakesTheNextPlayResume) {
     session.bRepeat = true;
     start(kOneMessage);
     playback.pauseScript();
-    EXPECT_FALSE(view.timer);
+    EXPECT_FALSE(timer);
     EXPECT_TRUE(playback.resumePending());
-    view.shown = true;
+    shown = true;
     EXPECT_TRUE(playback.resumeIfPending());
-    EXPECT_TRUE(view.timer);
-    EXPECT_TRUE(view.shown);  // a resume does not hide
+    EXPECT_TRUE(timer);
+    EXPECT_TRUE(shown);  // a resume does not hide
     EXPECT_FALSE(playback.resumeIfPending());
 }
 

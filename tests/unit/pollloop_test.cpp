@@ -1,5 +1,4 @@
-// The player's poll loop: the yield before every statement gives it a turn,
-// so its timers and watches work inside a run that never ends by itself.
+// The player's poll loop: handlers in their order, waits until the next timer.
 
 #include <gtest/gtest.h>
 
@@ -7,59 +6,13 @@
 
 #include <chrono>
 
-#include "engine/sc.h"
-#include "host/dispatch.h"
-#include "host/session.h"
-#include "platform/dryrun/dryrun.h"
 #include "platform/loop/pollloop.h"
-#include "playback/playback.h"
 
 namespace tarvoke::test {
 namespace {
 
 using std::chrono::milliseconds;
 using Handle = std::unique_ptr<platform::EventLoop::Handle>;
-
-class PlayerLoopTest : public ::testing::Test {
-protected:
-    PlayerLoopTest() {
-        session.platform = platform.platform();
-        engine.setExternalCommands(&commands);
-    }
-
-    platform::PollLoop loop;
-    std::vector<std::string> printed;
-    platform::dryrun::DryRunPlatform platform{[this](std::string_view line) { printed.emplace_back(line); },
-                                              [this] { loop.turn(false); }};
-    host::Session session;
-    engine::SC engine{session};
-    host::HostCommands commands;
-    playback::Playback playback{engine, session};
-};
-
-TEST_F(PlayerLoopTest, ATimerStopsAnEndlessLoop) {
-    playback.load("Function(Main); While(1=1); EndWhile(); EndFunction();");
-    int fired = 0;
-    const Handle timer = loop.every(milliseconds(50), [&] {
-        ++fired;
-        playback.stop();
-    });
-    playback.run();
-    EXPECT_EQ(fired, 1);
-    EXPECT_TRUE(playback.stopRequested());
-}
-
-TEST_F(PlayerLoopTest, ARepeatingTimerKeepsFiringInALoop) {
-    // The timer counts to 3 into a variable the loop reads.
-    playback.load("Function(Main); Int(n, 0); While(n < 3); EndWhile(); Message(n, normal, done); EndFunction();");
-    const Handle timer = loop.every(milliseconds(5), [&] {
-        std::string one = "1";
-        engine.GetVariable(one);
-        engine.AddSetVariable("n", engine::kLong, 12);
-    });
-    playback.run();
-    EXPECT_EQ(printed, (std::vector<std::string>{"MessageBox 0 \"done\" \"3\""}));
-}
 
 class PollLoopTest : public ::testing::Test {
 protected:
@@ -103,13 +56,6 @@ TEST_F(PollLoopTest, AWaitingTurnWakesForTheNextTimer) {
     const auto took = std::chrono::steady_clock::now() - start;
     EXPECT_GE(took, milliseconds(20));
     EXPECT_LT(took, milliseconds(1000));
-}
-
-TEST_F(PollLoopTest, AHandleMayOutliveItsLoop) {
-    auto other = std::make_unique<platform::PollLoop>();
-    Handle watch = other->watchReadable(ends[0], [] {});
-    other.reset();
-    watch.reset();
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 #include <cctype>
 #include <set>
 
-#include "platform/fake/fakekeyboard.h"
+#include "platform/fake/fakeplatform.h"
 #include "recorder/recorder.h"
 #include "recorder/recording.h"
 #include "recorder/sampler.h"
@@ -13,32 +13,23 @@
 namespace tarvoke::recorder {
 namespace {
 
+template <typename Case> std::string caseName(const ::testing::TestParamInfo<Case>& info) {
+    std::string name;
+    for (const char* c = info.param.name; *c; ++c)
+        if (std::isalnum(static_cast<unsigned char>(*c))) name += *c;
+    return name;
+}
+
 struct FakeKeys : platform::KeyState {
     std::set<int> down;
     bool isDown(uint8_t vk) override { return down.count(vk) > 0; }
     bool pressedSinceLastRead(uint8_t) override { return false; }
 };
 
-struct FakeCursor : platform::Input {
-    platform::Point cursor;
-    void setCursorPos(int32_t x, int32_t y) override { cursor = {x, y}; }
-    platform::Point cursorPos() override { return cursor; }
-    void mouseEvent(uint32_t) override {}
-    void keyEvent(uint8_t, uint32_t) override {}
-    void sendKeys(const std::string&, const std::vector<platform::KeyStroke>&) override {}
-    void sendMessage(platform::WindowId, uint32_t, uint32_t, uint32_t) override {}
-};
-
-// Keys as a user holds them: Ctrl is the generic 17 and the left 162.
-const std::set<int> kCtrl = {17, 162};
-std::set<int> with(std::set<int> keys, std::initializer_list<int> more) {
-    keys.insert(more);
-    return keys;
-}
-
-class SamplerTest : public ::testing::Test {
+// The sampler ticked by hand every 10 ms, over a set of virtual keys down.
+class Rig {
 protected:
-    SamplerTest() {
+    Rig() {
         clocks.startEventClock = [this] { eventStart = now; };
         clocks.readEventClock = [this] { return static_cast<int32_t>(now - eventStart); };
         clocks.startRunClock = [this] { runStart = now; };
@@ -47,204 +38,138 @@ protected:
         hooks.captureTemp = [this] { ++captures; };
         hooks.tempPixel = [](platform::Point) { return 0x00FF8040u; };  // red 255, green 128, blue 64
     }
-
-    Sampler sampler(Form kind = Form::Main) { return Sampler(state, form, kind, keys, cursor, clocks, hooks); }
-    void start(bool mouseMove = false, bool extendedClicks = false) {
-        state.bMouseMove = mouseMove;
-        state.bExtendedClicks = extendedClicks;
-        startRecording(state, form, keys, cursor, clocks);
+    void start(const std::set<int>& held, bool mouseMoves, bool extendedClicks) {
+        keys.down = held;
+        state.mouseMoves = mouseMoves;
+        state.extendedClicks = extendedClicks;
+        startRecording(state, form, keys, fake.input, clocks);
     }
-    // One tick 10 ms after the last, with these keys down.
-    void tick(const std::set<int>& down, Form kind = Form::Main) {
+    void tick(const std::set<int>& down, platform::Point at = {}, Form kind = Form::Main) {
         now += 10;
         keys.down = down;
-        sampler(kind).tick();
+        fake.input.setCursorPos(at.x, at.y);
+        Sampler(state, form, kind, keys, fake.input, clocks, hooks).tick();
     }
 
+    platform::fake::FakePlatform fake;
     RecorderState state;
     FormState form;
     FakeKeys keys;
-    FakeCursor cursor;
     Stopwatches clocks;
     SamplerHooks hooks;
     int64_t now = 1000, eventStart = 0, runStart = 0;
     int captures = 0;
 };
 
-TEST_F(SamplerTest, AKeyHeldFromBeforeTheStartGivesOnlyItsRelease) {
-    keys.down = {65};
-    start();
-    tick({65});
-    tick({});
-    EXPECT_EQ(state.sScriptText, "Pause(20);\nKeyUp(65);\n");
+// Ctrl as a user holds it: the generic 17 and the left 162.
+const std::set<int> C = {17, 162};
+std::set<int> with(std::set<int> keys, std::initializer_list<int> more) {
+    keys.insert(more);
+    return keys;
 }
 
-TEST_F(SamplerTest, CtrlCIsFourKeyLines) {
-    start();
-    tick(kCtrl);
-    tick(with(kCtrl, {67}));
-    tick(kCtrl);
-    tick({});
-    EXPECT_EQ(state.sScriptText, "Pause(10);\nKeyDown(162);\nPause(10);\nKeyDown(67);\nPause(10);\nKeyUp(67);\n"
-                                 "Pause(10);\nKeyUp(162);\n");
+struct Tick {
+    std::set<int> down;
+    platform::Point at{};
+};
+struct SamplerCase {
+    const char* name;
+    bool mouseMoves = false, extendedClicks = false;
+    std::set<int> held;  // down at the start
+    std::vector<Tick> ticks;
+    std::string expected;
+    Form kind = Form::Main;
+    bool startedByHotkey = false;
+};
+
+const std::string kColour = "CaptureScreen(imagesave0);\nPause(0);\nCreateColorRange(colorrange0, 255, 64, 128, 255, 64, "
+                            "128);\nPause(0);\nMoveMouseToColorRange(imagesave0, colorrange0);\n";
+
+const SamplerCase kSamplerCases[] = {
+    {"a key held from before the start gives only its release", false, false, {65}, {{{65}}, {{}}},
+     "Pause(20);\nKeyUp(65);\n"},
+    {"Ctrl+C is four key lines", false, false, {}, {{C}, {with(C, {67})}, {C}, {{}}},
+     "Pause(10);\nKeyDown(162);\nPause(10);\nKeyDown(67);\nPause(10);\nKeyUp(67);\nPause(10);\nKeyUp(162);\n"},
+    {"Shift is the generic and the sided key", false, false, {}, {{{16, 160}}, {{}}},
+     "Pause(10);\nKeyDown(16);\nPause(0);\nKeyDown(160);\nPause(10);\nKeyUp(16);\nPause(0);\nKeyUp(160);\n"},
+    {"digits without Ctrl and other digits with Ctrl are keys", false, false, {}, {{{48}}, {{}}, {with(C, {49})}, {{}}},
+     "Pause(10);\nKeyDown(48);\nPause(10);\nKeyUp(48);\nPause(10);\nKeyDown(49);\nPause(0);\nKeyDown(162);\n"
+     "Pause(10);\nKeyUp(49);\nPause(0);\nKeyUp(162);\n"},
+    {"Ctrl+4 writes the window lines and nothing of the keys", false, false, {},
+     {{C}, {with(C, {52})}, {with(C, {52})}, {C}, {{}}, {{65}}},
+     "Pause(10);\nPause(10);\nSelectWindow(\"c\", \"t\");\n\nPause(40);\nKeyDown(65);\n"},
+    {"Ctrl+5 samples the colour on every press; each Ctrl press is taken out, its release swallowed", false, false,
+     {}, {{C}, {with(C, {53})}, {{}}, {C}, {with(C, {53})}, {{}}},
+     "Pause(10);\nPause(10);\n" + kColour + "Pause(20);\nPause(10);\n" + kColour},
+    {"Ctrl+6 turns mouse moves off once however long it is held", true, false, {},
+     {{C}, {with(C, {54})}, {with(C, {54})}, {with(C, {54})}, {with(C, {54})}, {C}, {{}}, {{}, {30, 40}}},
+     "Pause(10);\n"},
+    {"only diagonal moves are written", true, false, {}, {{{}, {10, 0}}, {{}, {20, 5}}, {{}, {30, 5}}},
+     "Pause(20);\nMoveMouse(20,5);\n"},
+    {"clicks without positions", false, false, {}, {{{1}}, {{}}}, "Pause(10);\nLeftDown();\nPause(10);\nLeftUp();\n"},
+    {"clicks with positions", false, true, {}, {{{2}, {7, 9}}, {{}, {7, 9}}},
+     "Pause(10);\nRightDownEx(7,9);\nPause(10);\nRightUpEx(7,9);\n"},
+    {"a hotkey start drops two lines in the main window", false, false, {}, {{{56}}, {{}}, {{65}}},
+     "Pause(30);\nKeyDown(65);\n", Form::Main, true},
+    {"a hotkey start drops nothing in the basic window", false, false, {}, {{{56}}, {{}}, {{65}}},
+     "Pause(10);\nKeyDown(56);\nPause(10);\nKeyUp(56);\nPause(10);\nKeyDown(65);\n", Form::Basic, true},
+};
+
+class SamplerTest : public Rig, public ::testing::TestWithParam<SamplerCase> {};
+
+TEST_P(SamplerTest, WritesOneLinePerChange) {
+    const SamplerCase& c = GetParam();
+    start(c.held, c.mouseMoves, c.extendedClicks);
+    state.startedByHotkey = c.startedByHotkey;
+    for (const Tick& t : c.ticks) tick(t.down, t.at, c.kind);
+    EXPECT_EQ(state.script, c.expected);
+    size_t blocks = 0;
+    for (size_t at = 0; (at = c.expected.find(kColour, at)) != std::string::npos; at += kColour.size()) ++blocks;
+    EXPECT_EQ(captures, static_cast<int>(blocks));
 }
 
-TEST_F(SamplerTest, ShiftIsWrittenAsTheGenericAndTheSidedKey) {
-    start();
-    tick({16, 160});
-    tick({});
-    EXPECT_EQ(state.sScriptText,
-              "Pause(10);\nKeyDown(16);\nPause(0);\nKeyDown(160);\nPause(10);\nKeyUp(16);\nPause(0);\nKeyUp(160);\n");
-}
+INSTANTIATE_TEST_SUITE_P(Recorder, SamplerTest, ::testing::ValuesIn(kSamplerCases), caseName<SamplerCase>);
 
-TEST_F(SamplerTest, DigitsWithoutCtrlAndOtherDigitsWithCtrlAreKeys) {
-    start();
-    tick({48});
-    tick({});
-    tick(with(kCtrl, {49}));
-    tick({});
-    EXPECT_EQ(state.sScriptText, "Pause(10);\nKeyDown(48);\nPause(10);\nKeyUp(48);\nPause(10);\nKeyDown(49);\n"
-                                 "Pause(0);\nKeyDown(162);\nPause(10);\nKeyUp(49);\nPause(0);\nKeyUp(162);\n");
-}
+class CloseTest : public Rig, public ::testing::Test {};
 
-TEST_F(SamplerTest, CtrlFourWritesTheWindowLinesAndNothingOfTheKeys) {
-    start();
-    tick(kCtrl);
-    tick(with(kCtrl, {52}));
-    tick(with(kCtrl, {52}));
-    tick(kCtrl);
-    tick({});
-    tick({65});
-    EXPECT_EQ(state.sScriptText, "Pause(10);\nPause(10);\nSelectWindow(\"c\", \"t\");\n\nPause(40);\nKeyDown(65);\n");
-}
-
-TEST_F(SamplerTest, CtrlFiveSamplesTheColourOnEveryPress) {
-    start();
-    for (int press = 0; press < 2; ++press) {
-        tick(kCtrl);
-        tick(with(kCtrl, {53}));
-        tick({});
-    }
-    const auto block = [](int pause) {
-        return "Pause(" + std::to_string(pause) + ");\nCaptureScreen(imagesave0);\n"
-               "Pause(0);\nCreateColorRange(colorrange0, 255, 64, 128, 255, 64, 128);\n"
-               "Pause(0);\nMoveMouseToColorRange(imagesave0, colorrange0);\n";
-    };
-    EXPECT_EQ(captures, 2);
-    // Each Ctrl press is taken out, its Pause stays; each release is swallowed.
-    EXPECT_EQ(state.sScriptText, "Pause(10);\n" + block(10) + "Pause(20);\n" + block(10));
-}
-
-TEST_F(SamplerTest, CtrlSixInvertsMouseMovesOnceHoweverLongHeld) {
-    start(true);
-    tick(kCtrl);
-    for (int i = 0; i < 5; ++i) tick(with(kCtrl, {54}));
-    tick(kCtrl);
-    tick({});
-    EXPECT_FALSE(state.bMouseMove);
-    EXPECT_EQ(state.sScriptText, "Pause(10);\n");
-}
-
-TEST_F(SamplerTest, OnlyDiagonalMovesAreWritten) {
-    start(true);
-    cursor.cursor = {10, 0};
-    tick({});
-    cursor.cursor = {20, 5};
-    tick({});
-    cursor.cursor = {30, 5};
-    tick({});
-    EXPECT_EQ(state.sScriptText, "Pause(20);\nMoveMouse(20,5);\n");
-}
-
-TEST_F(SamplerTest, ClicksWithAndWithoutPositions) {
-    start(false, false);
-    tick({1});
-    tick({});
-    state.bExtendedClicks = true;
-    cursor.cursor = {7, 9};
-    tick({2});
-    tick({});
-    EXPECT_EQ(state.sScriptText,
-              "Pause(10);\nLeftDown();\nPause(10);\nLeftUp();\nPause(10);\nRightDownEx(7,9);\nPause(10);\nRightUpEx(7,9);\n");
-}
-
-TEST_F(SamplerTest, AHotkeyStartDropsTwoLinesInTheMainWindowOnly) {
-    for (Form kind : {Form::Main, Form::Basic}) {
-        keys.down = {};
-        start();
-        state.bHotkeyRecord = true;
-        tick({56}, kind);
-        tick({}, kind);
-        tick({65}, kind);
-        EXPECT_EQ(state.sScriptText, kind == Form::Main ? "Pause(30);\nKeyDown(65);\n"
-                                                        : "Pause(10);\nKeyDown(56);\nPause(10);\nKeyUp(56);\nPause(10);\nKeyDown(65);\n");
-    }
-}
-
-TEST_F(SamplerTest, TheStopHotkeyLeavesNoTrace) {
-    start();
-    tick({65});
-    tick(with(kCtrl, {48, 65}));  // Ctrl and 0 first seen in one tick: the 0 ends the tick before Ctrl is read
-    tick(with(kCtrl, {65}));
-    now += 7;
-    state.lngSeconds = 5;
-    EXPECT_EQ(closeRecording(state, clocks),
-              "Function(Main);\nOrigionalPlayTime(5.37);\nSetPausePercent(100);\n\n"
-              "Pause(10);\nKeyDown(65);\nPause(20);\nPause(7);\n\nEndFunction();");
-}
-
-TEST_F(SamplerTest, AnEmptyRecordingIsTheFrameAroundOnePause) {
-    start();
+TEST_F(CloseTest, FramesTheLinesWithThePlayTimeAndALastPause) {
+    start({}, false, false);
     now += 1005;
     countSecond(state, clocks);
     now += 7;
     EXPECT_EQ(closeRecording(state, clocks),
               "Function(Main);\nOrigionalPlayTime(1.7);\nSetPausePercent(100);\n\nPause(1012);\n\nEndFunction();");
+    // Ctrl and 0 first seen in one tick: the 0 ends the tick before Ctrl is read, and the close takes out Ctrl.
+    start({}, false, false);
+    tick({65});
+    tick(with(C, {48, 65}));
+    tick(with(C, {65}));
+    now += 7;
+    state.seconds = 5;
+    EXPECT_EQ(closeRecording(state, clocks),
+              "Function(Main);\nOrigionalPlayTime(5.37);\nSetPausePercent(100);\n\n"
+              "Pause(10);\nKeyDown(65);\nPause(20);\nPause(7);\n\nEndFunction();");
 }
 
-TEST(RemoveLastCtrlDown, PrefersTheRightCtrlThenTheLeft) {
-    std::string text = "KeyDown(162);\nKeyDown(163);\nKeyDown(162);\n";
-    RemoveLastCtrlDown(text);
-    EXPECT_EQ(text, "KeyDown(162);\nKeyDown(162);\n");
-    RemoveLastCtrlDown(text);
-    EXPECT_EQ(text, "KeyDown(162);\n");
-    std::string none = "KeyUp(162);\n";
-    RemoveLastCtrlDown(none);
-    EXPECT_EQ(none, "KeyUp(162);\n");
+TEST(Recorder, RemoveLastCtrlDownPrefersTheRightCtrlThenTheLeft) {
+    std::string text = "KeyDown(162);\nKeyDown(163);\nKeyDown(162);\nKeyUp(163);\n";
+    removeLastCtrlDown(text);
+    EXPECT_EQ(text, "KeyDown(162);\nKeyDown(162);\nKeyUp(163);\n");
+    removeLastCtrlDown(text);
+    EXPECT_EQ(text, "KeyDown(162);\nKeyUp(163);\n");
 }
 
-struct FakeWindows : platform::Windows {
-    struct Window {
-        platform::WindowId parent;
-        std::string windowClass, title;
-    };
-    std::map<platform::WindowId, Window> windows;
-    platform::WindowId under = 0;
-    platform::WindowId findWindow(const std::optional<std::string>&, const std::optional<std::string>&) override { return 0; }
-    platform::WindowId findWindowEx(platform::WindowId, platform::WindowId, const std::optional<std::string>&,
-                                    const std::optional<std::string>&) override { return 0; }
-    platform::WindowId windowFromPoint(platform::Point) override { return under; }
-    platform::WindowId parent(platform::WindowId w) override { return windows[w].parent; }
-    std::string className(platform::WindowId w) override { return windows[w].windowClass; }
-    std::string title(platform::WindowId w) override { return windows[w].title; }
-};
-
-TEST(WindowSelection, TopLevelThenChildrenOutermostFirst) {
-    FakeWindows windows;
-    FakeCursor cursor;
-    windows.windows = {{1, {0, "dialog", "Save; now"}}, {2, {1, "panel", "p"}}, {3, {2, "button", "OK"}}};
-    windows.under = 3;
-    EXPECT_EQ(GetWindowSelection(windows, cursor),
+TEST(Recorder, WindowSelectionIsTheTopLevelThenItsChildrenCutAt99Bytes) {
+    platform::fake::FakePlatform fake;
+    const auto dialog = fake.windows.addWindow("dialog", "Save; now");
+    const auto button = fake.windows.addWindow("button", "OK", fake.windows.addWindow("panel", "p", dialog));
+    fake.windows.setWindowAtPoint(button);
+    EXPECT_EQ(windowSelection(fake.windows, fake.input),
               "SelectWindow(\"dialog\", \"Save; now\");\nSelectSubWindow(\"panel\");\nSelectSubWindow(\"button\");\n");
-    windows.under = 1;
-    windows.windows[1].title = "";
-    EXPECT_EQ(GetWindowSelection(windows, cursor), "SelectWindow(\"dialog\", \"\");\n");
-}
-
-TEST(WindowSelection, TextsAreCutAt99BytesOnACharacterBoundary) {
+    fake.windows.setWindowAtPoint(fake.windows.addWindow("top", ""));
+    EXPECT_EQ(windowSelection(fake.windows, fake.input), "SelectWindow(\"top\", \"\");\n");
     EXPECT_EQ(cutWindowText(std::string(120, 'a')).size(), 99u);
-    std::string accented = std::string(98, 'a') + "\xc3\xa9";  // the é would straddle the cut
-    EXPECT_EQ(cutWindowText(accented), std::string(98, 'a'));
+    EXPECT_EQ(cutWindowText(std::string(98, 'a') + "\xc3\xa9"), std::string(98, 'a'));  // the é would straddle the cut
 }
 
 // The recorder driven by the key state's changes, as the X11 key state
@@ -307,51 +232,42 @@ class ChangeTest : public ::testing::TestWithParam<ChangeCase> {};
 
 TEST_P(ChangeTest, WritesOneTickPerChange) {
     const ChangeCase& c = GetParam();
-    platform::fake::FakeKeyboard keyboard = platform::fake::FakeKeyboard::us();
-    FakeCursor cursor;
-    cursor.cursor = {900, 700};  // where a late read of the cursor would find it
+    platform::fake::FakePlatform fake;
+    fake.input.setCursorPos(900, 700);  // where a late read of the cursor would find it
     TestClock clock;
     clock.now = c.start;
     RecorderState state;
-    state.bMouseMove = c.mouseMove;
-    state.bExtendedClicks = c.extendedClicks;
+    state.mouseMoves = c.mouseMove;
+    state.extendedClicks = c.extendedClicks;
     FormState form;
-    form.ptLastMove = cursor.cursor;
-    Recorder recorder(state, form, Form::Basic, keyboard, cursor, clock, {});
+    Recorder recorder(state, form, Form::Basic, fake.keyboard, fake.input, clock, {});
     int polls = 0;
     ASSERT_TRUE(recorder.start([&polls] { ++polls; }));
-    form.ptLastMove = {900, 700};
     int64_t lastStamp = c.start;
     for (const Step& step : c.steps) {
         lastStamp += static_cast<int32_t>(step.stamp - static_cast<uint32_t>(lastStamp + c.skew));
         clock.now = std::max(clock.now, lastStamp + step.late);
         if (step.what == Step::Move)
-            keyboard.moved(step.stamp, step.at);
+            fake.keyboard.moved(step.stamp, step.at);
         else
-            keyboard.change(static_cast<uint8_t>(step.vk), step.what == Step::Press, step.stamp,
-                            step.vk <= 4 ? std::optional(step.at) : std::nullopt);
+            fake.keyboard.change(static_cast<uint8_t>(step.vk), step.what == Step::Press, step.stamp,
+                                 step.vk <= 4 ? std::optional(step.at) : std::nullopt);
     }
-    EXPECT_EQ(state.sScriptText, c.expected);
+    EXPECT_EQ(state.script, c.expected);
     EXPECT_EQ(polls, static_cast<int>(c.steps.size()));
     // The close counts on the local clock from the last change's stamp.
     clock.now += 7;
     const std::string script = recorder.close();
-    if (c.skew == 0) {
-        const std::string last = "Pause(" + std::to_string(clock.now - lastStamp) + ");\n\nEndFunction();";
-        EXPECT_NE(script.find(last), std::string::npos) << script;
-    }
+    if (c.skew == 0)
+        EXPECT_NE(script.find("Pause(" + std::to_string(clock.now - lastStamp) + ");\n\nEndFunction();"),
+                  std::string::npos)
+            << script;
     // After the close no change is taken.
-    keyboard.change(90, true, 5000);
-    EXPECT_EQ(state.sScriptText, script);
+    fake.keyboard.change(90, true, 5000);
+    EXPECT_EQ(state.script, script);
 }
 
-INSTANTIATE_TEST_SUITE_P(Recorder, ChangeTest, ::testing::ValuesIn(kChangeCases),
-                         [](const ::testing::TestParamInfo<ChangeCase>& info) {
-                             std::string name;
-                             for (const char* c = info.param.name; *c; ++c)
-                                 if (std::isalnum(static_cast<unsigned char>(*c))) name += *c;
-                             return name;
-                         });
+INSTANTIATE_TEST_SUITE_P(Recorder, ChangeTest, ::testing::ValuesIn(kChangeCases), caseName<ChangeCase>);
 
 }  // namespace
 }  // namespace tarvoke::recorder

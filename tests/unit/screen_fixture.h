@@ -7,19 +7,19 @@
 #include "engine_fixture.h"
 #include "platform/dryrun/dryrunpictures.h"
 #include "platform/fake/fakepictures.h"
-#include "screen/pixelgrid.h"
+#include "platform/pixelgrid.h"
 
 namespace tarvoke::test {
 
 // A grid of one colour.
-inline screen::PixelGrid filledGrid(int32_t width, int32_t height, uint32_t pixel) {
-    screen::PixelGrid grid;
+inline platform::PixelGrid filledGrid(int32_t width, int32_t height, uint32_t pixel) {
+    platform::PixelGrid grid;
     grid.resize(width, height);
     for (auto& p : grid.pixels) p = pixel;
     return grid;
 }
 
-inline uint32_t grey(uint8_t level) { return screen::makePixel(level, level, level); }
+inline uint32_t grey(uint8_t level) { return platform::makePixel(level, level, level); }
 
 class ScreenTest : public EngineTest {
 protected:
@@ -31,7 +31,7 @@ protected:
     }
 
     // Puts grid into slot index, as a load of a picture would.
-    void putImage(int index, const screen::PixelGrid& grid) {
+    void putImage(int index, const platform::PixelGrid& grid) {
         files.files["/pictures/" + std::to_string(index)] = grid;
         session.sScriptFolder = "/pictures/";
         run("Function(Main);\nLoadImage(" + std::to_string(index) + ", " + std::to_string(index) +
@@ -41,7 +41,7 @@ protected:
     }
     // Runs the statements as the body of Main.
     void runBody(const std::string& body) { run("Function(Main);\n" + body + "\nEndFunction();"); }
-    const screen::PixelGrid* slot(int index) const { return session.imageTable.image(index); }
+    const platform::PixelGrid* slot(int index) const { return session.imageTable.image(index); }
 
     platform::fake::FakePictures files;
     platform::dryrun::DryRunPictures dryRunPictures;

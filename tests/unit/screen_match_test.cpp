@@ -9,8 +9,8 @@
 namespace tarvoke::test {
 namespace {
 
-using screen::makePixel;
-using screen::PixelGrid;
+using platform::makePixel;
+using platform::PixelGrid;
 
 // A grey-ish pixel whose colour bytes add up to sum.
 uint32_t withSum(int sum) {

@@ -10,8 +10,8 @@
 namespace tarvoke::test {
 namespace {
 
-using screen::makePixel;
-using screen::PixelGrid;
+using platform::makePixel;
+using platform::PixelGrid;
 
 const uint32_t kOrange = makePixel(200, 100, 50);
 

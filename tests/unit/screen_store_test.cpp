@@ -7,7 +7,7 @@
 #include <fstream>
 
 #include "platform/qimage/qimagepictures.h"
-#include "screen/bmpwriter.h"
+#include "platform/bmpwriter.h"
 #include "screen/imagename.h"
 #include "screen/pngwriter.h"
 #include "screen_fixture.h"
@@ -16,8 +16,8 @@ namespace tarvoke::test {
 namespace {
 
 using screen::imageIndex;
-using screen::makePixel;
-using screen::PixelGrid;
+using platform::makePixel;
+using platform::PixelGrid;
 
 TEST(ImageName, FollowsTheRemovalAndNumberRule) {
     const struct {
@@ -151,7 +151,7 @@ TEST_F(PictureFiles, BitmapReadsBackPixelForPixelRightSideUp) {
 // The screenshot of a headless run, read by Qt's own PNG reader.
 TEST_F(PictureFiles, PngReadsBackPixelForPixel) {
     std::string error;
-    ASSERT_TRUE(savePngFile(path("shot.png"), pattern(), error)) << error;
+    ASSERT_TRUE(screen::savePngFile(path("shot.png"), pattern(), error)) << error;
     PixelGrid back;
     ASSERT_TRUE(m_pictures.load(path("shot.png"), back));
     EXPECT_EQ(back.width, 7);

@@ -7,7 +7,7 @@ namespace {
 
 constexpr int64_t kMs = 1'000'000;
 
-TEST(WaitSchedule, ConsecutiveWaitsLieEndToEnd) {
+TEST(WaitSchedule, ConsecutiveWaitsLieEndToEndUnlessInterrupted) {
     WaitSchedule schedule;
     EXPECT_EQ(schedule.deadlineFor(100 * kMs, 10), 110 * kMs);  // the first counts from now
     schedule.reached(110 * kMs);
@@ -16,15 +16,11 @@ TEST(WaitSchedule, ConsecutiveWaitsLieEndToEnd) {
     schedule.reached(120 * kMs);
     // After slow work the pause waits in full.
     EXPECT_EQ(schedule.deadlineFor(130 * kMs, 10), 140 * kMs);
-}
-
-TEST(WaitSchedule, AnInterruptedWaitStartsTheNextAfresh) {
-    WaitSchedule schedule;
-    schedule.reached(50 * kMs);
+    schedule.reached(140 * kMs);
     schedule.interrupted();
-    EXPECT_EQ(schedule.deadlineFor(51 * kMs, 5), 56 * kMs);
-    schedule.reached(56 * kMs);
-    EXPECT_EQ(schedule.deadlineFor(55 * kMs, 5), 60 * kMs);  // never counts from a deadline still ahead
+    EXPECT_EQ(schedule.deadlineFor(141 * kMs, 5), 146 * kMs);
+    schedule.reached(146 * kMs);
+    EXPECT_EQ(schedule.deadlineFor(145 * kMs, 5), 150 * kMs);  // never counts from a deadline still ahead
 }
 
 }  // namespace

@@ -305,7 +305,7 @@ Headless::~Headless() {
 }
 
 std::string writeScreenshot(platform::ScreenCapture& screen, const std::string& path) {
-    screen::PixelGrid grid;
+    platform::PixelGrid grid;
     if (!screen.capture(grid)) return "cannot read the screen for the screenshot";
     std::string error;
     if (!screen::savePngFile(path, grid, error)) return "cannot write the screenshot '" + path + "': " + error;

@@ -127,7 +127,7 @@ int play(int argc, char** argv) {
     player::PictureModule pictures;
     dryRun.setPictureFiles(&pictures, options.writePictures);
     if (!options.screenImage.empty()) {
-        screen::PixelGrid picture;
+        platform::PixelGrid picture;
         if (!pictures.load(options.screenImage, picture))
             return fail("cannot read the picture '" + options.screenImage + "' given to --screen-image");
         dryRun.screen().setPicture(std::move(picture));

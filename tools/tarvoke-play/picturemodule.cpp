@@ -5,7 +5,7 @@
 
 #include "platform/qimage/module.h"
 #include "programfolder.h"
-#include "screen/bmpwriter.h"
+#include "platform/bmpwriter.h"
 
 namespace tarvoke::player {
 
@@ -26,15 +26,15 @@ platform::Pictures* PictureModule::reader() {
     return m_reader.get();
 }
 
-bool PictureModule::load(const std::string& path, screen::PixelGrid& grid) {
+bool PictureModule::load(const std::string& path, platform::PixelGrid& grid) {
     grid = {};
     platform::Pictures* pictures = reader();
     return pictures && pictures->load(path, grid);
 }
 
-bool PictureModule::save(const std::string& path, const screen::PixelGrid& grid) {
+bool PictureModule::save(const std::string& path, const platform::PixelGrid& grid) {
     std::string error;
-    return screen::saveBmpFile(path, grid, error);
+    return platform::saveBmpFile(path, grid, error);
 }
 
 }  // namespace tarvoke::player

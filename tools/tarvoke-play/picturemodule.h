@@ -15,8 +15,8 @@ public:
     ~PictureModule() override;
     // When the module cannot be loaded, says so once on standard error, and
     // every read fails as a missing picture does.
-    bool load(const std::string& path, screen::PixelGrid& grid) override;
-    bool save(const std::string& path, const screen::PixelGrid& grid) override;
+    bool load(const std::string& path, platform::PixelGrid& grid) override;
+    bool save(const std::string& path, const platform::PixelGrid& grid) override;
 
 private:
     platform::Pictures* reader();

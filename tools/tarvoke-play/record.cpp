@@ -106,8 +106,8 @@ bool CommandLineRecorder::run(const std::function<void()>& afterChange) {
                                 *platform.clock, recorder::sessionHooks(m_session));
     // The flags flip with Ctrl+6 and Ctrl+7 for the rest of this recording
     // alone: the player keeps no settings.
-    m_state.bMouseMove = m_options.mouseMove;
-    m_state.bExtendedClicks = m_options.extendedClicks;
+    m_state.mouseMoves = m_options.mouseMove;
+    m_state.extendedClicks = m_options.extendedClicks;
     const bool driven = recorder.start(afterChange);
     m_recorder = &recorder;
     {

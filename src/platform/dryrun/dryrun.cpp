@@ -44,10 +44,10 @@ void DryRunInput::keyEvent(uint8_t vk, uint32_t flags) {
 
 void DryRunInput::sendKeys(const std::string& keys, const std::vector<KeyStroke>&) { m_sink("SendKeys " + quoted(keys)); }
 
-void DryRunInput::sendMessage(WindowId window, uint32_t message, uint32_t wParam, uint32_t lParam) {
+void DryRunInput::sendMessage(WindowId window, uint32_t message, uint32_t key, uint32_t point) {
     char packed[16];
-    std::snprintf(packed, sizeof packed, "0x%08X", lParam);
-    m_sink("SendMessage " + std::to_string(window) + " " + std::to_string(message) + " " + std::to_string(wParam) +
+    std::snprintf(packed, sizeof packed, "0x%08X", point);
+    m_sink("SendMessage " + std::to_string(window) + " " + std::to_string(message) + " " + std::to_string(key) +
            " " + packed);
 }
 
@@ -68,14 +68,14 @@ void DryRunPrograms::shellExecute(const std::string& verb, const std::string& fi
     m_sink("ShellExecute " + quoted(verb) + " " + quoted(file) + " " + quoted(parameters) + " " + std::to_string(show));
 }
 
-bool DryRunScreen::capture(screen::PixelGrid& grid) {
+bool DryRunScreen::capture(PixelGrid& grid) {
     m_sink("CaptureScreen");
     if (m_picture.empty()) grid.resize(m_size.width, m_size.height);
     else grid = m_picture;
     return true;
 }
 
-void DryRunScreen::setPicture(screen::PixelGrid picture) {
+void DryRunScreen::setPicture(PixelGrid picture) {
     m_picture = std::move(picture);
     if (!m_picture.empty()) m_size = {m_picture.width, m_picture.height};
 }

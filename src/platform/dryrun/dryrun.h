@@ -27,7 +27,7 @@ public:
     void mouseEvent(uint32_t flags) override;
     void keyEvent(uint8_t vk, uint32_t flags) override;
     void sendKeys(const std::string& keys, const std::vector<KeyStroke>& strokes) override;
-    void sendMessage(WindowId window, uint32_t message, uint32_t wParam, uint32_t lParam) override;
+    void sendMessage(WindowId window, uint32_t message, uint32_t key, uint32_t point) override;
 
 private:
     LineSink m_sink;
@@ -69,15 +69,15 @@ class DryRunScreen : public ScreenCapture {
 public:
     explicit DryRunScreen(LineSink sink, Size size = {1920, 1080}) : m_sink(std::move(sink)), m_size(size) {}
     Size screenSize() override { return m_size; }
-    bool capture(screen::PixelGrid& grid) override;
+    bool capture(PixelGrid& grid) override;
     void setSize(Size size) { m_size = size; }
     // Every capture returns this picture, and the screen takes its size.
-    void setPicture(screen::PixelGrid picture);
+    void setPicture(PixelGrid picture);
 
 private:
     LineSink m_sink;
     Size m_size;
-    screen::PixelGrid m_picture;
+    PixelGrid m_picture;
 };
 
 class DryRunClock : public Clock {

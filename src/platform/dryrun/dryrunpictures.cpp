@@ -2,12 +2,12 @@
 
 namespace tarvoke::platform::dryrun {
 
-bool DryRunPictures::load(const std::string& path, screen::PixelGrid& grid) {
+bool DryRunPictures::load(const std::string& path, PixelGrid& grid) {
     m_sink("LoadPicture " + quoted(path));
     return m_files && m_files->load(path, grid);
 }
 
-bool DryRunPictures::save(const std::string& path, const screen::PixelGrid& grid) {
+bool DryRunPictures::save(const std::string& path, const PixelGrid& grid) {
     m_sink("SavePicture " + quoted(path));
     if (!m_writes) return m_files != nullptr;
     return m_files && m_files->save(path, grid);

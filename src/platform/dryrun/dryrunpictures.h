@@ -16,8 +16,8 @@ public:
         m_files = files;
         m_writes = writes;
     }
-    bool load(const std::string& path, screen::PixelGrid& grid) override;
-    bool save(const std::string& path, const screen::PixelGrid& grid) override;
+    bool load(const std::string& path, PixelGrid& grid) override;
+    bool save(const std::string& path, const PixelGrid& grid) override;
 
 private:
     LineSink m_sink;

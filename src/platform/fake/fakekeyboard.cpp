@@ -39,8 +39,8 @@ FakeKeyboard FakeKeyboard::us() {
     // Every other keysym of the table on a free keycode of its own.
     uint8_t next = 120;
     for (int vk = 0; vk < 256; ++vk) {
-        const host::KeyMeaning& meaning = host::keyMeaning(static_cast<uint8_t>(vk));
-        if (meaning.kind != host::KeyKind::Keysym || keyboard.carriesKeysym(meaning.keysym)) continue;
+        const KeyMeaning& meaning = keyMeaning(static_cast<uint8_t>(vk));
+        if (meaning.kind != KeyKind::Keysym || keyboard.carriesKeysym(meaning.keysym)) continue;
         while (keyboard.m_map.count(next)) ++next;
         keyboard.setKey(next, {meaning.keysym});
     }
@@ -68,15 +68,15 @@ uint8_t FakeKeyboard::keycodeCarrying(uint32_t keysym) const {
 }
 
 uint8_t FakeKeyboard::keycodeFor(uint8_t vk) const {
-    const host::KeyMeaning& meaning = host::keyMeaning(vk);
-    if (meaning.kind == host::KeyKind::Keysym) return keycodeCarrying(host::effectiveKeysym(meaning, *this));
-    if (meaning.kind == host::KeyKind::Physical) return static_cast<uint8_t>(meaning.evdevCode + kEvdevOffset);
+    const KeyMeaning& meaning = keyMeaning(vk);
+    if (meaning.kind == KeyKind::Keysym) return keycodeCarrying(effectiveKeysym(meaning, *this));
+    if (meaning.kind == KeyKind::Physical) return static_cast<uint8_t>(meaning.evdevCode + kEvdevOffset);
     return 0;
 }
 
 void FakeKeyboard::pressVirtualKey(uint8_t vk, bool down) {
-    const host::KeyMeaning& meaning = host::keyMeaning(vk);
-    if (meaning.kind == host::KeyKind::Button) {
+    const KeyMeaning& meaning = keyMeaning(vk);
+    if (meaning.kind == KeyKind::Button) {
         m_buttonsDown[meaning.button] = down;
         return;
     }

@@ -10,12 +10,12 @@
 #include <map>
 #include <vector>
 
-#include "host/keytable.h"
+#include "platform/keytable.h"
 #include "platform/keystate.h"
 
 namespace tarvoke::platform::fake {
 
-class FakeKeyboard : public host::KeyboardView, public KeyState {
+class FakeKeyboard : public KeyboardView, public KeyState {
 public:
     // A US map: the digits, letters, modifiers and OEM keys where a US
     // keyboard has them, every other keysym of the key table on a keycode of
@@ -41,7 +41,7 @@ public:
     bool physicalDown(uint16_t evdevCode) const override;
     bool buttonDown(uint8_t button) const override;
 
-    bool isDown(uint8_t vk) override { return host::isVirtualKeyDown(vk, *this); }
+    bool isDown(uint8_t vk) override { return isVirtualKeyDown(vk, *this); }
     bool pressedSinceLastRead(uint8_t vk) override;
 
     // Changes are told as the display would: change() presses or releases

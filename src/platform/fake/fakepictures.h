@@ -11,7 +11,7 @@ namespace tarvoke::platform::fake {
 
 class FakePictures : public Pictures {
 public:
-    bool load(const std::string& path, screen::PixelGrid& grid) override {
+    bool load(const std::string& path, PixelGrid& grid) override {
         const auto found = files.find(path);
         if (found == files.end()) {
             grid = {};
@@ -20,13 +20,13 @@ public:
         grid = found->second;
         return true;
     }
-    bool save(const std::string& path, const screen::PixelGrid& grid) override {
+    bool save(const std::string& path, const PixelGrid& grid) override {
         if (grid.empty() || unwritable.count(path)) return false;
         files[path] = grid;
         return true;
     }
 
-    std::map<std::string, screen::PixelGrid> files;
+    std::map<std::string, PixelGrid> files;
     std::map<std::string, bool> unwritable;
 };
 

@@ -8,11 +8,11 @@
 #include <cstring>
 
 #include "platform/fileread.h"
-#include "screen/bmpwriter.h"
+#include "platform/bmpwriter.h"
 
 namespace tarvoke::platform::qimage {
 
-bool QImagePictures::load(const std::string& path, screen::PixelGrid& grid) {
+bool QImagePictures::load(const std::string& path, PixelGrid& grid) {
     grid = {};
     // Read through the one reader that refuses what is no regular file
     // (a FIFO would block the program for good).
@@ -36,9 +36,9 @@ bool QImagePictures::load(const std::string& path, screen::PixelGrid& grid) {
     return true;
 }
 
-bool QImagePictures::save(const std::string& path, const screen::PixelGrid& grid) {
+bool QImagePictures::save(const std::string& path, const PixelGrid& grid) {
     m_lastError.clear();
-    return screen::saveBmpFile(path, grid, m_lastError);
+    return saveBmpFile(path, grid, m_lastError);
 }
 
 }  // namespace tarvoke::platform::qimage

@@ -8,8 +8,8 @@ namespace tarvoke::platform::qimage {
 
 class QImagePictures : public Pictures {
 public:
-    bool load(const std::string& path, screen::PixelGrid& grid) override;
-    bool save(const std::string& path, const screen::PixelGrid& grid) override;
+    bool load(const std::string& path, PixelGrid& grid) override;
+    bool save(const std::string& path, const PixelGrid& grid) override;
     // Why the last save failed.
     const std::string& lastError() const { return m_lastError; }
 

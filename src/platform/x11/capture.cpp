@@ -10,7 +10,7 @@ Size X11Screen::screenSize() {
     return {DisplayWidth(m_x.display(), screen), DisplayHeight(m_x.display(), screen)};
 }
 
-bool X11Screen::capture(screen::PixelGrid& grid) {
+bool X11Screen::capture(PixelGrid& grid) {
     const Size size = screenSize();
     return m_shm.capture(grid, size.width, size.height);
 }

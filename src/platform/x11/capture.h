@@ -12,7 +12,7 @@ public:
     explicit X11Screen(Connection& connection) : m_x(connection), m_shm(connection) {}
     Size screenSize() override;
     // The root window through shared memory, else a plain XGetImage.
-    bool capture(screen::PixelGrid& grid) override;
+    bool capture(PixelGrid& grid) override;
 
 private:
     Connection& m_x;

@@ -5,7 +5,7 @@
 
 // Headers of ours that name things None, Bool or Status come before Xlib,
 // whose macros of those names would break them.
-#include "host/keytable.h"
+#include "platform/keytable.h"
 
 #include <X11/Xlib.h>
 #include <xcb/xcb.h>

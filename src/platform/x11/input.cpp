@@ -259,13 +259,13 @@ void X11Input::mouseEvent(uint32_t flags) {
 }
 
 KeySym X11Input::keysymOf(uint8_t vk) {
-    const host::KeyMeaning& meaning = host::keyMeaning(vk);
-    return meaning.kind == host::KeyKind::Keysym ? host::effectiveKeysym(meaning, m_mapView) : NoSymbol;
+    const KeyMeaning& meaning = keyMeaning(vk);
+    return meaning.kind == KeyKind::Keysym ? effectiveKeysym(meaning, m_mapView) : NoSymbol;
 }
 
 KeyCode X11Input::keycodeForPress(uint8_t vk) {
-    const host::KeyMeaning& meaning = host::keyMeaning(vk);
-    if (meaning.kind == host::KeyKind::Physical) return m_keyboard.keycodeOfEvdev(meaning.evdevCode);
+    const KeyMeaning& meaning = keyMeaning(vk);
+    if (meaning.kind == KeyKind::Physical) return m_keyboard.keycodeOfEvdev(meaning.evdevCode);
     const KeySym keysym = keysymOf(vk);
     if (keysym == NoSymbol) return 0;
     m_keyboard.bindSpares({keysym});
@@ -354,7 +354,7 @@ void X11Input::sendKeys(const std::string&, const std::vector<KeyStroke>& stroke
     }
 }
 
-void X11Input::sendButton(Window window, uint32_t message, uint32_t lParam) {
+void X11Input::sendButton(Window window, uint32_t message, uint32_t point) {
     for (const ButtonMessage& entry : kButtonMessages) {
         if (entry.message != message) continue;
         XEvent event{};
@@ -366,8 +366,8 @@ void X11Input::sendButton(Window window, uint32_t message, uint32_t lParam) {
         button.subwindow = None;
         button.time = CurrentTime;
         // The packed position holds two signed 16-bit halves, x low.
-        button.x = static_cast<int16_t>(lParam & 0xFFFF);
-        button.y = static_cast<int16_t>(lParam >> 16);
+        button.x = static_cast<int16_t>(point & 0xFFFF);
+        button.y = static_cast<int16_t>(point >> 16);
         button.x_root = button.x;
         button.y_root = button.y;
         // A release carries the button's own mask, as the server's do.
@@ -396,10 +396,10 @@ void X11Input::sendKey(Window window, uint32_t message, uint8_t vk) {
     XSendEvent(m_x.display(), window, False, message == kKeyDownMessage ? KeyPressMask : KeyReleaseMask, &event);
 }
 
-void X11Input::sendMessage(WindowId window, uint32_t message, uint32_t wParam, uint32_t lParam) {
+void X11Input::sendMessage(WindowId window, uint32_t message, uint32_t key, uint32_t point) {
     if (window == 0) return;
-    if (message == kKeyDownMessage || message == kKeyUpMessage) sendKey(window, message, static_cast<uint8_t>(wParam));
-    else sendButton(window, message, lParam);
+    if (message == kKeyDownMessage || message == kKeyUpMessage) sendKey(window, message, static_cast<uint8_t>(key));
+    else sendButton(window, message, point);
     // A window that vanished makes an error that the connection counts
     // and drops.
     m_x.queued();

@@ -32,7 +32,7 @@
 #include <optional>
 #include <set>
 
-#include "host/keytable.h"
+#include "platform/keytable.h"
 #include "platform/input.h"
 #include "platform/x11/clock.h"
 #include "platform/x11/connection.h"
@@ -65,7 +65,7 @@ public:
     void mouseEvent(uint32_t flags) override;
     void keyEvent(uint8_t vk, uint32_t flags) override;
     void sendKeys(const std::string& keys, const std::vector<KeyStroke>& strokes) override;
-    void sendMessage(WindowId window, uint32_t message, uint32_t wParam, uint32_t lParam) override;
+    void sendMessage(WindowId window, uint32_t message, uint32_t key, uint32_t point) override;
 
     void flush() override;
     void releaseAll() override;
@@ -100,13 +100,13 @@ private:
     bool turnUntil(const std::function<bool()>& done, std::optional<std::chrono::milliseconds> limit);
     void beginOperation() { m_operationCancels = m_clock.cancels(); }
     bool stopped() const { return m_clock.cancels() != m_operationCancels; }
-    void sendButton(Window window, uint32_t message, uint32_t lParam);
+    void sendButton(Window window, uint32_t message, uint32_t point);
     void sendKey(Window window, uint32_t message, uint8_t vk);
 
     Connection& m_x;
     Keyboard& m_keyboard;
     X11KeyState& m_keys;
-    const host::KeyboardView& m_mapView;
+    const KeyboardView& m_mapView;
     RealClock& m_clock;
     uint64_t m_operationCancels = 0;
     Device m_lastDevice = kNoDevice;

@@ -15,7 +15,7 @@ constexpr size_t kButtonBase = 256;
 
 // The key table's questions answered from the map and one test of the
 // table's entries (a keycode, or kButtonBase + a button).
-template <typename Test> class TableView : public host::KeyboardView {
+template <typename Test> class TableView : public KeyboardView {
 public:
     TableView(Keyboard& keyboard, Test test) : m_keyboard(keyboard), m_test(test) {}
     bool carriesKeysym(uint32_t keysym) const override { return !m_keyboard.keycodesOf(keysym).empty(); }
@@ -35,7 +35,7 @@ private:
     Test m_test;
 };
 
-template <typename Test> std::unique_ptr<host::KeyboardView> makeView(Keyboard& keyboard, Test test) {
+template <typename Test> std::unique_ptr<KeyboardView> makeView(Keyboard& keyboard, Test test) {
     return std::make_unique<TableView<Test>>(keyboard, test);
 }
 
@@ -237,19 +237,20 @@ bool X11KeyState::motionReadBefore(unsigned long request) {
 
 bool X11KeyState::isDown(uint8_t vk) {
     // Without raw button events a button is asked of the server each time.
-    if (!m_followsPointer) return host::isVirtualKeyDown(vk, *m_downView);
+    if (!m_followsPointer) return isVirtualKeyDown(vk, *m_downView);
     if (m_answersChanges != m_changes || m_answersMap != m_keyboard.version()) {
-        m_answers.fill(0);
+        m_answers.fill(Answer::NotAsked);
         m_answersChanges = m_changes;
         m_answersMap = m_keyboard.version();
     }
-    if (m_answers[vk] == 0) m_answers[vk] = host::isVirtualKeyDown(vk, *m_downView) ? 2 : 1;
-    return m_answers[vk] == 2;
+    if (m_answers[vk] == Answer::NotAsked)
+        m_answers[vk] = isVirtualKeyDown(vk, *m_downView) ? Answer::Down : Answer::Up;
+    return m_answers[vk] == Answer::Down;
 }
 
 bool X11KeyState::pressedSinceLastRead(uint8_t vk) {
     m_since = m_lastRead[vk];
-    const bool pressed = host::isVirtualKeyDown(vk, *m_pressedView);
+    const bool pressed = isVirtualKeyDown(vk, *m_pressedView);
     m_lastRead[vk] = m_presses;
     return pressed;
 }

@@ -5,7 +5,7 @@
 // followed only for the recorder (a run would wake for every move of the
 // mouse); raw motion is counted, so that the cursor need not be asked for
 // while it stands still. Which keys make a number
-// down is the key table's rule (host::isVirtualKeyDown).
+// down is the key table's rule (isVirtualKeyDown).
 
 #include <array>
 #include <cstdint>
@@ -14,7 +14,7 @@
 #include <vector>
 #include <optional>
 
-#include "host/keytable.h"
+#include "platform/keytable.h"
 #include "platform/keystate.h"
 #include "platform/x11/connection.h"
 #include "platform/x11/keyboard.h"
@@ -32,7 +32,7 @@ public:
     void followPointer() override;
     bool followsPointer() const { return m_followsPointer; }
     // The keyboard map and the keys down, as the key table asks about them.
-    const host::KeyboardView& view() const { return *m_downView; }
+    const KeyboardView& view() const { return *m_downView; }
     // Counts the pointer's moves by any device, ours included, while the
     // pointer is followed; a warp by another program is not among them.
     uint64_t motions() const { return m_motions; }
@@ -80,8 +80,8 @@ private:
     Connection& m_x;
     Keyboard& m_keyboard;
     // Views of the table: keys down now, and keys pressed after m_since.
-    std::unique_ptr<host::KeyboardView> m_downView;
-    std::unique_ptr<host::KeyboardView> m_pressedView;
+    std::unique_ptr<KeyboardView> m_downView;
+    std::unique_ptr<KeyboardView> m_pressedView;
     uint64_t m_since = 0;
     bool m_ok = false;
     bool m_followsPointer = false;
@@ -96,8 +96,9 @@ private:
     std::array<uint64_t, 256> m_lastRead{};
     // Answers of isDown while the pointer is followed, kept until a key or
     // button changes or the map does (the recorder asks about every number
-    // every millisecond): 0 not asked yet, 1 up, 2 down.
-    std::array<uint8_t, 256> m_answers{};
+    // every millisecond).
+    enum class Answer : uint8_t { NotAsked, Up, Down };
+    std::array<Answer, 256> m_answers{};
     uint64_t m_changes = 0;
     uint64_t m_answersChanges = 0;
     uint64_t m_answersMap = 0;

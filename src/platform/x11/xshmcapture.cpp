@@ -49,7 +49,7 @@ bool isNativeTrueColour(const XImage& image) {
 // The image's pixels into grid (already of the image's size). The common
 // 24-bit true-colour layout is copied a row at a time; anything else goes
 // through its colour masks.
-void convert(const XImage& image, screen::PixelGrid& grid) {
+void convert(const XImage& image, PixelGrid& grid) {
     if (isNativeTrueColour(image)) {
         for (int32_t y = 0; y < grid.height; ++y) {
             const auto* in = reinterpret_cast<const uint32_t*>(image.data + static_cast<size_t>(y) * image.bytes_per_line);
@@ -73,7 +73,7 @@ void convert(const XImage& image, screen::PixelGrid& grid) {
 
 XShmCapture::~XShmCapture() { detach(); }
 
-bool XShmCapture::capture(screen::PixelGrid& grid, int width, int height) {
+bool XShmCapture::capture(PixelGrid& grid, int width, int height) {
     if (width <= 0 || height <= 0) return false;
     if (!m_unavailable && attach(width, height) && captureShared(grid)) return true;
     return capturePlain(grid, width, height);
@@ -147,7 +147,7 @@ void XShmCapture::detach() {
     }
 }
 
-bool XShmCapture::captureShared(screen::PixelGrid& grid) {
+bool XShmCapture::captureShared(PixelGrid& grid) {
     bool got = false;
     if (!m_x.checked([&] { got = XShmGetImage(m_x.display(), m_x.root(), m_image, 0, 0, AllPlanes); }) || !got)
         return false;
@@ -156,7 +156,7 @@ bool XShmCapture::captureShared(screen::PixelGrid& grid) {
     return true;
 }
 
-bool XShmCapture::capturePlain(screen::PixelGrid& grid, int width, int height) {
+bool XShmCapture::capturePlain(PixelGrid& grid, int width, int height) {
     XImage* image = nullptr;
     m_x.checked([&] {
         image = XGetImage(m_x.display(), m_x.root(), 0, 0, static_cast<unsigned>(width), static_cast<unsigned>(height),

@@ -5,7 +5,7 @@
 // is missing or refused (a remote display).
 
 #include "platform/x11/connection.h"
-#include "screen/pixelgrid.h"
+#include "platform/pixelgrid.h"
 
 struct _XImage;
 
@@ -19,13 +19,13 @@ public:
     XShmCapture& operator=(const XShmCapture&) = delete;
 
     // Fills grid with the whole root window, at the screen's size.
-    bool capture(screen::PixelGrid& grid, int width, int height);
+    bool capture(PixelGrid& grid, int width, int height);
 
 private:
     bool attach(int width, int height);
     void detach();
-    bool captureShared(screen::PixelGrid& grid);
-    bool capturePlain(screen::PixelGrid& grid, int width, int height);
+    bool captureShared(PixelGrid& grid);
+    bool capturePlain(PixelGrid& grid, int width, int height);
 
     Connection& m_x;
     bool m_unavailable = false;  // the extension is missing or was refused once

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "screen/pixelgrid.h"
+#include "platform/pixelgrid.h"
 
-namespace tarvoke::screen {
+namespace tarvoke::platform {
 
 // The whole file in memory; empty when the grid is empty or too large for the format.
 std::vector<uint8_t> encodeBmp(const PixelGrid& grid);
@@ -15,4 +15,4 @@ std::vector<uint8_t> encodeBmp(const PixelGrid& grid);
 // leaves a file already at path as it was. error receives the reason.
 bool saveBmpFile(const std::string& path, const PixelGrid& grid, std::string& error);
 
-}  // namespace tarvoke::screen
+}  // namespace tarvoke::platform

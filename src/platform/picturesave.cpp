@@ -1,10 +1,10 @@
-#include "screen/picturesave.h"
+#include "platform/picturesave.h"
 
 #include <string_view>
 
 #include "platform/filesave.h"
 
-namespace tarvoke::screen {
+namespace tarvoke::platform {
 
 bool savePictureBytes(const std::string& path, const std::vector<uint8_t>& bytes, const char* whyEmpty,
                       std::string& error) {
@@ -12,9 +12,9 @@ bool savePictureBytes(const std::string& path, const std::vector<uint8_t>& bytes
         error = whyEmpty;
         return false;
     }
-    const platform::SaveResult saved = platform::saveFile(
+    const SaveResult saved = saveFile(
         path, std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()),
-        {.mode = platform::newFileMode()});
+        {.mode = newFileMode()});
     if (!saved) {
         error = saved.reason();
         return false;
@@ -22,4 +22,4 @@ bool savePictureBytes(const std::string& path, const std::vector<uint8_t>& bytes
     return true;
 }
 
-}  // namespace tarvoke::screen
+}  // namespace tarvoke::platform

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace tarvoke::screen {
+namespace tarvoke::platform {
 
 // Writes bytes beside path and renames them over it, so that a failed save
 // leaves a file already at path as it was; a new file's bits, also over an
@@ -14,4 +14,4 @@ namespace tarvoke::screen {
 bool savePictureBytes(const std::string& path, const std::vector<uint8_t>& bytes, const char* whyEmpty,
                       std::string& error);
 
-}  // namespace tarvoke::screen
+}  // namespace tarvoke::platform

@@ -1,8 +1,8 @@
-#include "screen/bmpwriter.h"
+#include "platform/bmpwriter.h"
 
-#include "screen/picturesave.h"
+#include "platform/picturesave.h"
 
-namespace tarvoke::screen {
+namespace tarvoke::platform {
 namespace {
 
 constexpr size_t kHeaderSize = 14 + 40;
@@ -57,4 +57,4 @@ bool saveBmpFile(const std::string& path, const PixelGrid& grid, std::string& er
     return savePictureBytes(path, encodeBmp(grid), whyEmpty, error);
 }
 
-}  // namespace tarvoke::screen
+}  // namespace tarvoke::platform

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace tarvoke::host {
+namespace tarvoke::platform {
 
 enum class KeyKind : uint8_t {
     None,      // a number Windows leaves reserved or unassigned: never down, presses nothing
@@ -64,4 +64,4 @@ uint32_t effectiveKeysym(const KeyMeaning& meaning, const KeyboardView& view);
 // The state of a virtual key as GetKeyState reports it, by the rule above.
 bool isVirtualKeyDown(uint8_t vk, const KeyboardView& view);
 
-}  // namespace tarvoke::host
+}  // namespace tarvoke::platform

@@ -1,8 +1,8 @@
-#include "host/keytable.h"
+#include "platform/keytable.h"
 
 #include <array>
 
-namespace tarvoke::host {
+namespace tarvoke::platform {
 namespace {
 
 constexpr KeyMeaning sym(uint32_t keysym, std::string_view name, uint32_t fallback = 0) {
@@ -156,4 +156,4 @@ bool isVirtualKeyDown(uint8_t vk, const KeyboardView& view) {
     return false;
 }
 
-}  // namespace tarvoke::host
+}  // namespace tarvoke::platform

@@ -1,5 +1,5 @@
 #pragma once
-// A picture as the screen commands see it.
+// A picture as capture, picture files and the screen commands see it.
 //
 // Contract: width x height pixels, row-major, (0, 0) top left, no padding
 // between rows. Each pixel is one 32-bit word: blue in byte 0, green in
@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace tarvoke::screen {
+namespace tarvoke::platform {
 
 struct PixelGrid {
     int32_t width = 0;
@@ -35,4 +35,4 @@ inline uint32_t makePixel(uint8_t red, uint8_t green, uint8_t blue) {
     return uint32_t{blue} | (uint32_t{green} << 8) | (uint32_t{red} << 16);
 }
 
-}  // namespace tarvoke::screen
+}  // namespace tarvoke::platform
