@@ -11,25 +11,24 @@ namespace tarvoke::app {
 
 App::App(AppOptions options) : m_options(std::move(options)) {
     session.platform = m_options.platform;
-    engine.setExternalCommands(&commands);
 }
 
 App::~App() = default;
 
 void App::LoadSettings() {
     const LoadedSettings loaded = app::LoadSettings(m_options.settingsFile);
-    session.bRepeat = loaded.settings.bRepeat;
+    session.repeat = loaded.settings.bRepeat;
     bMouseMove = loaded.settings.bMouseMove;
     bExtendedClicks = loaded.settings.bExtendedClicks;
-    session.bIgnorePauses = loaded.settings.bIgnorePauses;
+    session.ignorePauses = loaded.settings.bIgnorePauses;
     bBasicMode = loaded.settings.bBasicMode;
     bFirstRun = loaded.bFirstRun;
-    if (bFirstRun) session.dblPauseFactor = 1.0;
+    if (bFirstRun) session.pauseFactor = 1.0;
 }
 
 void App::SaveSettings() {
     app::SaveSettings(m_options.settingsFile,
-                      {session.bRepeat, bMouseMove, bExtendedClicks, session.bIgnorePauses, bBasicMode});
+                      {session.repeat, bMouseMove, bExtendedClicks, session.ignorePauses, bBasicMode});
 }
 
 void App::exitProgram() {

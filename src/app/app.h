@@ -45,8 +45,8 @@ public:
     ~App();
 
     host::Session session;
-    engine::SC engine{session};
-    host::HostCommands commands;
+    host::HostCommands commands{session};
+    engine::SC engine{commands};
     playback::Playback playback{engine, session};
     // bRecording, bHotkeyRecord and the growing recording, shared by both windows.
     recorder::RecorderState recorder;

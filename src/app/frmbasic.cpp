@@ -50,10 +50,10 @@ FrmBasic::FrmBasic(App& app) : m_app(app) {
     m_timers->isPlayXSelected = [this] { return optPlayX->isChecked(); };
 
     // Form_Load: the controls show the settings as loaded.
-    m_app.session.dblPauseFactor = 1.0;
-    m_app.session.hTargetWindow = 0;
+    m_app.session.pauseFactor = 1.0;
+    m_app.session.targetWindow = 0;
     m_playOptions->setExclusive(false);
-    optRepeat->setChecked(m_app.session.bRepeat);
+    optRepeat->setChecked(m_app.session.repeat);
     m_playOptions->setExclusive(true);
     chkMM->setChecked(m_app.bMouseMove);
     chkEx->setChecked(m_app.bExtendedClicks);
@@ -132,16 +132,16 @@ QWidget* FrmBasic::buildHelpFrame() {
 }
 
 void FrmBasic::optPlayOnce_Click() {
-    m_app.session.bRepeat = false;
+    m_app.session.repeat = false;
     optPlayOnce->setChecked(true);
 }
 
 void FrmBasic::optRepeat_Click() {
-    m_app.session.bRepeat = true;
+    m_app.session.repeat = true;
     optRepeat->setChecked(true);
 }
 
-void FrmBasic::optPlayX_Click() { m_app.session.bRepeat = false; }
+void FrmBasic::optPlayX_Click() { m_app.session.repeat = false; }
 
 void FrmBasic::StopScript() { m_app.playback.stopPlay(); }
 
@@ -191,7 +191,7 @@ void FrmBasic::cmdOpen_Click() {
         return;
     std::string path = localPath(m_app.dialogs().openFileName("Open Tarvoke script file", kFilter, "tk"));
     if (!IsValidPath(path) || path.empty()) return;
-    m_app.session.sScriptFolder = GetFolder(path);
+    m_app.session.scriptFolder = GetFolder(path);
     const auto content = readScriptFile(path);
     if (!content) return;
     setWindowTitle(kBareCaption + " - " + fileNameOf(path));
@@ -211,7 +211,7 @@ bool FrmBasic::saveWithDialog() {
     if (!IsValidPath(path) || path.empty()) return false;
     if (!mayReplace(m_app.dialogs(), path)) return false;
     if (!saveScriptFile(m_app.dialogs(), path, m_txtLog)) return false;
-    m_app.session.sScriptFolder = GetFolder(path);
+    m_app.session.scriptFolder = GetFolder(path);
     setWindowTitle(kBareCaption + " - " + fileNameOf(path));
     m_app.sFilePath = path;
     m_changed = false;

@@ -56,16 +56,16 @@ FrmMain::FrmMain(App& app) : m_app(app) {
                       [this] { mnuScriptPlay_Click(); }});
     m_timers->onAfterStop = [this] {
         closeRecording();
-        mnuScriptRepeat->setChecked(m_app.session.bRepeat);
+        mnuScriptRepeat->setChecked(m_app.session.repeat);
     };
 
     // Form_Load: Advanced Mode always starts with these on.
-    m_app.session.bRepeat = true;
+    m_app.session.repeat = true;
     m_app.bMouseMove = true;
     m_app.bExtendedClicks = true;
     m_find.bFindFresh = true;
-    m_app.session.dblPauseFactor = 1.0;
-    m_app.session.hTargetWindow = 0;
+    m_app.session.pauseFactor = 1.0;
+    m_app.session.targetWindow = 0;
     mnuScriptRepeat->setChecked(true);
     m_app.playback.setView(m_timers.get());
     m_timers->setInputsTimer(true);
@@ -185,7 +185,7 @@ void FrmMain::mnuFileOpen_Click() {
     if (!mnuNew_Click()) return;  // a No keeps the text, and the Open with it
     std::string path = localPath(m_app.dialogs().openFileName("Open Tarvoke script file", kOpenFilter, "tk"));
     if (!IsValidPath(path) || path.empty()) return;
-    m_app.session.sScriptFolder = GetFolder(path);
+    m_app.session.scriptFolder = GetFolder(path);
     // A compiled script: read back once compiling exists; a name in capitals
     // ("EXE") is read as a script.
     if (path.ends_with("exe")) return;
@@ -215,7 +215,7 @@ bool FrmMain::mnuFileSaveAs_Click() {
 
 bool FrmMain::writeScript(const std::string& path) {
     if (!saveScriptFile(m_app.dialogs(), path, text())) return false;
-    m_app.session.sScriptFolder = GetFolder(path);
+    m_app.session.scriptFolder = GetFolder(path);
     setWindowTitle("Tarvoke - " + QFile::decodeName(QByteArray::fromStdString(GetFileName(path))));
     m_app.sFilePath = path;
     setChanged(false);
@@ -304,8 +304,8 @@ void FrmMain::mnuScriptPlaySelection_Click() {
 }
 
 void FrmMain::mnuScriptRepeat_Click() {
-    m_app.session.bRepeat = !m_app.session.bRepeat;
-    mnuScriptRepeat->setChecked(m_app.session.bRepeat);
+    m_app.session.repeat = !m_app.session.repeat;
+    mnuScriptRepeat->setChecked(m_app.session.repeat);
 }
 
 void FrmMain::mnuScriptStop_Click() { m_app.playback.stopPlay(); }

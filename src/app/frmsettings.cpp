@@ -45,7 +45,7 @@ FrmSettings::FrmSettings(App& app) : m_app(app) {
 
     chkMM->setChecked(m_app.bMouseMove);
     chkEx->setChecked(m_app.bExtendedClicks);
-    chkPause->setChecked(m_app.session.bIgnorePauses);
+    chkPause->setChecked(m_app.session.ignorePauses);
     connect(cmdOK, &QPushButton::clicked, this, [this] { cmdOK_Click(); });
     connect(cmdCancel, &QPushButton::clicked, this, &QDialog::close);
 }
@@ -53,7 +53,7 @@ FrmSettings::FrmSettings(App& app) : m_app(app) {
 void FrmSettings::cmdOK_Click() {
     m_app.bMouseMove = chkMM->isChecked();
     m_app.bExtendedClicks = chkEx->isChecked();
-    m_app.session.bIgnorePauses = chkPause->isChecked();
+    m_app.session.ignorePauses = chkPause->isChecked();
     if (chkPrior->isChecked()) raiseProcessPriority();
     close();
 }

@@ -128,7 +128,7 @@ int run(int argc, char** argv) {
     // Form_Initialize of the splash.
     app::WriteManifest();
     app::raiseProcessPriority();
-    app.session.sScriptFolder = programFolder.string();
+    app.session.scriptFolder = programFolder.string();
     // Form_Load.
     app::FrmSplash2& splash = app.frmSplash2();
     app.LoadSettings();

@@ -16,15 +16,21 @@ int hotkeyIndex(uint8_t vk) {
     return -1;
 }
 
+using engine::Command;
+
 std::string pointText(platform::Point point) { return std::to_string(point.x) + "," + std::to_string(point.y); }
+
+// The start of a statement: the command's name as scripts write it and "(".
+std::string call(Command command) { return std::string(engine::scriptName(command)) + "("; }
 
 }  // namespace
 
 void RemoveLastCtrlDown(std::string& text) {
-    for (const char* press : {"KeyDown(163);\n", "KeyDown(162);\n"}) {
+    for (const char* vk : {"163", "162"}) {
+        const std::string press = call(Command::KeyDown) + vk + ");\n";
         const size_t found = text.rfind(press);
         if (found != std::string::npos) {
-            text.erase(found, std::char_traits<char>::length(press));
+            text.erase(found, press.size());
             return;
         }
     }
@@ -39,7 +45,7 @@ void Sampler::AddRecordedLine(const std::string& sLine) {
         m_state.bSkipNextLine = false;
         return;
     }
-    m_state.sScriptText += "Pause(" + std::to_string(m_clocks.readEventClock()) + ");\n" + sLine + "\n";
+    m_state.sScriptText += call(Command::Pause) + std::to_string(m_clocks.readEventClock()) + ");\n" + sLine + "\n";
     m_clocks.startEventClock();
 }
 
@@ -47,9 +53,10 @@ void Sampler::AddRecordedLine(const std::string& sLine) {
 // digits end a tick before the keys behind them are looked at.
 void Sampler::tick(std::optional<platform::Point> pointer) {
     m_pointer = pointer;
-    sampleButton(1, m_form.bLeftDown, "Left");
-    sampleButton(2, m_form.bRightDown, "Right");
-    sampleButton(4, m_form.bMiddleDown, "Middle");
+    sampleButton(1, m_form.bLeftDown, {Command::LeftDown, Command::LeftUp, Command::LeftDownEx, Command::LeftUpEx});
+    sampleButton(2, m_form.bRightDown, {Command::RightDown, Command::RightUp, Command::RightDownEx, Command::RightUpEx});
+    sampleButton(4, m_form.bMiddleDown,
+                 {Command::MiddleDown, Command::MiddleUp, Command::MiddleDownEx, Command::MiddleUpEx});
     if (m_state.bMouseMove) sampleMove();
     plainKey(3);
     plainKeys(5, 16);
@@ -66,12 +73,12 @@ void Sampler::tick(std::optional<platform::Point> pointer) {
 
 platform::Point Sampler::cursor() { return m_pointer ? *m_pointer : m_input.cursorPos(); }
 
-void Sampler::sampleButton(uint8_t vk, bool& flag, const char* name) {
+void Sampler::sampleButton(uint8_t vk, bool& flag, const ButtonCommands& commands) {
     const bool down = m_keys.isDown(vk);
     if (down == flag) return;
     const platform::Point at = cursor();
-    const std::string change = std::string(name) + (down ? "Down" : "Up");
-    AddRecordedLine(m_state.bExtendedClicks ? change + "Ex(" + pointText(at) + ");" : change + "();");
+    if (m_state.bExtendedClicks) AddRecordedLine(call(down ? commands.downEx : commands.upEx) + pointText(at) + ");");
+    else AddRecordedLine(call(down ? commands.down : commands.up) + ");");
     flag = down;
 }
 
@@ -79,7 +86,7 @@ void Sampler::sampleButton(uint8_t vk, bool& flag, const char* name) {
 void Sampler::sampleMove() {
     const platform::Point at = cursor();
     if (at.x == m_form.ptLastMove.x || at.y == m_form.ptLastMove.y) return;
-    AddRecordedLine("MoveMouse(" + pointText(at) + ");");
+    AddRecordedLine(call(Command::MoveMouse) + pointText(at) + ");");
     m_form.ptLastMove = at;
 }
 
@@ -87,7 +94,7 @@ void Sampler::plainKey(uint8_t vk) {
     const bool down = m_keys.isDown(vk);
     bool& open = m_state.intKeyState[vk];
     if (down == open) return;
-    AddRecordedLine((down ? "KeyDown(" : "KeyUp(") + std::to_string(vk) + ");");
+    AddRecordedLine(call(down ? Command::KeyDown : Command::KeyUp) + std::to_string(vk) + ");");
     open = down;
 }
 
@@ -170,9 +177,9 @@ void Sampler::sampleColour() {
     const std::string green = std::to_string(screen::greenOf(pixel));
     const std::string blue = std::to_string(screen::blueOf(pixel));
     const std::string bound = red + ", " + blue + ", " + green;
-    AddRecordedLine("CaptureScreen(imagesave0);");
-    AddRecordedLine("CreateColorRange(colorrange0, " + bound + ", " + bound + ");");
-    AddRecordedLine("MoveMouseToColorRange(imagesave0, colorrange0);");
+    AddRecordedLine(call(Command::CaptureScreen) + "imagesave0);");
+    AddRecordedLine(call(Command::CreateColorRange) + "colorrange0, " + bound + ", " + bound + ");");
+    AddRecordedLine(call(Command::MoveMouseToColorRange) + "imagesave0, colorrange0);");
     m_state.bSkipNextLine = true;
 }
 

@@ -67,7 +67,7 @@ private slots:
         AppFixture f("0,0,0,0,1,", true);
         FrmBasic& basic = f.app->frmBasic();
         basic.cmdAdvanced_Click();
-        QVERIFY(f.app->session.bRepeat && f.app->bMouseMove && f.app->bExtendedClicks);
+        QVERIFY(f.app->session.repeat && f.app->bMouseMove && f.app->bExtendedClicks);
         QVERIFY(!basic.optRepeat->isChecked());  // shown at the first load only
     }
 
@@ -163,7 +163,7 @@ private slots:
         if (starts) {
             QVERIFY(f.dialogs.told.empty());
             QCOMPARE(f.app->playback.playTarget(), target);
-            QVERIFY(f.app->session.bRepeat);
+            QVERIFY(f.app->session.repeat);
         } else {
             QCOMPARE(f.dialogs.told.size(), size_t(1));
             QCOMPARE(f.dialogs.told[0].title, "Error");
@@ -194,7 +194,7 @@ private slots:
                                    [](const std::string& line) { return line.starts_with("MessageBox"); })),
                  runs);
         QVERIFY(basic.isVisible());
-        QVERIFY(f.app->session.bRepeat);
+        QVERIFY(f.app->session.repeat);
     }
 
     void hotkeysActOnTheWindowInUse() {
@@ -220,11 +220,11 @@ private slots:
         AppFixture f;
         FrmBasic& basic = f.app->frmBasic();
         basic.optPlayOnce->click();
-        QVERIFY(!f.app->session.bRepeat);
+        QVERIFY(!f.app->session.repeat);
         basic.optRepeat->click();
-        QVERIFY(f.app->session.bRepeat);
+        QVERIFY(f.app->session.repeat);
         basic.optPlayX->click();
-        QVERIFY(!f.app->session.bRepeat);
+        QVERIFY(!f.app->session.repeat);
     }
 };
 

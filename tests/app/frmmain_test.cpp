@@ -77,7 +77,7 @@ private slots:
         QCOMPARE(main.windowTitle(), "Tarvoke - first.tk");
         QCOMPARE(main.text(), "Function(Main);\nPause(5);\nEndFunction();\n");
         QCOMPARE(f.app->sFilePath, f.path("first.tk"));
-        QCOMPARE(f.app->session.sScriptFolder, f.path(""));
+        QCOMPARE(f.app->session.scriptFolder, f.path(""));
 
         main.setText("Function(Main);\nPause(6);\nEndFunction();");
         main.mnuFileSave_Click();
@@ -118,7 +118,7 @@ private slots:
         f.writeFile("kept.tk", "old text");
         f.dialogs.paths = {QString::fromStdString(f.path("kept.tk"))};
         main.mnuFileOpen_Click();
-        const std::string folderBefore = f.app->session.sScriptFolder;
+        const std::string folderBefore = f.app->session.scriptFolder;
         testing::ReadOnlyFolder readOnly(f.folder.path());
         if (!readOnly.ok()) QSKIP("cannot make a read-only folder here");
         main.setText("new text");
@@ -133,7 +133,7 @@ private slots:
         main.mnuFileSaveAs_Click();
         QCOMPARE(main.windowTitle(), "Tarvoke - kept.tk");
         QCOMPARE(f.app->sFilePath, f.path("kept.tk"));
-        QCOMPARE(f.app->session.sScriptFolder, folderBefore);
+        QCOMPARE(f.app->session.scriptFolder, folderBefore);
         QCOMPARE(QDir(f.folder.path()).entryList(QDir::Files), QStringList{"kept.tk"});
     }
 

@@ -93,7 +93,7 @@ private slots:
         QVERIFY(!basic.optRepeat->isChecked());
         QVERIFY(!basic.chkMM->isChecked());
         QVERIFY(!basic.chkEx->isChecked());
-        QVERIFY(f.app->session.bIgnorePauses);
+        QVERIFY(f.app->session.ignorePauses);
     }
 
     void advancedModeTurnsTheFirstThreeOn() {
@@ -140,7 +140,7 @@ private slots:
         dialog.chkPause->setChecked(true);
         dialog.chkPrior->setChecked(true);
         dialog.close();
-        QVERIFY(!f.app->bMouseMove && !f.app->session.bIgnorePauses);
+        QVERIFY(!f.app->bMouseMove && !f.app->session.ignorePauses);
     }
 
     void settingsDialogOkTakesTheBoxes() {
@@ -150,7 +150,7 @@ private slots:
         dialog.chkEx->setChecked(false);
         dialog.chkPause->setChecked(true);
         dialog.cmdOK_Click();
-        QVERIFY(f.app->bMouseMove && !f.app->bExtendedClicks && f.app->session.bIgnorePauses);
+        QVERIFY(f.app->bMouseMove && !f.app->bExtendedClicks && f.app->session.ignorePauses);
     }
 
     // A settings.dat that is no file gives the defaults, as a missing one

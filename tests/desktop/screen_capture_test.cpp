@@ -59,19 +59,18 @@ private:
 
 class ScreenCaptureTest : public testing::Test {
 protected:
-    ScreenCaptureTest() : m_input([this](std::string_view line) { lines.emplace_back(line); }), m_engine(m_session) {}
+    ScreenCaptureTest() : m_input([this](std::string_view line) { lines.emplace_back(line); }), m_commands(m_session), m_engine(m_commands) {}
 
     void SetUp() override {
         m_x11 = platform::x11::X11Platform::open(m_loop);
         ASSERT_NE(m_x11, nullptr) << "no X display";
         m_session.platform = m_x11->platform(nullptr);
         m_session.platform.input = &m_input;  // the cursor's move is read from its line
-        m_engine.setExternalCommands(&m_commands);
     }
     void run(const std::string& body) {
         std::string text = "Function(Main);\n" + body + "\nEndFunction();";
-        m_engine.Initialize(text);
-        m_engine.Execute();
+        m_engine.initialize(text);
+        m_engine.execute();
     }
     // Captures until the painted colour shows (the server paints on its own time).
     void captureShowing(uint32_t pixel, int x, int y) {
@@ -89,8 +88,8 @@ protected:
     platform::QtLoop m_loop;
     std::unique_ptr<platform::x11::X11Platform> m_x11;
     host::Session m_session;
-    engine::SC m_engine;
     host::HostCommands m_commands;
+    engine::SC m_engine;
 };
 
 TEST_F(ScreenCaptureTest, FindsAPaintedColourAtItsScreenPosition) {
@@ -107,8 +106,8 @@ TEST_F(ScreenCaptureTest, FindsAPaintedColourAtItsScreenPosition) {
     run("CreateColorRange(colorrange1, 200, 50, 100, 200, 50, 100);\nMoveMouseToColorRange(imagesave0, colorrange1);\n"
         "IsPixelIn(r, imagesave0, 300, 200, 419, 279, colorrange1);");
     EXPECT_EQ(lines, (std::vector<std::string>{"SetCursorPos 350 230"}));
-    EXPECT_EQ(m_engine.GetVariableAsString("r"), "True");
-    EXPECT_EQ(m_engine.GetVariableAsString("lx"), "350");
+    EXPECT_EQ(m_engine.getVariableAsString("r"), "True");
+    EXPECT_EQ(m_engine.getVariableAsString("lx"), "350");
 }
 
 TEST_F(ScreenCaptureTest, ACaptureAgainSeesTheChangeInTheSameBuffer) {

@@ -148,12 +148,12 @@ TEST_F(BuiltinsTest, TextsTogetherStayWithinTheirMemory) {
 TEST_F(BuiltinsTest, AStopCutsALongTextStepShort) {
     // 16 MB: long enough to be built in pieces with a look at the stop
     // between them. The stop comes once go exists.
-    session.stopRequested = [this] { return engine.IsExistingVariable("go"); };
+    session.stopRequested = [this] { return engine.isExistingVariable("go"); };
     std::string script = "string(x, a);";
     for (int i = 0; i < 24; ++i) script += "combine(x, x);";
     run(script + "int(go, 1); combine(x, x); replace(x, a, bb); string(y, x); multiply(x, 3);");
     EXPECT_EQ(valueOf("x").size(), size_t{1} << 24);
-    EXPECT_FALSE(engine.IsExistingVariable("y"));
+    EXPECT_FALSE(engine.isExistingVariable("y"));
 }
 
 TEST_F(BuiltinsTest, TheDumpComesInPiecesAndEndsOnAStop) {
@@ -164,7 +164,7 @@ TEST_F(BuiltinsTest, TheDumpComesInPiecesAndEndsOnAStop) {
         whole += piece;
         ++pieces;
     }));
-    EXPECT_EQ(whole, engine.GetDebug());
+    EXPECT_EQ(whole, engine.getDebug());
     EXPECT_GT(pieces, 3);
     EXPECT_NE(whole.find("Long: n, value: 7\n"), std::string::npos);
     session.stopRequested = [] { return true; };
@@ -184,7 +184,7 @@ TEST_F(BuiltinsTest, MessageStyles) {
 TEST_F(BuiltinsTest, DumpListsStatementsFunctionsAndVariablesInOrder) {
     run("function(main); string(s, \"a b\"); double(d, 0.5); int(n, 3); combine(s, c); endfunction();"
         "function(f); for(s,1,2); selectwindow(\"A\", b); foo(1,2,3,4,5,6,7,8); endfunction();");
-    EXPECT_EQ(engine.GetDebug(),
+    EXPECT_EQ(engine.getDebug(),
               "Printing Code:\n"
               "Command: function; Parameters: main      \n"
               "Command: string; Parameters: s a b     \n"
@@ -208,7 +208,7 @@ TEST_F(BuiltinsTest, DumpListsStatementsFunctionsAndVariablesInOrder) {
 }
 
 TEST_F(BuiltinsTest, DumpBeforeAnyLoadHasItsHeadingsOnly) {
-    EXPECT_EQ(engine.GetDebug(), "Printing Code:\n\nPrinting Found Functions:\n\nPrinting Found Variables:\n\n\n\n");
+    EXPECT_EQ(engine.getDebug(), "Printing Code:\n\nPrinting Found Functions:\n\nPrinting Found Variables:\n\n\n\n");
 }
 
 }  // namespace

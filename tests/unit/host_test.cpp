@@ -32,10 +32,10 @@ protected:
     template <size_t N>
     void checkAll(const Case (&cases)[N]) {
         for (const Case& c : cases) {
-            session.hTargetWindow = 0;
-            session.intLastX = session.intLastY = 0;
-            session.dblPauseFactor = 1.0;
-            session.bIgnorePauses = false;
+            session.targetWindow = 0;
+            session.lastX = session.lastY = 0;
+            session.pauseFactor = 1.0;
+            session.ignorePauses = false;
             EXPECT_EQ(play(c.script), c.expected) << c.name << ": " << c.script;
         }
     }
@@ -181,27 +181,27 @@ TEST_F(HostTest, TheFactorOutlivesTheRun) {
 }
 
 TEST_F(HostTest, AFixedFactorPassesOverSetPausePercent) {
-    session.fixedPauseFactor = session.dblPauseFactor = 2.0;
+    session.fixedPauseFactor = session.pauseFactor = 2.0;
     EXPECT_EQ(play("SetPausePercent(50); Pause(100);"), (Lines{"Wait 200"}));
 }
 
 TEST_F(HostTest, SetPausePercentByExecuteType) {
     int counted = 0;
     session.onWhiteDebugPercent = [&] { ++counted; };
-    engine.SetExecuteType(1);
+    engine.setExecuteType(engine::ExecuteType::CorrectTime);
     run("SetPausePercent(70);");
-    EXPECT_EQ(session.sPausePercent, "70");
-    EXPECT_EQ(session.dblPauseFactor, 1.0);
-    engine.SetExecuteType(2);
+    EXPECT_EQ(session.pausePercent, "70");
+    EXPECT_EQ(session.pauseFactor, 1.0);
+    engine.setExecuteType(engine::ExecuteType::WhiteDebug);
     run("SetPausePercent(abc);");
-    EXPECT_EQ(session.sPausePercent, "abc");
+    EXPECT_EQ(session.pausePercent, "abc");
     EXPECT_EQ(counted, 1);
-    EXPECT_EQ(session.dblPauseFactor, 1.0);
+    EXPECT_EQ(session.pauseFactor, 1.0);
 }
 
 TEST_F(HostTest, AStopEndsThePauseAndThePiecesToCome) {
     fake.onYield = [&] {
-        if (fake.transcript.size() == 1) engine.StopExecution();
+        if (fake.transcript.size() == 1) engine.stopExecution();
     };
     EXPECT_EQ(play("Pause(40000); KeyDown(1);"), (Lines{"Wait 9999"}));
     EXPECT_EQ(play("PauseH(1); KeyDown(1);"), (Lines{"Wait 1000"}));
@@ -228,11 +228,11 @@ TEST_F(HostTest, Misc) { checkAll(kMisc); }
 
 TEST_F(HostTest, ModeSwitches) {
     run("DisableRepeat(); RandomFindMode();");
-    EXPECT_FALSE(session.bRepeat);
-    EXPECT_FALSE(session.bFirstFind);
+    EXPECT_FALSE(session.repeat);
+    EXPECT_FALSE(session.firstFind);
     run("EnableRepeat(); FirstFindMode();");
-    EXPECT_TRUE(session.bRepeat);
-    EXPECT_TRUE(session.bFirstFind);
+    EXPECT_TRUE(session.repeat);
+    EXPECT_TRUE(session.firstFind);
 }
 
 TEST_F(HostTest, AnswersTakeTheVariablesType) {

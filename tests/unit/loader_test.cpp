@@ -18,7 +18,7 @@ TEST_F(LoaderTest, WorkedExample) {
     std::string text =
         "# demo #\nFunction(Main);\n  Int(i, 0);\n  Call(Show);\nEndFunction();\nFunction(Show);\n"
         "  Message(i, normal, \"Confirm Recording\");\nEndFunction();\n";
-    engine.Initialize(text);
+    engine.initialize(text);
     struct Row {
         int32_t id;
         Params params;
@@ -131,15 +131,15 @@ TEST_F(LoaderTest, HexToText) {
     };
     for (const Case& c : cases) {
         std::string hex = c.hex;
-        EXPECT_EQ(engine::SC::HextoAsciiNS(hex), c.text) << c.hex;
+        EXPECT_EQ(engine::SC::hexToAscii(hex), c.text) << c.hex;
     }
 }
 
 TEST_F(LoaderTest, LoadClearsWhatTheLastRunLeft) {
     run("int(x, 5); function(f); call(nowhere);");
-    EXPECT_TRUE(engine.IsExistingVariable("x"));
+    EXPECT_TRUE(engine.isExistingVariable("x"));
     load("a();");
-    EXPECT_FALSE(engine.IsExistingVariable("x"));
+    EXPECT_FALSE(engine.isExistingVariable("x"));
     EXPECT_EQ(engine.callDepth(), 0);
     EXPECT_TRUE(engine.functions().empty());
 }

@@ -57,13 +57,12 @@ class PlaybackTest : public ::testing::Test {
 protected:
     PlaybackTest()
         : roles([this](std::string_view line) { transcript.emplace_back(line); }, [] {}),
-          input([this](std::string_view line) { transcript.emplace_back(line); }), engine(session),
+          input([this](std::string_view line) { transcript.emplace_back(line); }), commands(session), engine(commands),
           playback(engine, session) {
         input.onRelease = [this] { transcript.emplace_back("ReleaseAll"); };
         session.platform = roles.platform();
         session.platform.input = &input;
         session.platform.clock = &clock;
-        engine.setExternalCommands(&commands);
         playback.setView(&view);
     }
 
@@ -90,8 +89,8 @@ protected:
     ReleasingInput input;
     HandlerClock clock;
     host::Session session;
-    engine::SC engine;
     host::HostCommands commands;
+    engine::SC engine;
     playback::Playback playback;
     FakeView view;
     std::string script;
@@ -100,18 +99,18 @@ protected:
 const std::string kOneMessage = "Function(Main);\nMessage(run, normal, t);\nEndFunction();";
 
 TEST_F(PlaybackTest, StartLoadsHidesAndTurnsTheTimerOn) {
-    session.hTargetWindow = 42;
+    session.targetWindow = 42;
     start(kOneMessage);
     EXPECT_FALSE(view.shown);
     EXPECT_TRUE(view.timer);
-    EXPECT_EQ(session.hTargetWindow, 0u);
+    EXPECT_EQ(session.targetWindow, 0u);
     EXPECT_TRUE(transcript.empty());  // nothing runs before the first tick
 }
 
 TEST_F(PlaybackTest, PlaySelectionLeavesTheTargetWindow) {
-    session.hTargetWindow = 42;
+    session.targetWindow = 42;
     start(kOneMessage, false);
-    EXPECT_EQ(session.hTargetWindow, 42u);
+    EXPECT_EQ(session.targetWindow, 42u);
 }
 
 TEST_F(PlaybackTest, RunCountsFollowRepeatAndPlayX) {
@@ -130,7 +129,7 @@ TEST_F(PlaybackTest, RunCountsFollowRepeatAndPlayX) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         transcript.clear();
-        session.bRepeat = c.repeat;
+        session.repeat = c.repeat;
         view.playX = c.playX;
         if (c.playX) playback.setPlayTarget(c.target);
         start(kOneMessage);
@@ -146,18 +145,18 @@ TEST_F(PlaybackTest, RunCountsFollowRepeatAndPlayX) {
 TEST_F(PlaybackTest, VariablesOutliveARepeatButNotAPlay) {
     const std::string counter =
         "Function(Main);\nIf(done = 1);\nElse();\nInt(n, 0);\nInt(done, 1);\nEndIf();\nAdd(n, 1);\nEndFunction();";
-    session.bRepeat = true;
+    session.repeat = true;
     start(counter);
     EXPECT_EQ(tickWhileOn(3), 3);
-    EXPECT_EQ(engine.GetVariableAsString("n"), "3");
+    EXPECT_EQ(engine.getVariableAsString("n"), "3");
     playback.stopPlay();
     start(counter);
     EXPECT_EQ(tickWhileOn(1), 1);
-    EXPECT_EQ(engine.GetVariableAsString("n"), "1");
+    EXPECT_EQ(engine.getVariableAsString("n"), "1");
 }
 
 TEST_F(PlaybackTest, StopInsideARunEndsItAndCutsThePause) {
-    session.bRepeat = true;
+    session.repeat = true;
     start("Function(Main);\nWhile(1 = 1);\nPause(60000);\nEndWhile();\nEndFunction();");
     int yields = 0;
     clock.onYield = [&] {
@@ -183,7 +182,7 @@ TEST_F(PlaybackTest, AStoppedPlayLetsGoOfTheKeysAfterItsLastStatement) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         transcript.clear();
-        session.bRepeat = c.repeat;
+        session.repeat = c.repeat;
         start("Function(Main);\nKeyDown(16);\nPause(60000);\nKeyDown(17);\nEndFunction();");
         int yields = 0;
         clock.onYield = [&] {
@@ -199,7 +198,7 @@ TEST_F(PlaybackTest, AStoppedPlayLetsGoOfTheKeysAfterItsLastStatement) {
 }
 
 TEST_F(PlaybackTest, ARepeatKeepsTheKeysHeldBetweenRuns) {
-    session.bRepeat = true;
+    session.repeat = true;
     start("Function(Main);\nKeyDown(16);\nEndFunction();");
     EXPECT_EQ(tickWhileOn(3), 3);
     EXPECT_EQ(std::count(transcript.begin(), transcript.end(), "ReleaseAll"), 0);
@@ -208,7 +207,7 @@ TEST_F(PlaybackTest, ARepeatKeepsTheKeysHeldBetweenRuns) {
 }
 
 TEST_F(PlaybackTest, TickNeverNests) {
-    session.bRepeat = false;
+    session.repeat = false;
     start(kOneMessage);
     int nested = 0;
     clock.onYield = [&] {
@@ -221,7 +220,7 @@ TEST_F(PlaybackTest, TickNeverNests) {
 }
 
 TEST_F(PlaybackTest, PlayDuringARunReplacesIt) {
-    session.bRepeat = false;
+    session.repeat = false;
     start("Function(Main);\nMessage(old, normal, t);\nPause(60000);\nMessage(old again, normal, t);\nEndFunction();");
     bool replaced = false;
     std::string second = "Function(Main);\nMessage(new, normal, t);\nEndFunction();";
@@ -245,7 +244,7 @@ TEST_F(PlaybackTest, PlayDuringARunReplacesIt) {
 }
 
 TEST_F(PlaybackTest, PauseScriptMakesTheNextPlayResume) {
-    session.bRepeat = true;
+    session.repeat = true;
     start(kOneMessage);
     playback.pauseScript();
     EXPECT_FALSE(view.timer);

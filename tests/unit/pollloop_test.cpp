@@ -24,7 +24,6 @@ class PlayerLoopTest : public ::testing::Test {
 protected:
     PlayerLoopTest() {
         session.platform = platform.platform();
-        engine.setExternalCommands(&commands);
     }
 
     platform::PollLoop loop;
@@ -32,8 +31,8 @@ protected:
     platform::dryrun::DryRunPlatform platform{[this](std::string_view line) { printed.emplace_back(line); },
                                               [this] { loop.turn(false); }};
     host::Session session;
-    engine::SC engine{session};
-    host::HostCommands commands;
+    host::HostCommands commands{session};
+    engine::SC engine{commands};
     playback::Playback playback{engine, session};
 };
 
@@ -54,8 +53,8 @@ TEST_F(PlayerLoopTest, ARepeatingTimerKeepsFiringInALoop) {
     playback.load("Function(Main); Int(n, 0); While(n < 3); EndWhile(); Message(n, normal, done); EndFunction();");
     const Handle timer = loop.every(milliseconds(5), [&] {
         std::string one = "1";
-        engine.GetVariable(one);
-        engine.AddSetVariable("n", engine::kLong, 12);
+        engine.getVariable(one);
+        engine.addSetVariable("n", engine::ValueKind::Long, engine::Operation::Add);
     });
     playback.run();
     EXPECT_EQ(printed, (std::vector<std::string>{"MessageBox 0 \"done\" \"3\""}));

@@ -17,7 +17,7 @@ protected:
     // Runs a script and gives the lines it ran, in order.
     std::vector<int32_t> linesVisited(const std::string& text) {
         std::vector<int32_t> lines;
-        engine.SetExecuteType(2);
+        engine.setExecuteType(engine::ExecuteType::WhiteDebug);
         engine.setStatementCounter([&] { lines.push_back(engine.currentLine()); });
         run(text);
         return lines;
@@ -117,8 +117,8 @@ TEST_F(RunTest, ACallBeyondTheDeepestFailsAndTheRunGoesOn) {
 
 TEST_F(RunTest, RunsAgainOnOneLoadWithItsVariables) {
     load("function(main); add(n, 1); endfunction();");
-    engine.Execute();
-    engine.Execute();
+    engine.execute();
+    engine.execute();
     EXPECT_EQ(valueOf("n"), "11");  // never declared: a text that grows
 }
 
@@ -126,14 +126,14 @@ TEST_F(RunTest, StopDuringAYieldEndsAfterOneMoreStatement) {
     int yields = 0;
     YieldHookClock clock;
     clock.onYield = [&] {
-        if (++yields == 3) engine.StopExecution();
+        if (++yields == 3) engine.stopExecution();
     };
     session.platform.clock = &clock;
     run("function(main); int(a,1); int(b,2); int(c,3); endfunction();");
     // The stop moved the line back to main's function statement, which ran
     // instead of int(b).
-    EXPECT_TRUE(engine.IsExistingVariable("a"));
-    EXPECT_FALSE(engine.IsExistingVariable("b"));
+    EXPECT_TRUE(engine.isExistingVariable("a"));
+    EXPECT_FALSE(engine.isExistingVariable("b"));
     EXPECT_EQ(engine.currentLine(), 2);
 }
 
@@ -141,12 +141,12 @@ TEST_F(RunTest, PauseKeepsTheLine) {
     YieldHookClock clock;
     int yields = 0;
     clock.onYield = [&] {
-        if (++yields == 2) engine.PauseExecution();
+        if (++yields == 2) engine.pauseExecution();
     };
     session.platform.clock = &clock;
     run("function(main); int(a,1); int(b,2); endfunction();");
-    EXPECT_TRUE(engine.IsExistingVariable("a"));
-    EXPECT_FALSE(engine.IsExistingVariable("b"));
+    EXPECT_TRUE(engine.isExistingVariable("a"));
+    EXPECT_FALSE(engine.isExistingVariable("b"));
 }
 
 TEST_F(RunTest, WhileLoopsFindTheirLinesOnceAtLoad) {

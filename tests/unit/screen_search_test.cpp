@@ -25,7 +25,7 @@ protected:
         putImage(0, grid);
         runBody("CreateColorRange(colorrange4, 200, 50, 100, 200, 50, 100);");
     }
-    std::pair<int, int> last() const { return {session.intLastX, session.intLastY}; }
+    std::pair<int, int> last() const { return {session.lastX, session.lastY}; }
 };
 
 TEST_F(SearchTest, CreateColorRangeStoresRedBlueGreen) {
@@ -64,7 +64,7 @@ TEST_F(SearchTest, MoveMouseGoesToTheFirstFindInReadingOrder) {
         {"MoveMouseToColorRangeFromCenterScreen(0, colorrange4, 0, 0, 4, 3);", {}, {0, 0}},
     };
     for (const auto& c : cases) {
-        session.intLastX = session.intLastY = 0;
+        session.lastX = session.lastY = 0;
         screen.setSize({10, 8});
         fake.transcript.clear();
         runBody(c.statement);
@@ -74,7 +74,7 @@ TEST_F(SearchTest, MoveMouseGoesToTheFirstFindInReadingOrder) {
 }
 
 TEST_F(SearchTest, FindModesDoNotChangeMoveMouse) {
-    session.bFirstFind = false;
+    session.firstFind = false;
     runBody("MoveMouseToColorRange(0, colorrange4);");
     EXPECT_EQ(last(), std::make_pair(6, 2));
 }
@@ -100,8 +100,8 @@ TEST_F(SearchTest, IsPixelAnswersAndNotesTheFind) {
         {"IsPixel(r, noimage, 6, 2, colorrange4);", true, "False", {-1, -1}},
     };
     for (const auto& c : cases) {
-        session.intLastX = session.intLastY = -1;
-        session.bFirstFind = c.firstFind;
+        session.lastX = session.lastY = -1;
+        session.firstFind = c.firstFind;
         runBody(c.statements);
         EXPECT_EQ(valueOf("r"), c.answer) << c.statements;
         EXPECT_EQ(last(), c.last) << c.statements;
@@ -208,10 +208,10 @@ TEST_F(SaturationTest, TestsAnswerAndNoteTheFirstCorner) {
         {"IsSaturation(r, nothing, 0, 0, 50);", "False", {-1, -1}},
     };
     for (const auto& c : cases) {
-        session.intLastX = session.intLastY = -1;
+        session.lastX = session.lastY = -1;
         runBody(c.statement);
         EXPECT_EQ(valueOf("r"), c.answer) << c.statement;
-        EXPECT_EQ(std::make_pair(int(session.intLastX), int(session.intLastY)), c.last) << c.statement;
+        EXPECT_EQ(std::make_pair(int(session.lastX), int(session.lastY)), c.last) << c.statement;
     }
 }
 

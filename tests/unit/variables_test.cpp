@@ -34,8 +34,8 @@ TEST_F(VariablesTest, Conditions) {
     };
     for (const Case& c : cases) {
         load(c.setup);
-        engine.Execute();
-        EXPECT_EQ(engine.Evaluate(c.condition), c.result)
+        engine.execute();
+        EXPECT_EQ(engine.evaluate(c.condition), c.result)
             << c.setup << " " << c.condition;
     }
 }
@@ -53,23 +53,23 @@ TEST_F(VariablesTest, ResolvingParameters) {
     };
     for (const Case& c : cases) {
         EXPECT_EQ(typeOf(c.parameter), c.type) << c.parameter;
-        EXPECT_EQ(engine.GetVariableAsString(c.parameter), c.asText) << c.parameter;
+        EXPECT_EQ(engine.getVariableAsString(c.parameter), c.asText) << c.parameter;
     }
     // GetVariable decodes 0x texts and unquotes in place; GetVariableAsString does neither.
     std::string hex = "0x4142";
-    engine.GetVariable(hex);
+    engine.getVariable(hex);
     EXPECT_EQ(engine.valueSlot().sValue, "AB");
     std::string quoted = "\"s\"";
-    engine.GetVariable(quoted);
+    engine.getVariable(quoted);
     EXPECT_EQ(quoted, "s");
-    EXPECT_EQ(engine.GetVariableAsString("$x"), "x");
+    EXPECT_EQ(engine.getVariableAsString("$x"), "x");
 }
 
 TEST_F(VariablesTest, LastPositionWordsReadBeforeTheTables) {
-    session.intLastX = 12;
-    session.intLastY = -3;
+    session.lastX = 12;
+    session.lastY = -3;
     run("set(lx, 5);");
-    EXPECT_TRUE(engine.IsExistingVariable("lx"));
+    EXPECT_TRUE(engine.isExistingVariable("lx"));
     EXPECT_EQ(valueOf("lx"), "12");
     EXPECT_EQ(valueOf("ly"), "-3");
     EXPECT_EQ(typeOf("lx"), 9);
@@ -77,16 +77,16 @@ TEST_F(VariablesTest, LastPositionWordsReadBeforeTheTables) {
 
 TEST_F(VariablesTest, ATooLargeNumberKeepsTheLastLong) {
     std::string five = "5";
-    engine.GetVariable(five);
+    engine.getVariable(five);
     std::string huge = "99999999999";
-    engine.GetVariable(huge);
+    engine.getVariable(huge);
     EXPECT_EQ(engine.valueSlot().lngValueType, 9);
     EXPECT_EQ(engine.valueSlot().lngValue, 5);
 }
 
 TEST_F(VariablesTest, AQuotedLiteralChangesItsStatementOnTheFirstRun) {
     load("function(main); set(x, \"5\"); endfunction();");
-    engine.Execute();
+    engine.execute();
     EXPECT_EQ(engine.statement(2).sParameter[1], "5");
     EXPECT_EQ(typeOf("x"), 9);
 }
