@@ -85,7 +85,7 @@ namespace tarvoke::engine {
     X(CaptureScreen, "CaptureScreen", 132, Finds, captureScreen, (Text))                                      \
     X(SetPausePercent, "SetPausePercent", 133, Other, setPausePercent, (Text))                                \
     X(CreateColorRange, "CreateColorRange", 135, Finds, createColorRange,                                     \
-      (Text, Int16, Int16, Int16, Int16, Int16, Int16))                     /* range, min rbg, max rbg */     \
+      (Range, Int16, Int16, Int16, Int16, Int16, Int16))                    /* min rbg, max rbg */             \
     X(DeselectWindow, "DeselectWindow", 136, Other, deselectWindow, ())                                       \
     X(MoveMouseToColorRange, "MoveMouseToColorRange", 137, Finds, moveMouseToColorRange, (Image, Range))      \
     X(MoveMouseToColorRangeEx, "MoveMouseToColorRangeEx", 138, Finds, moveMouseToColorRangeEx,                \

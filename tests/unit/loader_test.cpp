@@ -1,3 +1,4 @@
+#include "engine/commands.h"
 #include "engine_fixture.h"
 
 namespace tarvoke::test {
@@ -7,7 +8,7 @@ using Params = std::vector<std::string>;
 
 Params paramsOf(const engine::Statement& statement) {
     Params params;
-    for (size_t k = 0; k < statement.sParameter.size(); ++k) params.push_back(statement.sParameter[k]);
+    for (size_t k = 0; k < statement.parameters.size(); ++k) params.push_back(statement.parameters[k]);
     while (!params.empty() && params.back().empty()) params.pop_back();
     return params;
 }
@@ -28,16 +29,16 @@ TEST_F(LoaderTest, WorkedExample) {
     };
     ASSERT_EQ(engine.statementCount(), 7);
     for (int32_t line = 1; line <= 7; ++line) {
-        EXPECT_EQ(engine.statement(line).functionID, rows[line - 1].id) << line;
+        EXPECT_EQ(engine.statement(line).number, rows[line - 1].id) << line;
         EXPECT_EQ(paramsOf(engine.statement(line)), rows[line - 1].params) << line;
     }
     EXPECT_EQ(engine.startLine(), 1);
     EXPECT_EQ(engine.endLine(), 4);
     ASSERT_EQ(engine.functions().size(), 2u);
-    EXPECT_EQ(engine.functions()[0].sName, "main");
-    EXPECT_EQ(engine.functions()[0].lngLine, 1);
-    EXPECT_EQ(engine.functions()[1].sName, "show");
-    EXPECT_EQ(engine.functions()[1].lngLine, 5);
+    EXPECT_EQ(engine.functions()[0].name, "main");
+    EXPECT_EQ(engine.functions()[0].line, 1);
+    EXPECT_EQ(engine.functions()[1].name, "show");
+    EXPECT_EQ(engine.functions()[1].line, 5);
     EXPECT_EQ(text, "function(main);int(i,0);call(show);endfunction();function(show);"
                     "message(i,normal,\"Confirm Recording\");endfunction();");
 }
@@ -66,7 +67,7 @@ TEST_F(LoaderTest, StatementSplitting) {
         load(c.text);
         ASSERT_EQ(engine.statementCount(), static_cast<int32_t>(c.statements.size())) << c.text;
         for (size_t i = 0; i < c.statements.size(); ++i) {
-            EXPECT_EQ(engine.statement(i + 1).functionID, c.statements[i].first) << c.text;
+            EXPECT_EQ(engine.statement(i + 1).number, c.statements[i].first) << c.text;
             EXPECT_EQ(paramsOf(engine.statement(i + 1)), c.statements[i].second) << c.text;
         }
     }
@@ -99,26 +100,16 @@ TEST_F(LoaderTest, StartAndEndLines) {
 }
 
 TEST_F(LoaderTest, NamesAndNumbers) {
-    std::string name = "SelectWindow";
-    EXPECT_EQ(engine.ReturnFunctionID(name), 125);
-    EXPECT_EQ(name, "selectwindow");
-    EXPECT_EQ(engine.ReturnFunctionName(125), "findwindow");
-    EXPECT_EQ(engine.ReturnFunctionName(130), "findwindowex");
-    EXPECT_EQ(engine.ReturnFunctionName(12), "add");
-    EXPECT_EQ(engine.ReturnFunctionName(13), "subtract");
-    EXPECT_EQ(engine.ReturnFunctionName(24), "replace");
-    EXPECT_EQ(engine.ReturnFunctionName(25), "timer");
-    EXPECT_EQ(engine.ReturnFunctionName(-1), "UNKNOWN COMMAND");
-    EXPECT_EQ(engine.ReturnFunctionName(129), "UNKNOWN COMMAND");
-    EXPECT_EQ(engine.ReturnFunctionName(134), "UNKNOWN COMMAND");
+    using engine::commandName;
+    EXPECT_EQ(engine::commandNumber("SelectWindow"), engine::Command::FindWindow);
+    EXPECT_EQ(engine::commandNumber("pauses"), engine::Command::PauseS);
+    const std::pair<int32_t, std::string_view> firstNames[] = {
+        {125, "findwindow"}, {130, "findwindowex"}, {12, "add"}, {13, "subtract"}, {24, "replace"}, {25, "timer"},
+        {-1, ""}, {129, ""}, {134, ""}};
+    for (const auto& [number, name] : firstNames) EXPECT_EQ(commandName(number), name) << number;
     // Every host number but 129 and 134 has a name that reads back to it.
-    for (int32_t id = 100; id <= 157; ++id) {
-        std::string hostName = engine.ReturnFunctionName(id);
-        if (id == 129 || id == 134) continue;
-        EXPECT_EQ(engine.ReturnFunctionID(hostName), id) << hostName;
-    }
-    std::string pauses = "pauses";
-    EXPECT_EQ(engine.ReturnFunctionID(pauses), 105);
+    for (int32_t id = 100; id <= 157; ++id)
+        if (id != 129 && id != 134) EXPECT_EQ(static_cast<int32_t>(engine::commandNumber(commandName(id))), id) << id;
 }
 
 TEST_F(LoaderTest, HexToText) {

@@ -8,14 +8,13 @@
 
 #include "platform/qimage/qimagepictures.h"
 #include "screen/bmpwriter.h"
-#include "screen/imagename.h"
+#include "host/call.h"
 #include "screen/pngwriter.h"
 #include "screen_fixture.h"
 
 namespace tarvoke::test {
 namespace {
 
-using screen::imageIndex;
 using screen::makePixel;
 using screen::PixelGrid;
 
@@ -29,16 +28,16 @@ TEST(ImageName, FollowsTheRemovalAndNumberRule) {
         {"ImageSave7", std::nullopt}, {"imagesave", std::nullopt}, {"", std::nullopt},
         {"imagesave99999", std::nullopt}, {"picture", std::nullopt}, {"imagesave-1", -1},
     };
-    for (const auto& c : cases) EXPECT_EQ(imageIndex(c.name), c.index) << c.name;
+    for (const auto& c : cases) EXPECT_EQ(host::imageSlot(c.name), c.index) << c.name;
 }
 
 TEST(RangeName, ReadsTheEleventhCharacterOnly) {
     const struct {
         const char* name;
-        std::optional<int> index;
+        std::optional<int16_t> index;
     } cases[] = {{"colorrange0", 0}, {"colorrange9", 9}, {"colorrange10", 1}, {"colorrange12", 1},
                  {"abcdefghij5", 5}, {"colorrange", std::nullopt}, {"colorrangex", std::nullopt}};
-    for (const auto& c : cases) EXPECT_EQ(screen::rangeIndex(c.name), c.index) << c.name;
+    for (const auto& c : cases) EXPECT_EQ(host::rangeSlot(c.name), c.index) << c.name;
 }
 
 class StoreTest : public ScreenTest {};

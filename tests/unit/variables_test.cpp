@@ -58,7 +58,7 @@ TEST_F(VariablesTest, ResolvingParameters) {
     // GetVariable decodes 0x texts and unquotes in place; GetVariableAsString does neither.
     std::string hex = "0x4142";
     engine.getVariable(hex);
-    EXPECT_EQ(engine.valueSlot().sValue, "AB");
+    EXPECT_EQ(engine.valueSlot().text, "AB");
     std::string quoted = "\"s\"";
     engine.getVariable(quoted);
     EXPECT_EQ(quoted, "s");
@@ -80,14 +80,14 @@ TEST_F(VariablesTest, ATooLargeNumberKeepsTheLastLong) {
     engine.getVariable(five);
     std::string huge = "99999999999";
     engine.getVariable(huge);
-    EXPECT_EQ(engine.valueSlot().lngValueType, 9);
-    EXPECT_EQ(engine.valueSlot().lngValue, 5);
+    EXPECT_EQ(engine.valueSlot().kind, engine::ValueKind::Long);
+    EXPECT_EQ(engine.valueSlot().integer, 5);
 }
 
 TEST_F(VariablesTest, AQuotedLiteralChangesItsStatementOnTheFirstRun) {
     load("function(main); set(x, \"5\"); endfunction();");
     engine.execute();
-    EXPECT_EQ(engine.statement(2).sParameter[1], "5");
+    EXPECT_EQ(engine.statement(2).parameters[1], "5");
     EXPECT_EQ(typeOf("x"), 9);
 }
 
