@@ -172,7 +172,7 @@ void FrmBasic::cmdPlay_Click() {
     StopScript();
     if (optPlayX->isChecked()) {
         const std::string count = txtPlayX->text().toStdString();
-        const auto target = engine::isNumericText(count) ? engine::TextToInt32(count) : std::nullopt;
+        const auto target = engine::isNumericText(count) ? engine::textToInt32(count) : std::nullopt;
         if (!target) {
             m_app.dialogs().tell("Error", "The Play X times must be numeric!", Dialogs::Icon::Stop);
             return;

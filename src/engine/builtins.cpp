@@ -51,8 +51,8 @@ std::optional<uint32_t> messageFlags(const std::string& style) {
 // The 1-based cut of parse; empty when start or length is no number or
 // start is below 1.
 std::optional<std::string> cut(const std::string& text, const std::string& startText, const std::string& lengthText) {
-    const auto start = TextToInt32(startText);
-    const auto length = TextToInt32(lengthText);
+    const auto start = textToInt32(startText);
+    const auto length = textToInt32(lengthText);
     if (!start || !length || *start < 1 || *length < 0) return std::nullopt;
     if (static_cast<size_t>(*start) > text.size()) return std::string();
     return text.substr(static_cast<size_t>(*start) - 1, static_cast<size_t>(*length));

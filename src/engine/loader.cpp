@@ -36,8 +36,8 @@ void SC::initialize(std::string& inputCode) {
     int32_t functionsSeen = 0;
     int32_t ordinalOfMain = 0;
 
-    std::string normalised = StripSource(inputCode);
-    std::erase_if(normalised, [](char c) { return c == '\n' || c == '\r'; });  // RemoveLineBreaks, in place
+    std::string normalised = stripSource(inputCode);
+    std::erase_if(normalised, [](char c) { return c == '\n' || c == '\r'; });  // removeLineBreaks, in place
     inputCode = std::move(normalised);
     reserveTables(inputCode);
 
@@ -87,11 +87,11 @@ void SC::parseStatement(std::string_view buffer, int32_t& functionsSeen, int32_t
     Statement& statement = m_statements.emplace_back();
     const int32_t line = m_statementCount;
 
-    statement.number = static_cast<int32_t>(commandNumber(GetCommandName(buffer)));
-    const std::string_view parameterText = GetParameterText(buffer);
+    statement.number = static_cast<int32_t>(commandNumber(getCommandName(buffer)));
+    const std::string_view parameterText = getParameterText(buffer);
     // Nine or more parameters keep none of them.
-    if (CountParameters(parameterText) <= 8) {
-        assert(m_parameterStore.size() + CountParameters(parameterText) <= m_parameterStore.capacity());
+    if (countParameters(parameterText) <= 8) {
+        assert(m_parameterStore.size() + countParameters(parameterText) <= m_parameterStore.capacity());
         statement.parameters.m_first = m_parameterStore.data() + m_parameterStore.size();
         forEachParameter(parameterText, [this](std::string_view piece) { m_parameterStore.emplace_back(piece); });
         statement.parameters.m_count = static_cast<uint32_t>(m_parameterStore.data() + m_parameterStore.size() -

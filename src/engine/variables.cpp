@@ -176,7 +176,7 @@ bool SC::resolve(std::string& name) {
         }
         name = name.substr(1, name.size() - 2);
     }
-    if (IsHexText(name)) {
+    if (isHexText(name)) {
         std::string digits = name.substr(2);
         m_value.text = hexToAscii(digits);
     } else {

@@ -44,10 +44,10 @@ bool decode(Session& session, const engine::SC& engine, int32_t line, int k, Par
     std::optional<int32_t> integer;
     switch (param) {
     case Param::Coordinate: integer = resolveCoordinate(session, text); break;
-    case Param::Byte: integer = engine::TextToByte(text); break;
-    case Param::Int16: integer = engine::TextToInt16(text); break;
-    case Param::Int32: integer = engine::TextToInt32(text); break;
-    case Param::Number: value.number = engine::TextToDouble(text).value_or(0.0); return true;
+    case Param::Byte: integer = engine::textToByte(text); break;
+    case Param::Int16: integer = engine::textToInt16(text); break;
+    case Param::Int32: integer = engine::textToInt32(text); break;
+    case Param::Number: value.number = engine::textToDouble(text).value_or(0.0); return true;
     case Param::Image: value.slot = imageSlot(text); return true;
     case Param::Range: value.slot = rangeSlot(text); return true;
     default: return true;
@@ -67,7 +67,7 @@ std::optional<int16_t> imageSlot(std::string_view name) {
         rest.append(name.substr(start, hit - start));
     rest.append(name.substr(start));
     if (!engine::isNumericText(rest)) return std::nullopt;
-    return engine::TextToInt16(rest);
+    return engine::textToInt16(rest);
 }
 
 std::optional<int16_t> rangeSlot(std::string_view name) {

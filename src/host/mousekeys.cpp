@@ -69,7 +69,7 @@ std::optional<int16_t> resolveCoordinate(Session& session, std::string_view text
     if (text == "lx" || text == "ly") session.settleLastClick();
     if (text == "lx") return session.lastX;
     if (text == "ly") return session.lastY;
-    return engine::TextToInt16(text);
+    return engine::textToInt16(text);
 }
 
 uint32_t packMousePosition(int16_t x, int16_t y) {

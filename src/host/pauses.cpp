@@ -12,12 +12,12 @@ using engine::Answer;
 // The guard of every pause: the unscaled value rounded to 32 bits must be
 // above 0, so Pause(0.4) waits nothing although its scaled length is not 0.
 bool passesGuard(const std::string& text) {
-    const auto value = engine::TextToInt32(text);
+    const auto value = engine::textToInt32(text);
     return value && *value > 0;
 }
 
 std::optional<int32_t> scaled(const Session& session, const std::string& text) {
-    const auto value = engine::TextToDouble(text);
+    const auto value = engine::textToDouble(text);
     if (!value) return std::nullopt;
     return engine::roundToInt32(*value * session.pauseFactor);
 }
@@ -34,9 +34,9 @@ Answer pauseUnits(Call& call, PauseUnit unit) {
     engine::SC& engine = call.engine;
     const GoOn goOn = [&engine] { return engine.running(); };
     switch (unit) {
-    case PauseUnit::Seconds: WaitSeconds(session, *n, goOn); break;
-    case PauseUnit::Minutes: WaitMinutes(session, *n, goOn); break;
-    case PauseUnit::Hours: WaitHours(session, *n, goOn); break;
+    case PauseUnit::Seconds: waitSeconds(session, *n, goOn); break;
+    case PauseUnit::Minutes: waitMinutes(session, *n, goOn); break;
+    case PauseUnit::Hours: waitHours(session, *n, goOn); break;
     }
     return {};
 }
@@ -65,7 +65,7 @@ Answer pause(Call& call) {
     const int32_t ms = scaled(session, text).value_or(0);
     engine::SC& engine = call.engine;
     forEachPausePiece(ms, [&](int32_t piece) {
-        WaitMilliseconds(session, piece);
+        waitMilliseconds(session, piece);
         return engine.running();
     });
     return {};
@@ -82,7 +82,7 @@ Answer setPausePercent(Call& call) {
     if (session.fixedPauseFactor) return {};
     switch (call.engine.executeType()) {
     case engine::ExecuteType::Play:
-        if (const auto value = engine::TextToDouble(percent); value && engine::isNumericText(percent))
+        if (const auto value = engine::textToDouble(percent); value && engine::isNumericText(percent))
             session.pauseFactor = *value / 100.0;
         break;
     case engine::ExecuteType::CorrectTime: session.pausePercent = percent; break;

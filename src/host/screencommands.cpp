@@ -126,7 +126,7 @@ Answer moveMouseToColorRangeFromCenterScreen(Call& call) {
     std::array<int16_t, 4> corner{};
     for (int i = 0; i < 4; ++i) {
         const auto value = engine::roundToInt32((i % 2 == 0 ? middleX : middleY) + call.int16(2 + i));
-        const auto coordinate = value ? engine::TextToInt16(std::to_string(*value)) : std::nullopt;
+        const auto coordinate = value ? engine::textToInt16(std::to_string(*value)) : std::nullopt;
         if (!coordinate) return {};
         corner[i] = *coordinate;
     }

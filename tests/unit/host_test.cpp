@@ -207,13 +207,13 @@ TEST_F(HostTest, AStopEndsThePauseAndThePiecesToCome) {
 }
 
 TEST_F(HostTest, StopwatchesReadTheClock) {
-    host::StartEventClock(session);
+    host::startEventClock(session);
     run("Pause(25);");
-    host::StartRunClock(session);
-    EXPECT_EQ(host::ReadEventClock(session), 25);
+    host::startRunClock(session);
+    EXPECT_EQ(host::readEventClock(session), 25);
     run("Pause(5);");
-    EXPECT_EQ(host::ReadEventClock(session), 30);
-    EXPECT_EQ(host::ReadRunClock(session), 5);
+    EXPECT_EQ(host::readEventClock(session), 30);
+    EXPECT_EQ(host::readRunClock(session), 5);
 }
 
 const Case kMisc[] = {
