@@ -31,6 +31,7 @@ INSTANTIATE_TEST_SUITE_P(Declarations, BuiltinCases, ::testing::Values(
     Case{"int(x);", "x", 9, "0"},
     Case{"string(x, 0x4142);", "x", 8, "AB"},
     Case{"string(x, \"0x4142\");", "x", 8, "AB"},
+    Case{"string(x, \"0X41\");", "x", 8, "0X41"},  // hex only after a lower-case 0x
     Case{"int(x, 9); int(x, 3);", "x", 9, "3"},
     Case{"set(x, 5);", "x", 9, "5"},
     Case{"set(x, 2.5);", "x", 10, "2.5"},

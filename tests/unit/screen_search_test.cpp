@@ -108,12 +108,6 @@ TEST_F(SearchTest, IsPixelAnswersAndNotesTheFind) {
     }
 }
 
-TEST_F(SearchTest, NumericVariablesReceiveZeroForTrue) {
-    runBody("Int(i, 7);\nDouble(d, 7);\nIsPixel(i, 0, 6, 2, colorrange4);\nIsPixel(d, 0, 0, 0, colorrange4);");
-    EXPECT_EQ(valueOf("i"), "0");
-    EXPECT_EQ(valueOf("d"), "1");
-}
-
 TEST(ColorSearch, VectorScanFindsEveryPositionAndRespectsTheBox) {
     // Finds at every offset of a 16-pixel chunk and in the tail, for areas
     // with and without whole rows; the answer must equal a plain scan.
