@@ -23,10 +23,10 @@ protected:
     }
     // A variable's value as the host commands see it.
     std::string valueOf(const std::string& name) const { return engine.getVariableAsString(name); }
-    int32_t typeOf(const std::string& name) {
+    engine::ValueKind typeOf(const std::string& name) {
         std::string copy = name;
         engine.getVariable(copy);
-        return static_cast<int32_t>(engine.valueSlot().kind);
+        return engine.valueSlot().kind;
     }
 
     platform::fake::FakePlatform fake;

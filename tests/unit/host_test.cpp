@@ -250,7 +250,7 @@ TEST_F(HostTest, AnswersTakeTheVariablesKind) {
     for (const auto& c : cases) {
         run(std::string(c.declare) + "IsPixel(r, imagesave0, " + c.x + ", 2, colorrange0);");
         EXPECT_EQ(valueOf("r"), c.value) << c.declare << c.x;
-        EXPECT_EQ(typeOf("r"), static_cast<int32_t>(c.kind)) << c.declare << c.x;
+        EXPECT_EQ(typeOf("r"), c.kind) << c.declare << c.x;
     }
     run("Double(d, 1.5); GetSaturation(d, i, x, 2); GetSaturation(s, imagesave0, 1, 2);");
     EXPECT_EQ(valueOf("d"), "1.5");

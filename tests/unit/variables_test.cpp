@@ -41,15 +41,16 @@ TEST_F(VariablesTest, Conditions) {
 }
 
 TEST_F(VariablesTest, ResolvingParameters) {
+    using enum engine::ValueKind;
     run("string(s, abc); int(l, 7); double(d, 2.5);");
     struct Case {
         const char* parameter;
-        int32_t type;
+        engine::ValueKind type;
         const char* asText;
     } cases[] = {
-        {"s", 8, "abc"},   {"l", 9, "7"},       {"d", 10, "2.5"},     {"5", 9, "5"},     {"2.5", 10, "2.5"},
-        {"word", 8, "word"}, {"\"s\"", 8, "s"}, {"$s", 8, "s"},      {"", 8, ""},       {"0x41", 8, "0x41"},
-        {"1e3", 9, "1e3"},
+        {"s", Text, "abc"}, {"l", Long, "7"}, {"d", Double, "2.5"}, {"5", Long, "5"}, {"2.5", Double, "2.5"},
+        {"word", Text, "word"}, {"\"s\"", Text, "s"}, {"$s", Text, "s"}, {"", Text, ""}, {"0x41", Text, "0x41"},
+        {"1e3", Long, "1e3"},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(typeOf(c.parameter), c.type) << c.parameter;
@@ -72,7 +73,7 @@ TEST_F(VariablesTest, LastPositionWordsReadBeforeTheTables) {
     EXPECT_TRUE(engine.isExistingVariable("lx"));
     EXPECT_EQ(valueOf("lx"), "12");
     EXPECT_EQ(valueOf("ly"), "-3");
-    EXPECT_EQ(typeOf("lx"), 9);
+    EXPECT_EQ(typeOf("lx"), engine::ValueKind::Long);
 }
 
 TEST_F(VariablesTest, ATooLargeNumberKeepsTheLastLong) {
@@ -88,7 +89,7 @@ TEST_F(VariablesTest, AQuotedLiteralChangesItsStatementOnTheFirstRun) {
     load("function(main); set(x, \"5\"); endfunction();");
     engine.execute();
     EXPECT_EQ(engine.statement(2).parameters[1], "5");
-    EXPECT_EQ(typeOf("x"), 9);
+    EXPECT_EQ(typeOf("x"), engine::ValueKind::Long);
 }
 
 TEST_F(VariablesTest, ALiteralWrittenToBecomesAVariable) {
