@@ -73,7 +73,9 @@ void SC::executeBuiltin() {
     case Command::Set: {
         const std::string text = getVariableAsString(p[1]);
         getVariable(p[1]);
-        const ValueKind kind = !isNumericText(text) ? ValueKind::Text : isDoubleText(text) ? ValueKind::Double : ValueKind::Long;
+        const ValueKind kind = !isNumericText(text)  ? ValueKind::Text
+                               : isDoubleText(text) ? ValueKind::Double
+                                                    : ValueKind::Long;
         addSetVariable(p[0], kind, Operation::Set);
         return;
     }

@@ -341,7 +341,9 @@ void SC::applyToLong(int32_t& value, Operation operation) {
 void SC::applyToDouble(double& value, Operation operation) {
     const ValueKind type = m_value.kind;
     if (operation == Operation::Power && type == ValueKind::Text) return;
-    const double operand = type == ValueKind::Double ? m_value.real : type == ValueKind::Long ? m_value.integer : readNumericPrefix(m_value.text);
+    const double operand = type == ValueKind::Double ? m_value.real
+                           : type == ValueKind::Long ? m_value.integer
+                                                     : readNumericPrefix(m_value.text);
     // Arithmetic stores its float result even where it overflows or divides
     // by zero; an undefined power leaves the variable alone.
     switch (operation) {

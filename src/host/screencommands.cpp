@@ -43,8 +43,8 @@ Answer testPixel(Call& call, bool inArea) {
     Session& s = call.session;
     const auto last = lastPosition(s);
     const Area area = inArea ? areaAt(call, 2) : pointAt(call, 2);
-    return Answer::test(screen::findPixelInArea(s.imageTable, s.colorRanges, call.slot(1), rangeOf(call, inArea ? 6 : 4),
-                                                area, s.firstFind, last));
+    return Answer::test(screen::findPixelInArea(s.imageTable, s.colorRanges, call.slot(1),
+                                                rangeOf(call, inArea ? 6 : 4), area, s.firstFind, last));
 }
 
 Answer testSaturation(Call& call, bool inArea, bool withTolerance) {
@@ -77,7 +77,8 @@ namespace handlers {
 Answer loadImage(Call& call) {
     Session& s = call.session;
     if (s.platform.pictures && call.slot(0))
-        screen::loadImage(s.imageTable, *s.platform.pictures, *call.slot(0), screen::loadPath(s.scriptFolder, call.text(1)));
+        screen::loadImage(s.imageTable, *s.platform.pictures, *call.slot(0),
+                          screen::loadPath(s.scriptFolder, call.text(1)));
     return {};
 }
 
@@ -113,7 +114,8 @@ Answer moveMouseToColorRange(Call& call) {
 
 Answer moveMouseToColorRangeEx(Call& call) {
     Session& s = call.session;
-    return moveTo(s, screen::firstInColorRange(s.imageTable, s.colorRanges, call.slot(0), rangeOf(call, 1), areaAt(call, 2)));
+    return moveTo(s, screen::firstInColorRange(s.imageTable, s.colorRanges, call.slot(0), rangeOf(call, 1),
+                                               areaAt(call, 2)));
 }
 
 // The four numbers are offsets from the middle of the screen: its size in

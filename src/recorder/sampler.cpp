@@ -54,7 +54,8 @@ void Sampler::AddRecordedLine(const std::string& sLine) {
 void Sampler::tick(std::optional<platform::Point> pointer) {
     m_pointer = pointer;
     sampleButton(1, m_form.bLeftDown, {Command::LeftDown, Command::LeftUp, Command::LeftDownEx, Command::LeftUpEx});
-    sampleButton(2, m_form.bRightDown, {Command::RightDown, Command::RightUp, Command::RightDownEx, Command::RightUpEx});
+    sampleButton(2, m_form.bRightDown,
+                 {Command::RightDown, Command::RightUp, Command::RightDownEx, Command::RightUpEx});
     sampleButton(4, m_form.bMiddleDown,
                  {Command::MiddleDown, Command::MiddleUp, Command::MiddleDownEx, Command::MiddleUpEx});
     if (m_state.bMouseMove) sampleMove();

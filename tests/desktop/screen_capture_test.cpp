@@ -59,7 +59,9 @@ private:
 
 class ScreenCaptureTest : public testing::Test {
 protected:
-    ScreenCaptureTest() : m_input([this](std::string_view line) { lines.emplace_back(line); }), m_commands(m_session), m_engine(m_commands) {}
+    ScreenCaptureTest()
+        : m_input([this](std::string_view line) { lines.emplace_back(line); }), m_commands(m_session),
+          m_engine(m_commands) {}
 
     void SetUp() override {
         m_x11 = platform::x11::X11Platform::open(m_loop);
