@@ -27,12 +27,12 @@ TEST_P(BuiltinCases, LeaveTheVariable) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Declarations, BuiltinCases, ::testing::Values(
-    Case{"int(x, 2.5);", "x", Long, "2"} Case{"string(x, 5);", "x", Text, "5"}
+    Case{"int(x, 2.5);", "x", Long, "2"}, Case{"string(x, 5);", "x", Text, "5"},
     Case{"double(x, abc);", "x", Double, "0"},
     Case{"int(x);", "x", Long, "0"}, Case{"string(x, 0x4142);", "x", Text, "AB"},
     Case{"string(x, \"0x4142\");", "x", Text, "AB"},
     Case{"string(x, \"0X41\");", "x", Text, "0X41"},  // hex only after a lower-case 0x
-    Case{"int(x, 9); int(x, 3);", "x", Long, "3"} Case{"set(x, 5);", "x", Long, "5"}
+    Case{"int(x, 9); int(x, 3);", "x", Long, "3"}, Case{"set(x, 5);", "x", Long, "5"},
     Case{"set(x, 2.5);", "x", Double, "2.5"},
     Case{"set(x, abc);", "x", Text, "abc"}, Case{"set(x, \"5\");", "x", Long, "5"},
     Case{"int(x, 1); set(x, abc);", "x", Text, "abc"},   // a string x now hides the long
@@ -55,10 +55,10 @@ INSTANTIATE_TEST_SUITE_P(Arithmetic, BuiltinCases, ::testing::Values(
     Case{"double(d, -8); power(d, 0.5);", "d", Double, "-8"}, Case{"int(x, 3); power(x, abc);", "x", Long, "3"},
     Case{"string(s, ab); power(s, 2);", "s", Text, "ab"}, Case{"string(s, ab); multiply(s, 3);", "s", Text, "ababab"},
     Case{"string(s, ab); multiply(s, 0);", "s", Text, ""}, Case{"string(s, ab); multiply(s, 40000);", "s", Text, "ab"},
-    Case{"string(s, ab); multiply(s, cd);", "s", Text, "abcd"}
+    Case{"string(s, ab); multiply(s, cd);", "s", Text, "abcd"},
     Case{"string(s, 1a1b); subtract(s, 1);", "s", Text, "ab"},
     Case{"string(s, banana); divide(s, \"a\");", "s", Text, "bnn"},
-    Case{"string(s, ab); subtract(s, \"\");", "s", Text, "ab"}
+    Case{"string(s, ab); subtract(s, \"\");", "s", Text, "ab"},
     Case{"string(s, x); combine(s, 2.5);", "s", Text, "x2.5"},
     Case{"string(s, \"aXa\"); removeall(s, a);", "s", Text, "X"},
     Case{"add(5, 1);", "5", Long, "1"}));
@@ -74,13 +74,13 @@ INSTANTIATE_TEST_SUITE_P(Functions, BuiltinCases, ::testing::Values(
     Case{"int(x, 1); tan(x);", "x", Long, "2"}));
 
 INSTANTIATE_TEST_SUITE_P(Text, BuiltinCases, ::testing::Values(
-    Case{"string(s, abcdef); parse(s, 2, 3);", "s", Text, "bcd"}
+    Case{"string(s, abcdef); parse(s, 2, 3);", "s", Text, "bcd"},
     Case{"string(s, abcdef); parse(s, 9, 3);", "s", Text, ""},
     Case{"string(s, abcdef); parse(s, 2, 0);", "s", Text, ""},
     Case{"string(s, abcdef); parse(s, 0, 3);", "s", Text, "abcdef"},
     Case{"string(s, abcdef); parse(s, 2);", "s", Text, "abcdef"},
     Case{"string(s, abcdef); parse(s, x, 2);", "s", Text, "abcdef"}, Case{"int(x, 5); parse(x, 1, 1);", "x", Long, "5"},
-    Case{"string(s, abab); for(s, a, b);", "s", Text, "bbbb"}
+    Case{"string(s, abab); for(s, a, b);", "s", Text, "bbbb"},
     Case{"string(s, abab); replace(s, ab, x);", "s", Text, "xx"},
     Case{"string(s, abc); replace(s, \"\", x);", "s", Text, "abc"},
     Case{"string(s, aaa); replace(s, aa, a);", "s", Text, "aa"},
