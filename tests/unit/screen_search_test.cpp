@@ -209,19 +209,15 @@ TEST_F(SaturationTest, TestsAnswerAndNoteTheFirstCorner) {
     }
 }
 
+// A bad coordinate stores nothing: d keeps 3, and n is a new text variable
+// holding what the look-up of its name gave.
 TEST_F(SaturationTest, GetSaturationAnswersInTheVariablesType) {
     runBody("Int(i, 3);\nDouble(d, 3);\nGetSaturation(t, 0, 1, 0);\nGetSaturation(i, 0, 1, 0);\n"
-            "GetSaturationIn(d, 0, 0, 0, 2, 0);\nGetSaturation(e, nothing, 0, 0);");
-    EXPECT_EQ(valueOf("t"), "45.5729166666667");
-    EXPECT_EQ(valueOf("i"), "46");
-    EXPECT_EQ(valueOf("d"), "31.8576388888889");
-    EXPECT_EQ(valueOf("e"), "0");
-}
-
-TEST_F(SaturationTest, GetSaturationWithABadCoordinateKeepsTheVariable) {
-    runBody("Double(d, 3);\nGetSaturation(d, imagesave0, abc, 5);\nGetSaturation(n, 0, abc, 5);");
-    EXPECT_EQ(valueOf("d"), "3");
-    EXPECT_EQ(valueOf("n"), "n");  // a new text variable holding what GetVariable gave
+            "GetSaturationIn(d, 0, 0, 0, 2, 0);\nGetSaturation(e, nothing, 0, 0);\nDouble(b, 3);\n"
+            "GetSaturation(b, imagesave0, abc, 5);\nGetSaturation(n, 0, abc, 5);");
+    for (const auto& [name, value] : {std::pair{"t", "45.5729166666667"}, {"i", "46"}, {"d", "31.8576388888889"},
+                                      {"e", "0"}, {"b", "3"}, {"n", "n"}})
+        EXPECT_EQ(valueOf(name), value) << name;
 }
 
 }  // namespace
