@@ -92,10 +92,5 @@ TEST_F(VariablesTest, AQuotedLiteralChangesItsStatementOnTheFirstRun) {
     EXPECT_EQ(typeOf("x"), engine::ValueKind::Long);
 }
 
-TEST_F(VariablesTest, ALiteralWrittenToBecomesAVariable) {
-    run("add(5, 1); string(r, 5);");
-    EXPECT_EQ(valueOf("r"), "1");
-}
-
 }  // namespace
 }  // namespace tarvoke::test
