@@ -22,10 +22,10 @@ std::string countingLoop(int32_t passes) {
 
 int64_t statementsRun(engine::SC& engine) {
     int64_t count = 0;
-    engine.SetExecuteType(2);
+    engine.setExecuteType(engine::ExecuteType::WhiteDebug);
     engine.setStatementCounter([&count] { ++count; });
-    engine.Execute();
-    engine.SetExecuteType(0);
+    engine.execute();
+    engine.setExecuteType(engine::ExecuteType::Play);
     engine.setStatementCounter({});
     return count;
 }
@@ -41,7 +41,6 @@ BenchEngine::BenchEngine(std::function<void()> pump)
     : m_platform([](std::string_view) {}, pump ? pump : std::function<void()>{}) {
     session.platform = m_platform.platform();
     if (!pump) session.platform.clock = &m_nullClock;
-    engine.setExternalCommands(&m_commands);
 }
 
 }  // namespace tarvoke::bench

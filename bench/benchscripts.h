@@ -40,15 +40,19 @@ public:
 class BenchEngine {
 public:
     explicit BenchEngine(std::function<void()> pump = {});
-    void load(std::string text) { engine.Initialize(text); }
+    void load(std::string text) { engine.initialize(text); }
 
     host::Session session;
-    engine::SC engine{session};
+
+private:
+    host::HostCommands m_commands{session};
+
+public:
+    engine::SC engine{m_commands};
 
 private:
     platform::dryrun::DryRunPlatform m_platform;
     NullClock m_nullClock;
-    host::HostCommands m_commands;
 };
 
 }  // namespace tarvoke::bench

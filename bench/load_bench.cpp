@@ -15,7 +15,7 @@ void BM_LoadRecording(benchmark::State& state) {
         state.PauseTiming();
         std::string text = script;
         state.ResumeTiming();
-        bench.engine.Initialize(text);
+        bench.engine.initialize(text);
         benchmark::DoNotOptimize(bench.engine.statementCount());
     }
     state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(script.size()));

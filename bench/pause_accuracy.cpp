@@ -48,11 +48,11 @@ void report(const char* method, int n, std::vector<double> errors) {
 // Runs a loaded one-pause script and returns the absolute error of each run.
 std::vector<double> tarvokePauses(engine::SC& engine, int n, int runs) {
     std::string script = "Function(Main);\nPause(" + std::to_string(n) + ");\nEndFunction();\n";
-    engine.Initialize(script);
+    engine.initialize(script);
     std::vector<double> errors;
     for (int i = 0; i < runs; ++i) {
         const auto start = Clock::now();
-        engine.Execute();
+        engine.execute();
         errors.push_back(std::fabs(msSince(start) - n));
     }
     return errors;
@@ -84,9 +84,8 @@ int main(int argc, char** argv) {
     host::Session session;
     session.platform.input = &input;
     session.platform.clock = &clock;
-    engine::SC engine(session);
-    host::HostCommands commands;
-    engine.setExternalCommands(&commands);
+    host::HostCommands commands(session);
+    engine::SC engine(commands);
 
     for (int n : {1, 10, 100, 1000}) {
         session.platform.clock = &clock;

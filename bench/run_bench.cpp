@@ -11,7 +11,7 @@ void BM_ArithmeticLoop(benchmark::State& state) {
     const auto passes = static_cast<int32_t>(state.range(0));
     BenchEngine bench;
     bench.load(countingLoop(passes));
-    for (auto _ : state) bench.engine.Execute();
+    for (auto _ : state) bench.engine.execute();
     reportStatements(state, statementsRun(bench.engine));
 }
 BENCHMARK(BM_ArithmeticLoop)->Arg(100000)->Unit(benchmark::kMillisecond);
@@ -27,7 +27,7 @@ void BM_MixedLoop(benchmark::State& state) {
                "  If(i = 7); Set(s, seven); EndIf();"
                "  If(d >= 0); Divide(d, 2); Else(); Add(d, 1); EndIf();"
                "EndWhile(); EndFunction();");
-    for (auto _ : state) bench.engine.Execute();
+    for (auto _ : state) bench.engine.execute();
     reportStatements(state, statementsRun(bench.engine));
 }
 BENCHMARK(BM_MixedLoop)->Unit(benchmark::kMillisecond);
@@ -41,7 +41,7 @@ void BM_IfSkip(benchmark::State& state) {
     script += "EndIf(); EndWhile(); EndFunction();";
     BenchEngine bench;
     bench.load(script);
-    for (auto _ : state) bench.engine.Execute();
+    for (auto _ : state) bench.engine.execute();
     reportStatements(state, statementsRun(bench.engine));
 }
 BENCHMARK(BM_IfSkip)->Arg(1)->Arg(100)->Arg(10000)->Unit(benchmark::kMillisecond);
@@ -54,7 +54,7 @@ void BM_WhileSkip(benchmark::State& state) {
     script += "EndWhile(); EndWhile(); EndFunction();";
     BenchEngine bench;
     bench.load(script);
-    for (auto _ : state) bench.engine.Execute();
+    for (auto _ : state) bench.engine.execute();
     reportStatements(state, statementsRun(bench.engine));
 }
 BENCHMARK(BM_WhileSkip)->Arg(1)->Arg(100)->Arg(10000)->Unit(benchmark::kMillisecond);

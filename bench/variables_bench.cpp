@@ -12,7 +12,7 @@ void makeVariables(BenchEngine& bench, int64_t count) {
     std::string script = "Function(Main);";
     for (int64_t k = 0; k < count; ++k) script += "Int(v" + std::to_string(k) + ", " + std::to_string(k) + ");";
     bench.load(script + "EndFunction();");
-    bench.engine.Execute();
+    bench.engine.execute();
 }
 
 void BM_GetVariable(benchmark::State& state) {
@@ -21,8 +21,8 @@ void BM_GetVariable(benchmark::State& state) {
     const std::string name = "v" + std::to_string(state.range(0) / 2);
     for (auto _ : state) {
         std::string copy = name;
-        bench.engine.GetVariable(copy);
-        benchmark::DoNotOptimize(bench.engine.valueSlot().lngValue);
+        bench.engine.getVariable(copy);
+        benchmark::DoNotOptimize(bench.engine.valueSlot().integer);
     }
 }
 BENCHMARK(BM_GetVariable)->Arg(10)->Arg(1000)->Arg(100000);
@@ -33,8 +33,8 @@ void BM_GetVariableMissing(benchmark::State& state) {
     makeVariables(bench, state.range(0));
     for (auto _ : state) {
         std::string copy = "nosuchname";
-        bench.engine.GetVariable(copy);
-        benchmark::DoNotOptimize(bench.engine.valueSlot().sValue);
+        bench.engine.getVariable(copy);
+        benchmark::DoNotOptimize(bench.engine.valueSlot().text);
     }
 }
 BENCHMARK(BM_GetVariableMissing)->Arg(10)->Arg(1000)->Arg(100000);
@@ -49,9 +49,9 @@ void BM_LoopAmongVariables(benchmark::State& state) {
     const std::string middle = "v" + std::to_string(count / 2);
     script += "EndIf(); Int(i, 0); While(i < 10000); Add(i, 1); Add(" + middle + ", 1); EndWhile(); EndFunction();";
     bench.load(script);
-    bench.engine.Execute();
+    bench.engine.execute();
     const int64_t perRun = statementsRun(bench.engine);
-    for (auto _ : state) bench.engine.Execute();
+    for (auto _ : state) bench.engine.execute();
     reportStatements(state, perRun);
 }
 BENCHMARK(BM_LoopAmongVariables)->Arg(10)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);

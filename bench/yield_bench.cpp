@@ -43,7 +43,7 @@ void runCountingLoop(benchmark::State& state, platform::EventLoop& loop, std::fu
     BenchEngine bench(std::move(yield));
     bench.load(countingLoop(static_cast<int32_t>(state.range(0))));
     const int64_t perRun = statementsRun(bench.engine);
-    for (auto _ : state) bench.engine.Execute();
+    for (auto _ : state) bench.engine.execute();
     reportStatements(state, perRun);
     state.counters["timer_ticks"] = static_cast<double>(sources.ticks);
 }

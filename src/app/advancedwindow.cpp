@@ -56,16 +56,16 @@ AdvancedWindow::AdvancedWindow(App& app) : m_app(app) {
                       [this] { playScript(); }});
     m_timers->onAfterStop = [this] {
         closeRecording();
-        repeatAction->setChecked(m_app.session.bRepeat);
+        repeatAction->setChecked(m_app.session.repeat);
     };
 
     // Advanced Mode always starts with these on.
-    m_app.session.bRepeat = true;
+    m_app.session.repeat = true;
     m_app.mouseMove = true;
     m_app.extendedClicks = true;
     m_find.fresh = true;
-    m_app.session.dblPauseFactor = 1.0;
-    m_app.session.hTargetWindow = 0;
+    m_app.session.pauseFactor = 1.0;
+    m_app.session.targetWindow = 0;
     repeatAction->setChecked(true);
     m_app.playback.setView(m_timers.get());
     m_timers->setHotkeyPoll(true);
@@ -185,7 +185,7 @@ void AdvancedWindow::openScript() {
     if (!newScript()) return;  // a No keeps the text, and the Open with it
     std::string path = localPath(m_app.dialogs().openFileName("Open Tarvoke script file", kOpenFilter, "tk"));
     if (!isValidPath(path) || path.empty()) return;
-    m_app.session.sScriptFolder = folderOf(path);
+    m_app.session.scriptFolder = folderOf(path);
     // A compiled script: read back once compiling exists; a name in capitals
     // ("EXE") is read as a script.
     if (path.ends_with("exe")) return;
@@ -215,7 +215,7 @@ bool AdvancedWindow::saveScriptAs() {
 
 bool AdvancedWindow::writeScript(const std::string& path) {
     if (!saveScriptFile(m_app.dialogs(), path, text())) return false;
-    m_app.session.sScriptFolder = folderOf(path);
+    m_app.session.scriptFolder = folderOf(path);
     setWindowTitle(captionWith(kAdvancedCaption, displayFileName(path)));
     m_app.filePath = path;
     setChanged(false);
@@ -304,8 +304,8 @@ void AdvancedWindow::playSelection() {
 }
 
 void AdvancedWindow::toggleRepeat() {
-    m_app.session.bRepeat = !m_app.session.bRepeat;
-    repeatAction->setChecked(m_app.session.bRepeat);
+    m_app.session.repeat = !m_app.session.repeat;
+    repeatAction->setChecked(m_app.session.repeat);
 }
 
 void AdvancedWindow::stopScript() { m_app.playback.stopPlay(); }

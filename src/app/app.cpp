@@ -11,24 +11,23 @@ namespace tarvoke::app {
 
 App::App(AppOptions options) : m_options(std::move(options)) {
     session.platform = m_options.platform;
-    engine.setExternalCommands(&commands);
 }
 
 App::~App() = default;
 
 void App::loadSettings() {
     const LoadedSettings loaded = app::loadSettings(m_options.settingsFile);
-    session.bRepeat = loaded.settings.repeat;
+    session.repeat = loaded.settings.repeat;
     mouseMove = loaded.settings.mouseMove;
     extendedClicks = loaded.settings.extendedClicks;
-    session.bIgnorePauses = loaded.settings.ignorePauses;
+    session.ignorePauses = loaded.settings.ignorePauses;
     basicMode = loaded.settings.basicMode;
     firstRun = loaded.firstRun;
-    if (firstRun) session.dblPauseFactor = 1.0;
+    if (firstRun) session.pauseFactor = 1.0;
 }
 
 void App::saveSettings() {
-    app::saveSettings(m_options.settingsFile, {session.bRepeat, mouseMove, extendedClicks, session.bIgnorePauses, basicMode});
+    app::saveSettings(m_options.settingsFile, {session.repeat, mouseMove, extendedClicks, session.ignorePauses, basicMode});
 }
 
 void App::exitProgram() {

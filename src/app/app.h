@@ -52,8 +52,8 @@ public:
     ~App();
 
     host::Session session;
-    engine::SC engine{session};
-    host::HostCommands commands;
+    host::HostCommands commands{session};
+    engine::SC engine{commands};
     playback::Playback playback{engine, session};
     // Whether a recording runs, how it started, and the growing recording,
     // shared by both windows.

@@ -46,10 +46,10 @@ BasicWindow::BasicWindow(App& app) : m_app(app) {
     m_timers->isPlayXSelected = [this] { return playXOption->isChecked(); };
 
     // The controls show the settings as loaded.
-    m_app.session.dblPauseFactor = 1.0;
-    m_app.session.hTargetWindow = 0;
+    m_app.session.pauseFactor = 1.0;
+    m_app.session.targetWindow = 0;
     m_playOptions->setExclusive(false);
-    repeatOption->setChecked(m_app.session.bRepeat);
+    repeatOption->setChecked(m_app.session.repeat);
     m_playOptions->setExclusive(true);
     mouseMoveBox->setChecked(m_app.mouseMove);
     extendedClicksBox->setChecked(m_app.extendedClicks);
@@ -128,16 +128,16 @@ QWidget* BasicWindow::buildHelpFrame() {
 }
 
 void BasicWindow::choosePlayOnce() {
-    m_app.session.bRepeat = false;
+    m_app.session.repeat = false;
     playOnceOption->setChecked(true);
 }
 
 void BasicWindow::chooseRepeat() {
-    m_app.session.bRepeat = true;
+    m_app.session.repeat = true;
     repeatOption->setChecked(true);
 }
 
-void BasicWindow::choosePlayX() { m_app.session.bRepeat = false; }
+void BasicWindow::choosePlayX() { m_app.session.repeat = false; }
 
 void BasicWindow::stopScript() { m_app.playback.stopPlay(); }
 
@@ -168,7 +168,7 @@ void BasicWindow::playScript() {
     stopScript();
     if (playXOption->isChecked()) {
         const std::string count = playCountEdit->text().toStdString();
-        const auto target = engine::isNumericText(count) ? engine::TextToInt32(count) : std::nullopt;
+        const auto target = engine::isNumericText(count) ? engine::textToInt32(count) : std::nullopt;
         if (!target) {
             m_app.dialogs().tell("Error", "The Play X times must be numeric!", Dialogs::Icon::Stop);
             return;
@@ -187,7 +187,7 @@ void BasicWindow::openScript() {
         return;
     std::string path = localPath(m_app.dialogs().openFileName("Open Tarvoke script file", kFilter, "tk"));
     if (!isValidPath(path) || path.empty()) return;
-    m_app.session.sScriptFolder = folderOf(path);
+    m_app.session.scriptFolder = folderOf(path);
     const auto content = readScriptFile(path);
     if (!content) return;
     setWindowTitle(captionWith(kBasicCaption, displayFileName(path)));
@@ -207,7 +207,7 @@ bool BasicWindow::saveWithDialog() {
     if (!isValidPath(path) || path.empty()) return false;
     if (!mayReplace(m_app.dialogs(), path)) return false;
     if (!saveScriptFile(m_app.dialogs(), path, m_text)) return false;
-    m_app.session.sScriptFolder = folderOf(path);
+    m_app.session.scriptFolder = folderOf(path);
     setWindowTitle(captionWith(kBasicCaption, displayFileName(path)));
     m_app.filePath = path;
     m_changed = false;

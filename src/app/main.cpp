@@ -128,7 +128,7 @@ int run(int argc, char** argv) {
     // What the splash does before it loads, then as it loads.
     app::writeManifest();
     app::raiseProcessPriority();
-    app.session.sScriptFolder = programFolder.string();
+    app.session.scriptFolder = programFolder.string();
     app::SplashWindow& splash = app.splashWindow();
     app.loadSettings();
     QGuiApplication::setApplicationDisplayName(QString());

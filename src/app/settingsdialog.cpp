@@ -45,7 +45,7 @@ SettingsDialog::SettingsDialog(App& app) : m_app(app) {
 
     mouseMoveBox->setChecked(m_app.mouseMove);
     extendedClicksBox->setChecked(m_app.extendedClicks);
-    ignorePausesBox->setChecked(m_app.session.bIgnorePauses);
+    ignorePausesBox->setChecked(m_app.session.ignorePauses);
     connect(ok, &QPushButton::clicked, this, [this] { apply(); });
     connect(cancel, &QPushButton::clicked, this, &QDialog::close);
 }
@@ -53,7 +53,7 @@ SettingsDialog::SettingsDialog(App& app) : m_app(app) {
 void SettingsDialog::apply() {
     m_app.mouseMove = mouseMoveBox->isChecked();
     m_app.extendedClicks = extendedClicksBox->isChecked();
-    m_app.session.bIgnorePauses = ignorePausesBox->isChecked();
+    m_app.session.ignorePauses = ignorePausesBox->isChecked();
     if (highPriorityBox->isChecked()) raiseProcessPriority();
     close();
 }

@@ -1,8 +1,11 @@
 #include "engine/commands.h"
 
-#include <array>
+#include <algorithm>
 #include <string>
 #include <unordered_map>
+#include <vector>
+
+#include "engine/scripttext.h"
 
 namespace tarvoke::engine {
 namespace {
@@ -12,45 +15,63 @@ struct Entry {
     int32_t number;
 };
 
-#define TARVOKE_TABLE_ENTRY(id, name, number) Entry{name, number},
-constexpr std::array kBuiltins{TARVOKE_BUILTIN_COMMANDS(TARVOKE_TABLE_ENTRY)};
-constexpr std::array kHostCommands{TARVOKE_HOST_COMMANDS(TARVOKE_TABLE_ENTRY)};
+#define TARVOKE_TABLE_ENTRY(id, name, number, ...) Entry{name, number},
+constexpr std::array kAll{TARVOKE_BUILTIN_COMMANDS(TARVOKE_TABLE_ENTRY) TARVOKE_HOST_COMMANDS(TARVOKE_TABLE_ENTRY)};
 #undef TARVOKE_TABLE_ENTRY
 
-using NameIndex = std::unordered_map<std::string_view, int32_t>;
+// The lower-case names, made once; the loader looks names up in lower case.
+struct Names {
+    std::vector<std::string> lower;  // in row order
+    std::unordered_map<std::string_view, int32_t> numberOf;
+    std::unordered_map<int32_t, std::string_view> nameOf;
 
-template <size_t N>
-NameIndex makeIndex(const std::array<Entry, N>& table) {
-    NameIndex index;
-    for (const Entry& entry : table) index.emplace(entry.name, entry.number);  // first one wins
-    return index;
-}
+    Names() {
+        lower.reserve(kAll.size());
+        for (const Entry& entry : kAll) lower.push_back(lowerAscii(entry.name));
+        for (size_t i = 0; i < kAll.size(); ++i) {
+            numberOf.emplace(lower[i], kAll[i].number);  // first one wins
+            nameOf.emplace(kAll[i].number, lower[i]);
+        }
+    }
+};
 
-int32_t lookUp(const NameIndex& index, std::string_view name) {
-    const auto found = index.find(name);
-    return found == index.end() ? -1 : found->second;
-}
-
-template <size_t N>
-std::string_view nameOf(const std::array<Entry, N>& table, int32_t number) {
-    for (const Entry& entry : table)
-        if (entry.number == number) return entry.name;
-    return {};
+const Names& names() {
+    static const Names table;
+    return table;
 }
 
 }  // namespace
 
-int32_t builtinCommandNumber(std::string_view lowerName) {
-    static const NameIndex index = makeIndex(kBuiltins);
-    return lookUp(index, lowerName);
+Command commandNumber(std::string_view name) {
+    const bool lower = std::none_of(name.begin(), name.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
+    if (!lower) return commandNumber(lowerAscii(name));
+    const auto found = names().numberOf.find(name);
+    return found == names().numberOf.end() ? Command::Unknown : static_cast<Command>(found->second);
 }
 
-int32_t hostCommandNumber(std::string_view lowerName) {
-    static const NameIndex index = makeIndex(kHostCommands);
-    return lookUp(index, lowerName);
+std::string_view commandName(int32_t number) {
+    const auto found = names().nameOf.find(number);
+    return found == names().nameOf.end() ? std::string_view() : found->second;
 }
 
-std::string_view builtinCommandName(int32_t number) { return nameOf(kBuiltins, number); }
-std::string_view hostCommandName(int32_t number) { return nameOf(kHostCommands, number); }
+std::string_view scriptName(Command command) {
+    for (const Entry& entry : kAll)
+        if (entry.number == static_cast<int32_t>(command)) return entry.name;
+    return {};
+}
+
+const HostRow* hostRow(int32_t number) {
+    // Built once: the dispatch asks for every host statement it runs.
+    static const std::array<const HostRow*, kLastHostCommand - kFirstHostCommand + 1> byNumber = [] {
+        std::array<const HostRow*, kLastHostCommand - kFirstHostCommand + 1> table{};
+        for (const HostRow& row : rows::kHost) {
+            auto& slot = table[static_cast<size_t>(static_cast<int32_t>(row.command) - kFirstHostCommand)];
+            if (!slot) slot = &row;
+        }
+        return table;
+    }();
+    if (number < kFirstHostCommand || number > kLastHostCommand) return nullptr;
+    return byNumber[static_cast<size_t>(number - kFirstHostCommand)];
+}
 
 }  // namespace tarvoke::engine

@@ -1,9 +1,9 @@
 // The program dump: the statements as they were parsed, the functions found
 // and the variables held, for a script writer to see what the load made.
 
+#include "engine/commands.h"
 #include "engine/numeric.h"
 #include "engine/sc.h"
-#include "host/session.h"
 
 namespace tarvoke::engine {
 namespace {
@@ -21,7 +21,7 @@ bool SC::writeDebug(const std::function<void(std::string_view)>& write) const {
         if (!always && piece.size() < kPieceBytes) return true;
         write(piece);
         piece.clear();
-        return !m_session.stopPending();
+        return !m_environment.stopPending();
     };
     // A long text goes out as it stands, not through a copy.
     const auto text = [&](const std::string& value) {
@@ -32,46 +32,49 @@ bool SC::writeDebug(const std::function<void(std::string_view)>& write) const {
         if (!flush(true)) return false;
         for (size_t done = 0; done < value.size(); done += kPieceBytes) {
             write(std::string_view(value).substr(done, kPieceBytes));
-            if (m_session.stopPending()) return false;
+            if (m_environment.stopPending()) return false;
         }
         return true;
     };
     piece = "Printing Code:\n";
-    for (int32_t line = 1; line <= m_lngStatementCount; ++line) {
+    for (int32_t line = 1; line <= m_statementCount; ++line) {
         const Statement& statement = m_statements[line];
-        piece += "Command: " + ReturnFunctionName(statement.functionID) + "; Parameters: ";
+        const std::string_view name = commandName(statement.number);
+        piece += "Command: ";
+        piece += name.empty() ? std::string_view("UNKNOWN COMMAND") : name;
+        piece += "; Parameters: ";
         // Seven parameters, one blank between them; the eighth is not printed.
         for (size_t k = 0; k < 7; ++k) {
             if (k > 0) piece += ' ';
-            piece += statement.sParameter[k];
+            piece += statement.parameters[k];
         }
         piece += '\n';
         if (!flush(false)) return false;
     }
     piece += "\nPrinting Found Functions:\n";
     for (const FunctionEntry& entry : m_functions) {
-        piece += "Function: " + entry.sName + ", line: " + std::to_string(entry.lngLine) + "\n";
+        piece += "Function: " + entry.name + ", line: " + std::to_string(entry.line) + "\n";
         if (!flush(false)) return false;
     }
     piece += "\nPrinting Found Variables:\n";
     for (size_t i = 1; i < m_stringVariables.size(); ++i) {
-        piece += "String: " + m_stringVariables[i].sName + ", value: ";
+        piece += "String: " + m_stringVariables[i].name + ", value: ";
         if (!text(m_stringVariables[i].value)) return false;
         piece += '\n';
     }
     for (size_t i = 1; i < m_longVariables.size(); ++i) {
-        piece += "Long: " + m_longVariables[i].sName + ", value: " + std::to_string(m_longVariables[i].value) + "\n";
+        piece += "Long: " + m_longVariables[i].name + ", value: " + std::to_string(m_longVariables[i].value) + "\n";
         if (!flush(false)) return false;
     }
     for (size_t i = 1; i < m_doubleVariables.size(); ++i) {
-        piece += "Double: " + m_doubleVariables[i].sName + ", value: " + doubleToText(m_doubleVariables[i].value) + "\n";
+        piece += "Double: " + m_doubleVariables[i].name + ", value: " + doubleToText(m_doubleVariables[i].value) + "\n";
         if (!flush(false)) return false;
     }
     piece += "\n\n\n";
     return flush(true);
 }
 
-std::string SC::GetDebug() const {
+std::string SC::getDebug() const {
     std::string text;
     writeDebug([&text](std::string_view piece) { text += piece; });
     return text;

@@ -32,8 +32,8 @@ private:
 }  // namespace
 
 void SC::findJumps() {
-    const int32_t count = m_lngStatementCount;
-    auto id = [this](int32_t line) { return m_statements[line].functionID; };
+    const int32_t count = m_statementCount;
+    auto id = [this](int32_t line) { return m_statements[line].number; };
 
     // Forward skips (if, else, while) examine lines L+1 .. count-1 only: a
     // skip ends the run before it would look at the last statement.
@@ -46,13 +46,13 @@ void SC::findJumps() {
     NearestByDepth elseOrEndIf(count), endIf(count), endWhile(count);
     for (int32_t line = count; line >= 1; --line) {
         Statement& statement = m_statements[line];
-        if (statement.functionID == kIf) statement.jump = elseOrEndIf.at(ifDepth[line + 1]);
-        if (statement.functionID == kElse) statement.jump = endIf.at(ifDepth[line + 1]);
-        if (statement.functionID == kWhile) statement.jump = endWhile.at(whileDepth[line + 1]);
+        if (statement.number == kIf) statement.jump = elseOrEndIf.at(ifDepth[line + 1]);
+        if (statement.number == kElse) statement.jump = endIf.at(ifDepth[line + 1]);
+        if (statement.number == kWhile) statement.jump = endWhile.at(whileDepth[line + 1]);
         if (line == count) continue;
-        if (statement.functionID == kElse || statement.functionID == kEndIf) elseOrEndIf.at(ifDepth[line]) = line;
-        if (statement.functionID == kEndIf) endIf.at(ifDepth[line]) = line;
-        if (statement.functionID == kEndWhile) endWhile.at(whileDepth[line]) = line;
+        if (statement.number == kElse || statement.number == kEndIf) elseOrEndIf.at(ifDepth[line]) = line;
+        if (statement.number == kEndIf) endIf.at(ifDepth[line]) = line;
+        if (statement.number == kEndWhile) endWhile.at(whileDepth[line]) = line;
     }
 
     // The backward skip of endwhile stops at the nearest while above it with
@@ -62,18 +62,18 @@ void SC::findJumps() {
     int32_t openWhiles = 0;
     for (int32_t line = 1; line <= count; ++line) {
         Statement& statement = m_statements[line];
-        if (statement.functionID == kEndWhile) statement.jump = whileAbove.at(openWhiles);
-        openWhiles += (statement.functionID == kEndWhile) - (statement.functionID == kWhile);
-        if (statement.functionID == kWhile) whileAbove.at(openWhiles) = line;
+        if (statement.number == kEndWhile) statement.jump = whileAbove.at(openWhiles);
+        openWhiles += (statement.number == kEndWhile) - (statement.number == kWhile);
+        if (statement.number == kWhile) whileAbove.at(openWhiles) = line;
     }
 
     // call enters the first function of that exact name.
     std::unordered_map<std::string, int32_t> firstFunction;
-    for (const FunctionEntry& entry : m_functions) firstFunction.emplace(entry.sName, entry.lngLine);
+    for (const FunctionEntry& entry : m_functions) firstFunction.emplace(entry.name, entry.line);
     for (int32_t line = 1; line <= count; ++line) {
         Statement& statement = m_statements[line];
-        if (statement.functionID != kCall) continue;
-        const auto found = firstFunction.find(statement.sParameter[0]);
+        if (statement.number != kCall) continue;
+        const auto found = firstFunction.find(statement.parameters[0]);
         statement.jump = found == firstFunction.end() ? kEndsRun : found->second;
     }
 }

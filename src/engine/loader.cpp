@@ -1,4 +1,4 @@
-// The load: Initialize turns a script text into the statement and function
+// The load: initialize turns a script text into the statement and function
 // tables and finds where a run begins and ends. Every text loads.
 
 #include <algorithm>
@@ -10,31 +10,18 @@
 #include "engine/scripttext.h"
 
 namespace tarvoke::engine {
-namespace {
-
-// The number of a command name; -1 for a name in neither list. The name is
-// lower-case already unless quotes kept capitals in it.
-int32_t commandNumber(std::string_view name) {
-    if (std::any_of(name.begin(), name.end(), [](char c) { return c >= 'A' && c <= 'Z'; }))
-        return commandNumber(lowerAscii(name));
-    const int32_t builtin = builtinCommandNumber(name);
-    return builtin >= 0 ? builtin : hostCommandNumber(name);
-}
-
-}  // namespace
-
-SC::SC(host::Session& session) : m_session(session) { resetTables(); }
+SC::SC(Environment& environment) : m_environment(environment) { resetTables(); }
 
 void SC::resetTables() {
-    m_lngStatementCount = 0;
-    m_lngCurrentLine = 1;
-    m_lngStartLine = 1;
-    m_lngEndLine = 0;
+    m_statementCount = 0;
+    m_currentLine = 1;
+    m_startLine = 1;
+    m_endLine = 0;
     m_statements.assign(1, Statement{});
     m_parameterStore.clear();
     m_functions.clear();
     m_callStack.assign(1, 0);
-    m_lngCallDepth = 0;
+    m_callDepth = 0;
     m_stringVariables.assign(1, {});
     m_textBytes = 0;
     m_longVariables.assign(1, {});
@@ -43,16 +30,16 @@ void SC::resetTables() {
     m_names[""] = NameSlots{0, 0, 0};
 }
 
-void SC::Initialize(std::string& sInputCode) {
-    m_blnRunning = true;
+void SC::initialize(std::string& inputCode) {
+    m_running = true;
     resetTables();
     int32_t functionsSeen = 0;
     int32_t ordinalOfMain = 0;
 
-    std::string normalised = StripSource(sInputCode);
-    std::erase_if(normalised, [](char c) { return c == '\n' || c == '\r'; });  // RemoveLineBreaks, in place
-    sInputCode = std::move(normalised);
-    reserveTables(sInputCode);
+    std::string normalised = stripSource(inputCode);
+    std::erase_if(normalised, [](char c) { return c == '\n' || c == '\r'; });  // removeLineBreaks, in place
+    inputCode = std::move(normalised);
+    reserveTables(inputCode);
 
     // A ";" ends a statement only when the buffer holds both brackets
     // somewhere; otherwise it is dropped and the text runs on. Quotes do not
@@ -60,7 +47,7 @@ void SC::Initialize(std::string& sInputCode) {
     // are one piece between two ";" and are parsed where they stand.
     std::string buffer;
     bool hasOpen = false, hasClose = false;
-    const std::string_view code = sInputCode;
+    const std::string_view code = inputCode;
     for (size_t start = 0, end; (end = code.find(';', start)) != std::string_view::npos; start = end + 1) {
         const std::string_view piece = code.substr(start, end - start);
         hasOpen |= piece.find('(') != std::string_view::npos;
@@ -79,7 +66,7 @@ void SC::Initialize(std::string& sInputCode) {
         hasOpen = hasClose = false;
     }
     findJumps();
-    m_blnRunning = false;
+    m_running = false;
 }
 
 // Every statement ends at a ";" and holds at most one parameter more than
@@ -96,57 +83,39 @@ void SC::reserveTables(const std::string& code) {
 }
 
 void SC::parseStatement(std::string_view buffer, int32_t& functionsSeen, int32_t& ordinalOfMain) {
-    ++m_lngStatementCount;
+    ++m_statementCount;
     Statement& statement = m_statements.emplace_back();
-    const int32_t line = m_lngStatementCount;
+    const int32_t line = m_statementCount;
 
-    statement.functionID = commandNumber(GetCommandName(buffer));
-    const std::string_view parameterText = GetParameterText(buffer);
+    statement.number = static_cast<int32_t>(commandNumber(getCommandName(buffer)));
+    const std::string_view parameterText = getParameterText(buffer);
     // Nine or more parameters keep none of them.
-    if (CountParameters(parameterText) <= 8) {
-        assert(m_parameterStore.size() + CountParameters(parameterText) <= m_parameterStore.capacity());
-        statement.sParameter.m_first = m_parameterStore.data() + m_parameterStore.size();
+    if (countParameters(parameterText) <= 8) {
+        assert(m_parameterStore.size() + countParameters(parameterText) <= m_parameterStore.capacity());
+        statement.parameters.m_first = m_parameterStore.data() + m_parameterStore.size();
         forEachParameter(parameterText, [this](std::string_view piece) { m_parameterStore.emplace_back(piece); });
-        statement.sParameter.m_count = static_cast<uint32_t>(m_parameterStore.data() + m_parameterStore.size() -
-                                                             statement.sParameter.m_first);
+        statement.parameters.m_count = static_cast<uint32_t>(m_parameterStore.data() + m_parameterStore.size() -
+                                                             statement.parameters.m_first);
     }
 
-    if (statement.functionID == static_cast<int32_t>(Command::Function)) {
+    if (statement.number == static_cast<int32_t>(Command::Function)) {
         ++functionsSeen;
-        if (statement.sParameter[0] == "main") {
-            m_lngStartLine = m_lngCurrentLine = line;
+        if (statement.parameters[0] == "main") {
+            m_startLine = m_currentLine = line;
             ordinalOfMain = functionsSeen;
         }
-        m_functions.push_back({statement.sParameter[0], line});
+        m_functions.push_back({statement.parameters[0], line});
     }
     // The last endfunction before the next function closes main.
-    if (statement.functionID == static_cast<int32_t>(Command::EndFunction) && ordinalOfMain == functionsSeen)
-        m_lngEndLine = line;
+    if (statement.number == static_cast<int32_t>(Command::EndFunction) && ordinalOfMain == functionsSeen)
+        m_endLine = line;
 }
 
-int32_t SC::ReturnFunctionID(std::string& functionName) const {
-    functionName = lowerAscii(functionName);
-    const int32_t builtin = builtinCommandNumber(functionName);
-    return builtin >= 0 ? builtin : ReturnExternalFunctionID(functionName);
-}
-
-std::string SC::ReturnFunctionName(int32_t ID) const {
-    const std::string_view builtin = builtinCommandName(ID);
-    return builtin.empty() ? ReturnExternalName(ID) : std::string(builtin);
-}
-
-int32_t SC::ReturnExternalFunctionID(std::string_view functionName) { return hostCommandNumber(functionName); }
-
-std::string SC::ReturnExternalName(int32_t ID) {
-    const std::string_view name = hostCommandName(ID);
-    return name.empty() ? "UNKNOWN COMMAND" : std::string(name);
-}
-
-std::string SC::HextoAsciiNS(std::string& Text69) {
+std::string SC::hexToAscii(std::string& digits) {
     std::string packed;
-    for (char c : Text69)
+    for (char c : digits)
         if (c != ' ') packed += c;
-    Text69 = packed;
+    digits = packed;
     std::string text;
     for (size_t i = 0; i < packed.size(); i += 2) {
         const std::string pair = "&h" + packed.substr(i, 2);

@@ -115,22 +115,22 @@ std::optional<int32_t> roundToInt32(double value) { return roundInto<int32_t>(va
 std::optional<int16_t> roundToInt16(double value) { return roundInto<int16_t>(value); }
 std::optional<uint8_t> roundToByte(double value) { return roundInto<uint8_t>(value); }
 
-std::optional<uint8_t> TextToByte(std::string_view text) {
+std::optional<uint8_t> textToByte(std::string_view text) {
     const auto value = strictValue(text);
     return value ? roundToByte(*value) : std::nullopt;
 }
 
-std::optional<int16_t> TextToInt16(std::string_view text) {
+std::optional<int16_t> textToInt16(std::string_view text) {
     const auto value = strictValue(text);
     return value ? roundToInt16(*value) : std::nullopt;
 }
 
-std::optional<int32_t> TextToInt32(std::string_view text) {
+std::optional<int32_t> textToInt32(std::string_view text) {
     const auto value = strictValue(text);
     return value ? roundToInt32(*value) : std::nullopt;
 }
 
-std::optional<double> TextToDouble(std::string_view text) {
+std::optional<double> textToDouble(std::string_view text) {
     const auto value = strictValue(text);
     if (!value || !std::isfinite(*value)) return std::nullopt;
     return value;
@@ -157,11 +157,11 @@ std::string doubleToText(double value) {
     std::string text = value < 0 ? "-" : "";
     if (exponent >= -5 && exponent < 15) {
         if (exponent >= 0) {
-            const size_t intDigits = static_cast<size_t>(exponent) + 1;
-            if (digits.size() <= intDigits) {
-                text += digits + std::string(intDigits - digits.size(), '0');
+            const size_t integerDigits = static_cast<size_t>(exponent) + 1;
+            if (digits.size() <= integerDigits) {
+                text += digits + std::string(integerDigits - digits.size(), '0');
             } else {
-                text += digits.substr(0, intDigits) + "." + digits.substr(intDigits);
+                text += digits.substr(0, integerDigits) + "." + digits.substr(integerDigits);
             }
         } else {
             text += "0." + std::string(static_cast<size_t>(-exponent - 1), '0') + digits;

@@ -29,10 +29,10 @@ std::optional<uint8_t> roundToByte(double value);
 
 // The four conversions of host command parameters: the text must be numeric
 // as a whole, then it is rounded (ties to even) and range-checked.
-std::optional<uint8_t> TextToByte(std::string_view text);
-std::optional<int16_t> TextToInt16(std::string_view text);
-std::optional<int32_t> TextToInt32(std::string_view text);
-std::optional<double> TextToDouble(std::string_view text);
+std::optional<uint8_t> textToByte(std::string_view text);
+std::optional<int16_t> textToInt16(std::string_view text);
+std::optional<int32_t> textToInt32(std::string_view text);
+std::optional<double> textToDouble(std::string_view text);
 
 // Text to long by the variables' rule: numeric prefix, then rounding.
 std::optional<int32_t> textToLong(std::string_view text);

@@ -5,80 +5,80 @@
 
 #include "engine/commands.h"
 #include "engine/sc.h"
-#include "host/session.h"
 
 namespace tarvoke::engine {
 
-void SC::StopExecution() {
-    m_blnRunning = false;
-    m_lngCurrentLine = m_lngStartLine;
+void SC::stopExecution() {
+    m_running = false;
+    m_currentLine = m_startLine;
 }
 
-void SC::PauseExecution() { m_blnRunning = false; }
+void SC::pauseExecution() { m_running = false; }
 
-void SC::Execute() {
-    StopExecution();
-    m_blnRunning = true;
+void SC::execute() {
+    stopExecution();
+    m_running = true;
     for (;;) {
         // The endfunction that closes main is never executed.
-        if (m_lngCurrentLine == m_lngEndLine) return;
-        m_session.platform.clock->yield();
-        if (m_lngCurrentLine > m_lngStatementCount || m_lngCurrentLine < 1) return;
-        if (m_intExecuteType == 2 && m_countStatement) m_countStatement();
+        if (m_currentLine == m_endLine) return;
+        m_environment.yield();
+        if (m_currentLine > m_statementCount || m_currentLine < 1) return;
+        if (m_executeType == ExecuteType::WhiteDebug && m_countStatement) m_countStatement();
         m_stepStopped = false;
         if (!runStatement()) return;
-        ++m_lngCurrentLine;
-        if (!m_blnRunning) return;
+        ++m_currentLine;
+        if (!m_running) return;
     }
 }
 
 // Runs the statement at the current line; false when the run ends at once.
 // A jump leaves the line one before its target, since the loop adds 1.
 bool SC::runStatement() {
-    const int32_t line = m_lngCurrentLine;
+    const int32_t line = m_currentLine;
     const Statement& statement = m_statements[line];
-    switch (static_cast<Command>(statement.functionID)) {
+    switch (static_cast<Command>(statement.number)) {
     case Command::Call:
-        if (m_lngCallDepth >= kMaxCallDepth) return true;
-        ++m_lngCallDepth;
-        if (static_cast<size_t>(m_lngCallDepth) >= m_callStack.size()) m_callStack.resize(m_lngCallDepth + 1);
-        m_callStack[m_lngCallDepth] = line;
+        if (m_callDepth >= kMaxCallDepth) return true;
+        ++m_callDepth;
+        if (static_cast<size_t>(m_callDepth) >= m_callStack.size()) m_callStack.resize(m_callDepth + 1);
+        m_callStack[m_callDepth] = line;
         // An unknown function: the run goes on, the pushed line stays.
-        if (statement.jump != kEndsRun) m_lngCurrentLine = statement.jump - 1;
+        if (statement.jump != kEndsRun) m_currentLine = statement.jump - 1;
         return true;
     case Command::Function:
     case Command::EndIf:
         return true;
     case Command::EndFunction:
         // Falling into a function's tail with no call open has nowhere to return.
-        if (m_lngCallDepth <= 0) return false;
-        m_lngCurrentLine = m_callStack[m_lngCallDepth--];
+        if (m_callDepth <= 0) return false;
+        m_currentLine = m_callStack[m_callDepth--];
         return true;
     case Command::If:
     case Command::While: {
-        // Evaluate works on copies and does not yield, so the reference holds.
-        if (Evaluate(statement.sParameter[0])) return true;
+        // evaluate works on copies and does not yield, so the reference holds.
+        if (evaluate(statement.parameters[0])) return true;
         if (statement.jump == kEndsRun) return false;
-        m_lngCurrentLine = statement.jump;
+        m_currentLine = statement.jump;
         return true;
     }
     case Command::Else:
         if (statement.jump == kEndsRun) return false;
-        m_lngCurrentLine = statement.jump;
+        m_currentLine = statement.jump;
         return true;
     case Command::EndWhile:
         if (statement.jump == kEndsRun) return false;
-        m_lngCurrentLine = statement.jump - 1;  // the while runs again
+        m_currentLine = statement.jump - 1;  // the while runs again
         return true;
     default:
-        ExecuteBuiltin();
+        if (statement.number < kFirstHostCommand) executeBuiltin();
+        else if (const HostRow* row = hostRow(statement.number)) runHostCommand(*row);
         return true;
     }
 }
 
-void SC::ExecuteExternalFunction(int32_t functionID, int32_t lngLine) {
-    if (functionID < kFirstHostCommand || functionID > kLastHostCommand) return;
-    if (m_external) m_external->execute(*this, functionID, lngLine);
+void SC::runHostCommand(const HostRow& row) {
+    const int32_t line = m_currentLine;
+    storeAnswer(m_environment.runCommand(*this, row, line), line);
 }
 
 }  // namespace tarvoke::engine

@@ -3,9 +3,8 @@
 // tables, runs them, holds the variables and prints its state.
 //
 // Lines are 1-based indexes into the statement table and have nothing to do
-// with the lines of the text. Member names follow the language's own.
+// with the lines of the text.
 
-#include <array>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -13,35 +12,44 @@
 #include <unordered_map>
 #include <vector>
 
+#include "engine/environment.h"
 #include "engine/statement.h"
-
-namespace tarvoke::host {
-struct Session;
-}
 
 namespace tarvoke::engine {
 
 struct FunctionEntry {
-    std::string sName;
-    int32_t lngLine = 0;
+    std::string name;
+    int32_t line = 0;
 };
 
-// The engine's one scratch value. A look-up writes the tag and the member of
-// that type only; the other two keep what they held.
+// The kind of a value, numbered as the declarations that make each kind.
+enum class ValueKind : int32_t {
+    Text = static_cast<int32_t>(Command::String),
+    Long = static_cast<int32_t>(Command::Int),
+    Double = static_cast<int32_t>(Command::Double),
+};
+
+// What a step does to a variable, numbered as the commands that do it.
+enum class Operation : int32_t {
+    Set = static_cast<int32_t>(Command::Set),
+    Add = static_cast<int32_t>(Command::Add),
+    Subtract = static_cast<int32_t>(Command::Subtract),
+    Divide = static_cast<int32_t>(Command::Divide),
+    Multiply = static_cast<int32_t>(Command::Multiply),
+    Power = static_cast<int32_t>(Command::Power),
+};
+
+// The run's kind: Correct Time and White Debug keep setpausepercent's word,
+// White Debug counts every statement run.
+enum class ExecuteType : int16_t { Play = 0, CorrectTime = 1, WhiteDebug = 2 };
+
+// The engine's one scratch value. A look-up writes the kind and the member of
+// that kind only; the other two keep what they held.
 struct ValueSlot {
-    std::string sValue;
-    int32_t lngValue = 0;
-    double dblValue = 0;
-    int32_t lngValueType = 8;
-};
-
-enum ValueType : int32_t { kText = 8, kLong = 9, kDouble = 10 };
-
-// Host commands (100..157) run outside the engine; the dispatch implements this.
-class ExternalCommands {
-public:
-    virtual ~ExternalCommands() = default;
-    virtual void execute(class SC& engine, int32_t functionID, int32_t lngLine) = 0;
+    std::string text;
+    int32_t integer = 0;
+    double real = 0;
+    ValueKind kind = ValueKind::Text;
 };
 
 class SC {
@@ -51,63 +59,54 @@ public:
     static constexpr int32_t kMaxCallDepth = 100000;
     static constexpr size_t kDefaultTextMemory = size_t{1} << 30;
 
-    explicit SC(host::Session& session);
+    explicit SC(Environment& environment);
     // Statements point into the engine's own parameter store.
     SC(const SC&) = delete;
     SC& operator=(const SC&) = delete;
 
-    // Load. sInputCode receives the normalised text.
-    void Initialize(std::string& sInputCode);
-    std::string GetDebug() const;
+    // Load. inputCode receives the normalised text.
+    void initialize(std::string& inputCode);
+    std::string getDebug() const;
     // The dump, piece after piece, without building it whole; false when a
     // stop came before its end.
     bool writeDebug(const std::function<void(std::string_view)>& write) const;
-    void StopExecution();
-    void PauseExecution();
-    void Execute();
-    int32_t ReturnFunctionID(std::string& functionName) const;
-    std::string ReturnFunctionName(int32_t ID) const;
-    bool Evaluate(const std::string& inputParameters);
-    void AddSetVariable(const std::string& sVariableName, int32_t sVariableType, int32_t FUNCTION_ID);
-    void GetVariable(std::string& sVariableName);
-    std::string GetVariableAsString(const std::string& sVariableName) const;
-    bool IsExistingVariable(const std::string& sVariableName) const;
-    void SetExecuteType(int16_t intType) { m_intExecuteType = intType; }
-    static std::string HextoAsciiNS(std::string& Text69);
-    static int32_t ReturnExternalFunctionID(std::string_view functionName);
-    static std::string ReturnExternalName(int32_t ID);
-    void ExecuteExternalFunction(int32_t functionID, int32_t lngLine);
+    void stopExecution();
+    void pauseExecution();
+    void execute();
+    bool evaluate(const std::string& condition);
+    void addSetVariable(const std::string& name, ValueKind kind, Operation operation);
+    void getVariable(std::string& name);
+    std::string getVariableAsString(const std::string& name) const;
+    bool isExistingVariable(const std::string& name) const;
+    void setExecuteType(ExecuteType type) { m_executeType = type; }
+    static std::string hexToAscii(std::string& digits);
 
-    // Wiring.
-    void setExternalCommands(ExternalCommands* commands) { m_external = commands; }
     // The longest text a variable holds, 2^31 - 1 bytes as the language's
     // texts; a step that would make a longer one fails. Tests lower it.
     void setMaxTextBytes(size_t bytes) { m_maxTextBytes = bytes; }
     // The most all texts may hold together: the variables and the value in
     // hand, and while a step works, the text it builds. A step beyond fails.
     void setMaxTextMemory(size_t bytes) { m_maxTextMemory = bytes; }
-    size_t textMemory() const { return m_textBytes + m_value.sValue.size(); }
-    // Called for every statement run while the execute type is 2.
+    size_t textMemory() const { return m_textBytes + m_value.text.size(); }
+    // Called for every statement run in White Debug.
     void setStatementCounter(std::function<void()> counter) { m_countStatement = std::move(counter); }
 
     // Read access for the host commands, the windows and tests.
-    host::Session& session() { return m_session; }
     ValueSlot& valueSlot() { return m_value; }
     const Statement& statement(int32_t line) const { return m_statements[line]; }
-    Statement& statement(int32_t line) { return m_statements[line]; }
-    int32_t statementCount() const { return m_lngStatementCount; }
+    int32_t statementCount() const { return m_statementCount; }
     const std::vector<FunctionEntry>& functions() const { return m_functions; }
-    int32_t startLine() const { return m_lngStartLine; }
-    int32_t endLine() const { return m_lngEndLine; }
-    int32_t currentLine() const { return m_lngCurrentLine; }
-    int32_t callDepth() const { return m_lngCallDepth; }
-    bool running() const { return m_blnRunning; }
-    int16_t executeType() const { return m_intExecuteType; }
+    int32_t startLine() const { return m_startLine; }
+    int32_t endLine() const { return m_endLine; }
+    int32_t currentLine() const { return m_currentLine; }
+    int32_t callDepth() const { return m_callDepth; }
+    bool running() const { return m_running; }
+    ExecuteType executeType() const { return m_executeType; }
 
 private:
     template <typename T>
     struct Variable {
-        std::string sName;
+        std::string name;
         T value{};
     };
     // Where a name stands in each of the three tables; -1 where it does not.
@@ -122,16 +121,18 @@ private:
     void parseStatement(std::string_view buffer, int32_t& functionsSeen, int32_t& ordinalOfMain);
     void findJumps();
     bool runStatement();
-    void ExecuteBuiltin();
+    void executeBuiltin();
+    void runHostCommand(const HostRow& row);
+    void storeAnswer(const Answer& answer, int32_t line);
     bool resolve(std::string& name);
     bool readLastPosition(const std::string& name, int32_t& value) const;
     NameSlots slotsOf(const std::string& name) const;
-    int32_t appendVariable(const std::string& name, int32_t type);
-    void applyToText(std::string& value, int32_t FUNCTION_ID);
-    void applyToLong(int32_t& value, int32_t FUNCTION_ID);
-    void applyToDouble(double& value, int32_t FUNCTION_ID);
-    void runFunctionOfVariable(int32_t functionID);
-    void runTextCommand(int32_t functionID);
+    int32_t appendVariable(const std::string& name, ValueKind kind);
+    void applyToText(std::string& value, Operation operation);
+    void applyToLong(int32_t& value, Operation operation);
+    void applyToDouble(double& value, Operation operation);
+    void runFunctionOfVariable(Command command);
+    void runTextCommand(Command command);
     void runMessage();
     bool fitsTexts(size_t newSize) const;
     bool stopPending();
@@ -139,8 +140,7 @@ private:
     bool appendText(std::string& to, std::string_view piece);
     std::optional<std::string> replaceText(const std::string& text, const std::string& find, const std::string& with);
 
-    host::Session& m_session;
-    ExternalCommands* m_external = nullptr;
+    Environment& m_environment;
     std::function<void()> m_countStatement;
 
     std::vector<Statement> m_statements;  // [0] stays empty
@@ -148,15 +148,15 @@ private:
     // load for the most the text can hold, so it never moves while the
     // statements point into it.
     std::vector<std::string> m_parameterStore;
-    int32_t m_lngStatementCount = 0;
+    int32_t m_statementCount = 0;
     std::vector<FunctionEntry> m_functions;  // in script order
-    int32_t m_lngStartLine = 1;
-    int32_t m_lngEndLine = 0;
-    int32_t m_lngCurrentLine = 1;
+    int32_t m_startLine = 1;
+    int32_t m_endLine = 0;
+    int32_t m_currentLine = 1;
     std::vector<int32_t> m_callStack{0};  // [0] holds 0
-    int32_t m_lngCallDepth = 0;
-    bool m_blnRunning = false;
-    int16_t m_intExecuteType = 0;
+    int32_t m_callDepth = 0;
+    bool m_running = false;
+    ExecuteType m_executeType = ExecuteType::Play;
 
     std::vector<Variable<std::string>> m_stringVariables;  // [0] is the empty slot
     std::vector<Variable<int32_t>> m_longVariables;

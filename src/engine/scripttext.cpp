@@ -2,7 +2,7 @@
 
 namespace tarvoke::engine {
 
-std::string StripSource(std::string_view text) {
+std::string stripSource(std::string_view text) {
     // Written through a pointer into a buffer of the full size: this runs
     // over every byte of multi-megabyte recordings.
     std::string out(text.size(), '\0');
@@ -40,7 +40,7 @@ std::string StripSource(std::string_view text) {
     return out;
 }
 
-std::string RemoveLineBreaks(std::string_view text) {
+std::string removeLineBreaks(std::string_view text) {
     std::string out;
     out.reserve(text.size());
     for (char c : text)
@@ -48,18 +48,18 @@ std::string RemoveLineBreaks(std::string_view text) {
     return out;
 }
 
-std::string_view GetCommandName(std::string_view buffer) {
+std::string_view getCommandName(std::string_view buffer) {
     return buffer.substr(0, std::min(buffer.find('('), buffer.size()));
 }
 
-std::string_view GetParameterText(std::string_view buffer) {
+std::string_view getParameterText(std::string_view buffer) {
     const size_t open = buffer.find('(');
     // A "(" that is the last character leaves nothing to take.
     if (open == std::string_view::npos || open + 1 >= buffer.size()) return {};
     return buffer.substr(open + 1, buffer.size() - open - 2);
 }
 
-int CountParameters(std::string_view parameterText) {
+int countParameters(std::string_view parameterText) {
     if (parameterText.empty()) return 0;
     int commas = 0;
     for (char c : parameterText)
@@ -67,7 +67,7 @@ int CountParameters(std::string_view parameterText) {
     return commas + 1;
 }
 
-std::vector<std::string_view> SplitParameters(std::string_view parameterText) {
+std::vector<std::string_view> splitParameters(std::string_view parameterText) {
     std::vector<std::string_view> pieces;
     if (parameterText.empty()) return pieces;
     size_t start = 0;
@@ -82,7 +82,7 @@ std::vector<std::string_view> SplitParameters(std::string_view parameterText) {
     }
 }
 
-bool IsHexText(std::string_view text) { return text.size() >= 2 && text[0] == '0' && text[1] == 'x'; }
+bool isHexText(std::string_view text) { return text.size() >= 2 && text[0] == '0' && text[1] == 'x'; }
 
 std::string lowerAscii(std::string_view text) {
     std::string out(text);

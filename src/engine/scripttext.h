@@ -10,19 +10,19 @@ namespace tarvoke::engine {
 
 // Drops tabs and comments ("#" to the next "#", quotes or not), and outside
 // double quotes drops blanks and lower-cases ASCII letters.
-std::string StripSource(std::string_view text);
+std::string stripSource(std::string_view text);
 // Drops every CR and LF, inside quotes as well.
-std::string RemoveLineBreaks(std::string_view text);
+std::string removeLineBreaks(std::string_view text);
 
 // The parts of one statement buffer such as "name(a,b)".
-std::string_view GetCommandName(std::string_view buffer);
+std::string_view getCommandName(std::string_view buffer);
 // From behind the first "(" to the last character, that one excluded.
-std::string_view GetParameterText(std::string_view buffer);
+std::string_view getParameterText(std::string_view buffer);
 // 0 for an empty text, else one more than the commas (quoted ones too).
-int CountParameters(std::string_view parameterText);
+int countParameters(std::string_view parameterText);
 // Splits at every comma.
-std::vector<std::string_view> SplitParameters(std::string_view parameterText);
-// Hands each piece SplitParameters gives to `take`, in order, without a vector.
+std::vector<std::string_view> splitParameters(std::string_view parameterText);
+// Hands each piece splitParameters gives to `take`, in order, without a vector.
 template <typename Take>
 void forEachParameter(std::string_view parameterText, Take&& take) {
     if (parameterText.empty()) return;
@@ -34,7 +34,7 @@ void forEachParameter(std::string_view parameterText, Take&& take) {
     }
 }
 
-bool IsHexText(std::string_view text);
+bool isHexText(std::string_view text);
 inline char lowerAscii(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c + 32) : c; }
 std::string lowerAscii(std::string_view text);
 

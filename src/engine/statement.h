@@ -8,7 +8,7 @@
 
 namespace tarvoke::engine {
 
-// sParameter1 .. sParameter8 at [0] .. [7]. A recording holds hundreds of
+// The eight parameter slots at [0] .. [7]. A recording holds hundreds of
 // thousands of statements with one or two parameters each, so only the
 // parameters a statement has are stored, in the engine's parameter store; a
 // slot beyond them reads as empty, and what is written there is dropped.
@@ -34,12 +34,12 @@ private:
 };
 
 struct Statement {
-    int32_t functionID = -1;
+    int32_t number = -1;  // the command's, -1 for a name in no row
     // Found once at load, with the same result as counting at run time:
     // the line an if/else/while skip stops at, the while an endwhile goes
     // back to, the function a call enters; kEndsRun where the skip runs off.
     int32_t jump = 0;
-    Parameters sParameter;
+    Parameters parameters;
 };
 
 }  // namespace tarvoke::engine

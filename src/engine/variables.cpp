@@ -6,7 +6,6 @@
 #include "engine/numeric.h"
 #include "engine/sc.h"
 #include "engine/scripttext.h"
-#include "host/session.h"
 
 namespace tarvoke::engine {
 namespace {
@@ -52,38 +51,38 @@ bool compare(Operator op, const T& a, const T& b) {
 }
 
 struct Operand {
-    int32_t type = kText;
+    ValueKind type = ValueKind::Text;
     std::string text;
     int32_t lng = 0;
     double dbl = 0;
 
     std::string asText() const {
-        if (type == kLong) return std::to_string(lng);
-        if (type == kDouble) return doubleToText(dbl);
+        if (type == ValueKind::Long) return std::to_string(lng);
+        if (type == ValueKind::Double) return doubleToText(dbl);
         return text;
     }
-    double asDouble() const { return type == kLong ? lng : dbl; }
+    double asDouble() const { return type == ValueKind::Long ? lng : dbl; }
 };
 
 // Takes the text out of the slot rather than copying it: a side of a
 // condition may be a text of hundreds of megabytes. (The slot's text is read
 // only while its tag says text, so nothing sees it go.)
 Operand takeOperand(ValueSlot& slot) {
-    Operand operand{slot.lngValueType, {}, slot.lngValue, slot.dblValue};
-    if (slot.lngValueType == kText) operand.text = std::move(slot.sValue);
+    Operand operand{slot.kind, {}, slot.integer, slot.real};
+    if (slot.kind == ValueKind::Text) operand.text = std::move(slot.text);
     return operand;
 }
 
 std::string slotText(const ValueSlot& slot) {
-    if (slot.lngValueType == kLong) return std::to_string(slot.lngValue);
-    if (slot.lngValueType == kDouble) return doubleToText(slot.dblValue);
-    return slot.sValue;
+    if (slot.kind == ValueKind::Long) return std::to_string(slot.integer);
+    if (slot.kind == ValueKind::Double) return doubleToText(slot.real);
+    return slot.text;
 }
 
 }  // namespace
 
 bool SC::stopPending() {
-    if (!m_stepStopped && m_session.stopPending()) m_stepStopped = true;
+    if (!m_stepStopped && m_environment.stopPending()) m_stepStopped = true;
     return m_stepStopped;
 }
 
@@ -113,16 +112,14 @@ bool SC::copyText(std::string& to, const std::string& from) {
 bool SC::fitsTexts(size_t newSize) const {
     // The value in hand counts by what it holds on to, which a short value
     // after a long one does not give back.
-    const size_t held = m_textBytes + m_value.sValue.capacity();
+    const size_t held = m_textBytes + m_value.text.capacity();
     return newSize <= m_maxTextBytes && newSize <= m_maxTextMemory && held <= m_maxTextMemory - newSize;
 }
 
 bool SC::readLastPosition(const std::string& name, int32_t& value) const {
-    if (name.size() != 2 || name[0] != 'l') return false;
-    if (name[1] == 'x' || name[1] == 'y') m_session.settleLastClick();
-    if (name[1] == 'x') value = m_session.intLastX;
-    else if (name[1] == 'y') value = m_session.intLastY;
-    else return false;
+    if (name.size() != 2 || name[0] != 'l' || (name[1] != 'x' && name[1] != 'y')) return false;
+    const LastPoint last = m_environment.lastPoint();
+    value = name[1] == 'x' ? last.x : last.y;
     return true;
 }
 
@@ -131,7 +128,7 @@ SC::NameSlots SC::slotsOf(const std::string& name) const {
     return found == m_names.end() ? NameSlots{} : found->second;
 }
 
-void SC::GetVariable(std::string& sVariableName) { resolve(sVariableName); }
+void SC::getVariable(std::string& name) { resolve(name); }
 
 // Fills the value slot from a parameter; false where the step fails (a
 // number beyond 32 bits, a lone double quote). A quoted text loses its
@@ -139,57 +136,56 @@ void SC::GetVariable(std::string& sVariableName) { resolve(sVariableName); }
 bool SC::resolve(std::string& name) {
     int32_t position = 0;
     if (readLastPosition(name, position)) {
-        m_value.lngValueType = kLong;
-        m_value.lngValue = position;
+        m_value.kind = ValueKind::Long;
+        m_value.integer = position;
         return true;
     }
     const NameSlots slots = slotsOf(name);
     if (slots.text >= 0) {
-        m_value.lngValueType = kText;
-        if (!copyText(m_value.sValue, m_stringVariables[slots.text].value)) m_value.sValue.clear();
+        m_value.kind = ValueKind::Text;
+        if (!copyText(m_value.text, m_stringVariables[slots.text].value)) m_value.text.clear();
         return true;
     }
     if (slots.lng >= 0) {
-        m_value.lngValueType = kLong;
-        m_value.lngValue = m_longVariables[slots.lng].value;
+        m_value.kind = ValueKind::Long;
+        m_value.integer = m_longVariables[slots.lng].value;
         return true;
     }
     if (slots.dbl >= 0) {
-        m_value.lngValueType = kDouble;
-        m_value.dblValue = m_doubleVariables[slots.dbl].value;
+        m_value.kind = ValueKind::Double;
+        m_value.real = m_doubleVariables[slots.dbl].value;
         return true;
     }
     if (isNumericText(name)) {
         if (isDoubleText(name)) {
-            m_value.lngValueType = kDouble;
-            m_value.dblValue = readNumericPrefix(name);
+            m_value.kind = ValueKind::Double;
+            m_value.real = readNumericPrefix(name);
             return true;
         }
-        m_value.lngValueType = kLong;  // the long keeps its old value when the text does not fit
+        m_value.kind = ValueKind::Long;  // the long keeps its old value when the text does not fit
         const auto value = textToLong(name);
         if (!value) return false;
-        m_value.lngValue = *value;
+        m_value.integer = *value;
         return true;
     }
-    m_value.lngValueType = kText;
+    m_value.kind = ValueKind::Text;
     if (!name.empty() && name[0] == '"') {
         if (name.size() < 2) {
-            m_value.sValue.clear();
+            m_value.text.clear();
             return false;
         }
         name = name.substr(1, name.size() - 2);
     }
-    if (IsHexText(name)) {
+    if (isHexText(name)) {
         std::string digits = name.substr(2);
-        m_value.sValue = HextoAsciiNS(digits);
+        m_value.text = hexToAscii(digits);
     } else {
-        m_value.sValue = name;
+        m_value.text = name;
     }
     return true;
 }
 
-std::string SC::GetVariableAsString(const std::string& sVariableName) const {
-    const std::string& name = sVariableName;
+std::string SC::getVariableAsString(const std::string& name) const {
     if (!name.empty() && name[0] == '"') return name.size() < 2 ? std::string() : name.substr(1, name.size() - 2);
     int32_t position = 0;
     if (readLastPosition(name, position)) return std::to_string(position);
@@ -201,19 +197,19 @@ std::string SC::GetVariableAsString(const std::string& sVariableName) const {
     return name;
 }
 
-bool SC::IsExistingVariable(const std::string& sVariableName) const {
-    const NameSlots slots = slotsOf(sVariableName);
+bool SC::isExistingVariable(const std::string& name) const {
+    const NameSlots slots = slotsOf(name);
     return slots.text >= 0 || slots.lng >= 0 || slots.dbl >= 0;
 }
 
-int32_t SC::appendVariable(const std::string& name, int32_t type) {
+int32_t SC::appendVariable(const std::string& name, ValueKind type) {
     NameSlots& slots = m_names[name];
-    if (type == kText) {
+    if (type == ValueKind::Text) {
         slots.text = static_cast<int32_t>(m_stringVariables.size());
         m_stringVariables.push_back({name, {}});
         return slots.text;
     }
-    if (type == kLong) {
+    if (type == ValueKind::Long) {
         slots.lng = static_cast<int32_t>(m_longVariables.size());
         m_longVariables.push_back({name, 0});
         return slots.lng;
@@ -223,34 +219,33 @@ int32_t SC::appendVariable(const std::string& name, int32_t type) {
     return slots.dbl;
 }
 
-void SC::AddSetVariable(const std::string& sVariableName, int32_t sVariableType, int32_t FUNCTION_ID) {
-    if (sVariableType != kText && sVariableType != kLong && sVariableType != kDouble) return;
+void SC::addSetVariable(const std::string& name, ValueKind kind, Operation operation) {
+    if (kind != ValueKind::Text && kind != ValueKind::Long && kind != ValueKind::Double) return;
     if (m_stepStopped) return;
-    const NameSlots slots = slotsOf(sVariableName);
-    int32_t index = sVariableType == kText ? slots.text : sVariableType == kLong ? slots.lng : slots.dbl;
-    int32_t operation = FUNCTION_ID;
+    const NameSlots slots = slotsOf(name);
+    int32_t index = kind == ValueKind::Text ? slots.text : kind == ValueKind::Long ? slots.lng : slots.dbl;
     if (index < 0) {
         // A new variable takes the value as a set would, whatever the command.
-        index = appendVariable(sVariableName, sVariableType);
-        operation = 11;
+        index = appendVariable(name, kind);
+        operation = Operation::Set;
     }
-    if (sVariableType == kText) {
+    if (kind == ValueKind::Text) {
         std::string& value = m_stringVariables[index].value;
         const size_t before = value.size();
         applyToText(value, operation);
         m_textBytes = m_textBytes - before + value.size();
     }
-    else if (sVariableType == kLong) applyToLong(m_longVariables[index].value, operation);
+    else if (kind == ValueKind::Long) applyToLong(m_longVariables[index].value, operation);
     else applyToDouble(m_doubleVariables[index].value, operation);
 }
 
 // A text that would outgrow the longest text the language holds, or the
 // memory all texts may hold together, is a failed step: the variable stays
 // as it was. So does a step that a stop cut short.
-void SC::applyToText(std::string& value, int32_t FUNCTION_ID) {
-    const bool textOperand = m_value.lngValueType == kText;
+void SC::applyToText(std::string& value, Operation operation) {
+    const bool textOperand = m_value.kind == ValueKind::Text;
     const std::string number = textOperand ? std::string() : slotText(m_value);
-    const std::string& operand = textOperand ? m_value.sValue : number;
+    const std::string& operand = textOperand ? m_value.text : number;
     // value followed by count times piece, built aside so that a failure
     // leaves value untouched.
     const auto build = [&](std::string_view head, std::string_view piece, size_t count) {
@@ -265,19 +260,19 @@ void SC::applyToText(std::string& value, int32_t FUNCTION_ID) {
             if (!appendText(result, piece)) return;
         value = std::move(result);
     };
-    switch (FUNCTION_ID) {
-    case 11: build({}, operand, 1); break;
-    case 12: build(value, operand, 1); break;
-    case 13:
-    case 14:
+    switch (operation) {
+    case Operation::Set: build({}, operand, 1); break;
+    case Operation::Add: build(value, operand, 1); break;
+    case Operation::Subtract:
+    case Operation::Divide:
         if (auto removed = replaceText(value, operand, {})) value = std::move(*removed);
         break;
-    case 15: {
+    case Operation::Multiply: {
         if (textOperand) {
             build(value, operand, 1);
             break;
         }
-        const auto times = m_value.lngValueType == kLong ? roundToInt16(m_value.lngValue) : roundToInt16(m_value.dblValue);
+        const auto times = m_value.kind == ValueKind::Long ? roundToInt16(m_value.integer) : roundToInt16(m_value.real);
         if (!times) return;
         if (*times > 1) build({}, value, static_cast<size_t>(*times));
         else if (*times == 1) break;
@@ -322,40 +317,42 @@ std::optional<std::string> SC::replaceText(const std::string& text, const std::s
     return out;
 }
 
-void SC::applyToLong(int32_t& value, int32_t FUNCTION_ID) {
-    const int32_t type = m_value.lngValueType;
-    if (FUNCTION_ID == 16 && type == kText) return;
-    const std::optional<int32_t> operand = type == kLong     ? std::optional<int32_t>(m_value.lngValue)
-                                           : type == kDouble ? doubleToLong(m_value.dblValue)
-                                                             : textToLong(m_value.sValue);
+void SC::applyToLong(int32_t& value, Operation operation) {
+    const ValueKind type = m_value.kind;
+    if (operation == Operation::Power && type == ValueKind::Text) return;
+    const std::optional<int32_t> operand = type == ValueKind::Long     ? std::optional<int32_t>(m_value.integer)
+                                           : type == ValueKind::Double ? doubleToLong(m_value.real)
+                                                             : textToLong(m_value.text);
     if (!operand) return;
     const int64_t a = value, b = *operand;
     std::optional<int32_t> result;
-    switch (FUNCTION_ID) {
-    case 11: result = *operand; break;
-    case 12: result = roundToInt32(static_cast<double>(a + b)); break;
-    case 13: result = roundToInt32(static_cast<double>(a - b)); break;
-    case 14: if (b != 0) result = roundToInt32(static_cast<double>(a) / static_cast<double>(b)); break;
-    case 15: result = roundToInt32(static_cast<double>(a * b)); break;
-    case 16: result = roundToInt32(std::pow(static_cast<double>(a), static_cast<double>(b))); break;
+    switch (operation) {
+    case Operation::Set: result = *operand; break;
+    case Operation::Add: result = roundToInt32(static_cast<double>(a + b)); break;
+    case Operation::Subtract: result = roundToInt32(static_cast<double>(a - b)); break;
+    case Operation::Divide: if (b != 0) result = roundToInt32(static_cast<double>(a) / static_cast<double>(b)); break;
+    case Operation::Multiply: result = roundToInt32(static_cast<double>(a * b)); break;
+    case Operation::Power: result = roundToInt32(std::pow(static_cast<double>(a), static_cast<double>(b))); break;
     default: break;
     }
     if (result) value = *result;  // a failed operation leaves the variable as it was
 }
 
-void SC::applyToDouble(double& value, int32_t FUNCTION_ID) {
-    const int32_t type = m_value.lngValueType;
-    if (FUNCTION_ID == 16 && type == kText) return;
-    const double operand = type == kDouble ? m_value.dblValue : type == kLong ? m_value.lngValue : readNumericPrefix(m_value.sValue);
+void SC::applyToDouble(double& value, Operation operation) {
+    const ValueKind type = m_value.kind;
+    if (operation == Operation::Power && type == ValueKind::Text) return;
+    const double operand = type == ValueKind::Double ? m_value.real
+                           : type == ValueKind::Long ? m_value.integer
+                                                     : readNumericPrefix(m_value.text);
     // Arithmetic stores its float result even where it overflows or divides
     // by zero; an undefined power leaves the variable alone.
-    switch (FUNCTION_ID) {
-    case 11: value = operand; break;
-    case 12: value += operand; break;
-    case 13: value -= operand; break;
-    case 14: value /= operand; break;
-    case 15: value *= operand; break;
-    case 16: {
+    switch (operation) {
+    case Operation::Set: value = operand; break;
+    case Operation::Add: value += operand; break;
+    case Operation::Subtract: value -= operand; break;
+    case Operation::Divide: value /= operand; break;
+    case Operation::Multiply: value *= operand; break;
+    case Operation::Power: {
         const double power = std::pow(value, operand);
         if (std::isfinite(power)) value = power;
         break;
@@ -364,11 +361,11 @@ void SC::applyToDouble(double& value, int32_t FUNCTION_ID) {
     }
 }
 
-bool SC::Evaluate(const std::string& inputParameters) {
-    const FoundOperator found = findOperator(inputParameters);
+bool SC::evaluate(const std::string& condition) {
+    const FoundOperator found = findOperator(condition);
     if (found.position == std::string::npos) return false;
-    std::string left = inputParameters.substr(0, found.position);
-    std::string right = inputParameters.substr(found.position + found.length);
+    std::string left = condition.substr(0, found.position);
+    std::string right = condition.substr(found.position + found.length);
     // A side that cannot be read (a number beyond 32 bits, a lone quote)
     // makes the condition false.
     if (!resolve(left)) return false;
@@ -377,12 +374,12 @@ bool SC::Evaluate(const std::string& inputParameters) {
     Operand b = takeOperand(m_value);
 
     bool result = false;
-    if (a.type == kText && b.type == kText) result = compare(found.op, a.text, b.text);
-    else if (a.type == kText || b.type == kText) result = compare(found.op, a.asText(), b.asText());
-    else if (a.type == kLong && b.type == kLong) result = compare(found.op, a.lng, b.lng);
+    if (a.type == ValueKind::Text && b.type == ValueKind::Text) result = compare(found.op, a.text, b.text);
+    else if (a.type == ValueKind::Text || b.type == ValueKind::Text) result = compare(found.op, a.asText(), b.asText());
+    else if (a.type == ValueKind::Long && b.type == ValueKind::Long) result = compare(found.op, a.lng, b.lng);
     else result = compare(found.op, a.asDouble(), b.asDouble());
     // The value in hand keeps the right side's text, as a look-up leaves it.
-    if (b.type == kText) m_value.sValue = std::move(b.text);
+    if (b.type == ValueKind::Text) m_value.text = std::move(b.text);
     return result;
 }
 

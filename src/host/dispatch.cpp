@@ -1,152 +1,136 @@
-// The dispatch of the host commands 100 to 157: one branch per number, each
-// resolving its parameters and handing them to the routine of its family.
-// A branch never reports anything; a step that fails leaves the command
-// without effect (see each routine).
+// The dispatch of the host commands: the row's shape decodes the parameters,
+// then the row's handler runs. The language's rule for a failed step lives
+// here once: a parameter that does not convert skips the command, except that
+// a test then answers true (its coordinates are converted in the same step
+// as the test) and a measure stores nothing.
 
 #include "host/dispatch.h"
 
-#include "engine/commands.h"
-#include "host/commandcontext.h"
+#include <string>
+
+#include "engine/numeric.h"
+#include "host/call.h"
 #include "host/mousekeys.h"
-#include "host/pauses.h"
-#include "host/screencommands.h"
-#include "host/windowcommands.h"
 #include "platform/input.h"
 
 namespace tarvoke::host {
 namespace {
 
-using engine::Command;
-using namespace platform;
+using engine::Answer;
+using engine::Param;
 
-void exButtonCommand(CommandContext& c, uint32_t message, uint32_t flag) {
-    const std::string x = c.text(1);
-    const std::string y = c.text(2);
-    exButton(c.session(), x, y, message, flag);
+#define TARVOKE_HANDLER_ENTRY(id, name, number, effect, handler, params) &handlers::handler,
+constexpr std::array<Handler, engine::rows::kHost.size()> kHandlers{TARVOKE_HOST_COMMANDS(TARVOKE_HANDLER_ENTRY)};
+#undef TARVOKE_HANDLER_ENTRY
+
+// The parameter's raw text, as the load left it.
+const std::string& rawText(const engine::SC& engine, int32_t line, int k) {
+    static const std::string kNone;
+    if (line < 1 || line > engine.statementCount()) return kNone;
+    return engine.statement(line).parameters[k];
 }
 
-void msgBox(CommandContext& c) {
-    // Flags 0 (OK, no icon) and the program's title, which start-up empties.
-    const std::string text = c.text(1);
-    c.platform().messages->show(0, "", text);
-}
-
-// Commands that only make input. Their input may wait in the platform's
-// buffer until the next command of another kind, or the event loop's next
-// turn, so that a burst of them leaves at once; any other command might be
-// slow (a file, a program's start) and sends it first.
-bool onlyMakesInput(Command command) {
-    switch (command) {
-    case Command::LeftDown:
-    case Command::LeftUp:
-    case Command::LeftClick:
-    case Command::RightDown:
-    case Command::RightUp:
-    case Command::RightClick:
-    case Command::MiddleDown:
-    case Command::MiddleUp:
-    case Command::MiddleClick:
-    case Command::LeftDownEx:
-    case Command::LeftUpEx:
-    case Command::RightDownEx:
-    case Command::RightUpEx:
-    case Command::MiddleDownEx:
-    case Command::MiddleUpEx:
-    case Command::MoveMouse:
-    case Command::KeyDown:
-    case Command::KeyUp:
-    case Command::SendKeys: return true;
-    default: return false;
+// False when the parameter does not convert.
+bool decode(Session& session, const engine::SC& engine, int32_t line, int k, Param param, Value& value) {
+    const std::string& raw = rawText(engine, line, k);
+    if (param == Param::Test || param == Param::Measure) return true;  // the engine reads the name itself
+    if (param == Param::OptionalText) {
+        value.present = !raw.empty();
+        if (value.present) value.text = engine.getVariableAsString(raw);
+        return true;
     }
+    value.text = engine.getVariableAsString(raw);
+    const std::string& text = value.text;
+    std::optional<int32_t> integer;
+    switch (param) {
+    case Param::Coordinate: integer = resolveCoordinate(session, text); break;
+    case Param::Byte: integer = engine::textToByte(text); break;
+    case Param::Int16: integer = engine::textToInt16(text); break;
+    case Param::Int32: integer = engine::textToInt32(text); break;
+    case Param::Number: value.number = engine::textToDouble(text).value_or(0.0); return true;
+    case Param::Image: value.slot = imageSlot(text); return true;
+    case Param::Range: value.slot = rangeSlot(text); return true;
+    default: return true;
+    }
+    if (!integer) return false;
+    value.integer = *integer;
+    return true;
 }
 
 }  // namespace
 
-void HostCommands::execute(engine::SC& engine, int32_t functionID, int32_t lngLine) {
-    CommandContext c(engine, lngLine);
-    Session& s = c.session();
-    const auto command = static_cast<Command>(functionID);
-    if (!onlyMakesInput(command)) c.platform().input->flush();
-    switch (command) {
-    case Command::MsgBox: msgBox(c); break;
-    case Command::Pause: pause(engine, lngLine); break;
-    case Command::PauseS: pauseUnits(engine, lngLine, PauseUnit::Seconds); break;
-    case Command::PauseM: pauseUnits(engine, lngLine, PauseUnit::Minutes); break;
-    case Command::PauseH: pauseUnits(engine, lngLine, PauseUnit::Hours); break;
-    case Command::SetPausePercent: setPausePercent(engine, c.text(1)); break;
-    case Command::IgnorePauses: ignorePauses(engine, c.text(1)); break;
-
-    case Command::LeftDown: plainButton(s, kLeftDown); break;
-    case Command::LeftUp: plainButton(s, kLeftUp); break;
-    case Command::LeftClick: plainButton(s, kLeftDown, kLeftUp); break;
-    case Command::RightDown: plainButton(s, kRightDown); break;
-    case Command::RightUp: plainButton(s, kRightUp); break;
-    case Command::RightClick: plainButton(s, kRightDown, kRightUp); break;
-    case Command::MiddleDown: plainButton(s, kMiddleDown); break;
-    case Command::MiddleUp: plainButton(s, kMiddleUp); break;
-    case Command::MiddleClick: plainButton(s, kMiddleDown, kMiddleUp); break;
-    case Command::LeftDownEx: exButtonCommand(c, 513, kLeftDown); break;
-    case Command::LeftUpEx: exButtonCommand(c, 514, kLeftUp); break;
-    case Command::RightDownEx: exButtonCommand(c, 516, kRightDown); break;
-    case Command::RightUpEx: exButtonCommand(c, 517, kRightUp); break;
-    case Command::MiddleDownEx: exButtonCommand(c, 519, kMiddleDown); break;
-    case Command::MiddleUpEx: exButtonCommand(c, 520, kMiddleUp); break;
-    case Command::MoveMouse: {
-        const std::string x = c.text(1);
-        const std::string y = c.text(2);
-        moveMouse(s, x, y);
-        break;
-    }
-    case Command::MoveMouseToCenterScreen: moveMouseToCenterScreen(s); break;
-    case Command::KeyDown: keyDown(s, c.text(1)); break;
-    case Command::KeyUp: keyUp(s, c.text(1)); break;
-    case Command::SendKeys: sendKeys(s, c.text(1)); break;
-
-    case Command::FindWindow: {
-        const auto windowClass = c.optionalText(1);
-        const auto title = c.optionalText(2);
-        findWindow(s, windowClass, title);
-        break;
-    }
-    case Command::FindWindowEx: findWindowEx(s, c.optionalText(1)); break;
-    case Command::DeselectWindow: deselectWindow(s); break;
-    case Command::Start: StartProgram(s, c.text(1)); break;
-    case Command::StartEx: {
-        const std::string file = c.text(1);
-        const std::string text = c.text(2);
-        const std::string state = c.text(3);
-        startEx(s, file, text, state);
-        break;
-    }
-
-    case Command::EnableRepeat: s.bRepeat = true; break;
-    case Command::DisableRepeat: s.bRepeat = false; break;
-    case Command::FirstFindMode: s.bFirstFind = true; break;
-    case Command::RandomFindMode: s.bFirstFind = false; break;
-    case Command::OrigionalPlayTime: break;  // read from the script text by Correct Time
-
-    case Command::LoadImage:
-    case Command::SaveImage:
-    case Command::CaptureScreen:
-    case Command::CreateColorRange:
-    case Command::MoveMouseToColorRange:
-    case Command::MoveMouseToColorRangeEx:
-    case Command::MoveMouseToColorRangeFromCenterScreen:
-    case Command::IsPixel:
-    case Command::IsPixelIn:
-    case Command::IsSaturation:
-    case Command::IsSaturationInArea:
-    case Command::IsSaturationEx:
-    case Command::IsSaturationInAreaEx:
-    case Command::GetSaturation:
-    case Command::GetSaturationIn:
-    case Command::IsImage:
-    case Command::IsImageEx:
-    case Command::IsImageInArea:
-    case Command::IsImageInAreaEx: runScreenCommand(engine, functionID, lngLine); break;
-
-    default: break;  // 129, 134 and numbers outside the table have no branch
-    }
+std::optional<int16_t> imageSlot(std::string_view name) {
+    static constexpr std::string_view kPrefix = "imagesave";
+    std::string rest;
+    size_t start = 0;
+    for (size_t hit; (hit = name.find(kPrefix, start)) != std::string_view::npos; start = hit + kPrefix.size())
+        rest.append(name.substr(start, hit - start));
+    rest.append(name.substr(start));
+    if (!engine::isNumericText(rest)) return std::nullopt;
+    return engine::textToInt16(rest);
 }
 
+std::optional<int16_t> rangeSlot(std::string_view name) {
+    if (name.size() < 11) return std::nullopt;
+    const char c = name[10];
+    if (c < '0' || c > '9') return std::nullopt;
+    return static_cast<int16_t>(c - '0');
+}
+
+void HostCommands::yield() { m_session.platform.clock->yield(); }
+
+void HostCommands::showMessage(uint32_t flags, const std::string& title, const std::string& text) {
+    m_session.platform.messages->show(flags, title, text);
+}
+
+engine::LastPoint HostCommands::lastPoint() {
+    m_session.settleLastClick();
+    return {m_session.lastX, m_session.lastY};
+}
+
+Answer HostCommands::runCommand(engine::SC& engine, const engine::HostRow& row, int32_t line) {
+    if (row.effect != engine::Effect::Input) m_session.platform.input->flush();
+    if (row.effect == engine::Effect::Finds) m_session.settleLastClick();
+    std::array<Value, 8> values;
+    for (int k = 0; k < row.shape.count; ++k) {
+        if (decode(m_session, engine, line, k, row.shape.params[k], values[k])) continue;
+        if (row.shape.params[0] == Param::Test) return Answer::test(true);
+        if (row.shape.params[0] == Param::Measure) return Answer::measure(std::nullopt);
+        return Answer::none();
+    }
+    Call call{m_session, engine, values};
+    return kHandlers[static_cast<size_t>(&row - engine::rows::kHost.data())](call);
+}
+
+namespace handlers {
+
+Answer msgBox(Call& call) {
+    // Flags 0 (OK, no icon) and the program's title, which start-up empties.
+    call.session.platform.messages->show(0, "", call.text(0));
+    return {};
+}
+
+Answer enableRepeat(Call& call) {
+    call.session.repeat = true;
+    return {};
+}
+
+Answer disableRepeat(Call& call) {
+    call.session.repeat = false;
+    return {};
+}
+
+Answer firstFindMode(Call& call) {
+    call.session.firstFind = true;
+    return {};
+}
+
+Answer randomFindMode(Call& call) {
+    call.session.firstFind = false;
+    return {};
+}
+
+Answer nothing(Call&) { return {}; }
+
+}  // namespace handlers
 }  // namespace tarvoke::host

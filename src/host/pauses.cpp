@@ -1,23 +1,44 @@
 #include "host/pauses.h"
 
 #include "engine/numeric.h"
-#include "host/commandcontext.h"
+#include "host/call.h"
 #include "host/timing.h"
 
 namespace tarvoke::host {
 namespace {
 
+using engine::Answer;
+
 // The guard of every pause: the unscaled value rounded to 32 bits must be
 // above 0, so Pause(0.4) waits nothing although its scaled length is not 0.
 bool passesGuard(const std::string& text) {
-    const auto value = engine::TextToInt32(text);
+    const auto value = engine::textToInt32(text);
     return value && *value > 0;
 }
 
 std::optional<int32_t> scaled(const Session& session, const std::string& text) {
-    const auto value = engine::TextToDouble(text);
+    const auto value = engine::textToDouble(text);
     if (!value) return std::nullopt;
-    return engine::roundToInt32(*value * session.dblPauseFactor);
+    return engine::roundToInt32(*value * session.pauseFactor);
+}
+
+enum class PauseUnit { Seconds, Minutes, Hours };
+
+// pauses, pausem, pauseh: whole units, each waited out while the run goes on.
+Answer pauseUnits(Call& call, PauseUnit unit) {
+    Session& session = call.session;
+    const std::string& text = call.text(0);
+    if (session.ignorePauses || !passesGuard(text)) return {};
+    const auto n = scaled(session, text);
+    if (!n) return {};
+    engine::SC& engine = call.engine;
+    const GoOn goOn = [&engine] { return engine.running(); };
+    switch (unit) {
+    case PauseUnit::Seconds: waitSeconds(session, *n, goOn); break;
+    case PauseUnit::Minutes: waitMinutes(session, *n, goOn); break;
+    case PauseUnit::Hours: waitHours(session, *n, goOn); break;
+    }
+    return {};
 }
 
 }  // namespace
@@ -33,52 +54,50 @@ void forEachPausePiece(int32_t ms, const std::function<bool(int32_t)>& wait) {
     }
 }
 
-void pause(engine::SC& engine, int32_t lngLine) {
-    Session& session = engine.session();
-    if (session.bIgnorePauses) return;
-    const std::string text = CommandContext(engine, lngLine).text(1);
-    if (!passesGuard(text)) return;
+namespace handlers {
+
+// Milliseconds. A stopped run waits out no more pieces; the piece in hand
+// was cut short.
+Answer pause(Call& call) {
+    Session& session = call.session;
+    const std::string& text = call.text(0);
+    if (session.ignorePauses || !passesGuard(text)) return {};
     const int32_t ms = scaled(session, text).value_or(0);
-    // A stopped run waits out no more pieces; the piece in hand was cut short.
+    engine::SC& engine = call.engine;
     forEachPausePiece(ms, [&](int32_t piece) {
-        WaitMilliseconds(session, piece);
+        waitMilliseconds(session, piece);
         return engine.running();
     });
+    return {};
 }
 
-void pauseUnits(engine::SC& engine, int32_t lngLine, PauseUnit unit) {
-    Session& session = engine.session();
-    if (session.bIgnorePauses) return;
-    const std::string text = CommandContext(engine, lngLine).text(1);
-    if (!passesGuard(text)) return;
-    const auto n = scaled(session, text);
-    if (!n) return;
-    const GoOn goOn = [&engine] { return engine.running(); };
-    switch (unit) {
-    case PauseUnit::Seconds: WaitSeconds(session, *n, goOn); break;
-    case PauseUnit::Minutes: WaitMinutes(session, *n, goOn); break;
-    case PauseUnit::Hours: WaitHours(session, *n, goOn); break;
-    }
-}
+Answer pauseSeconds(Call& call) { return pauseUnits(call, PauseUnit::Seconds); }
+Answer pauseMinutes(Call& call) { return pauseUnits(call, PauseUnit::Minutes); }
+Answer pauseHours(Call& call) { return pauseUnits(call, PauseUnit::Hours); }
 
-void setPausePercent(engine::SC& engine, const std::string& percent) {
-    Session& session = engine.session();
+Answer setPausePercent(Call& call) {
+    Session& session = call.session;
+    const std::string& percent = call.text(0);
     // The player's --percent holds the factor for the whole run.
-    if (session.fixedPauseFactor) return;
-    switch (engine.executeType()) {
-    case 0:
-        if (const auto value = engine::TextToDouble(percent); value && engine::isNumericText(percent))
-            session.dblPauseFactor = *value / 100.0;
+    if (session.fixedPauseFactor) return {};
+    switch (call.engine.executeType()) {
+    case engine::ExecuteType::Play:
+        if (const auto value = engine::textToDouble(percent); value && engine::isNumericText(percent))
+            session.pauseFactor = *value / 100.0;
         break;
-    case 1: session.sPausePercent = percent; break;
-    case 2:
-        session.sPausePercent = percent;
+    case engine::ExecuteType::CorrectTime: session.pausePercent = percent; break;
+    case engine::ExecuteType::WhiteDebug:
+        session.pausePercent = percent;
         if (session.onWhiteDebugPercent) session.onWhiteDebugPercent();
         break;
-    default: break;
     }
+    return {};
 }
 
-void ignorePauses(engine::SC& engine, const std::string& word) { engine.session().bIgnorePauses = word == "true"; }
+Answer ignorePauses(Call& call) {
+    call.session.ignorePauses = call.text(0) == "true";
+    return {};
+}
 
+}  // namespace handlers
 }  // namespace tarvoke::host

@@ -6,15 +6,15 @@ namespace tarvoke::host {
 
 void Session::settleLastClick() {
     if (!pendingClickPoint) return;
-    ptCursor = pendingClickPoint->get();
+    cursor = pendingClickPoint->get();
     pendingClickPoint.reset();
     // A position beyond 16 bits ends the step before "lx" and "ly" change.
-    const auto x = engine::roundToInt16(ptCursor.x);
+    const auto x = engine::roundToInt16(cursor.x);
     if (!x) return;
-    intLastX = *x;
-    const auto y = engine::roundToInt16(ptCursor.y);
+    lastX = *x;
+    const auto y = engine::roundToInt16(cursor.y);
     if (!y) return;
-    intLastY = *y;
+    lastY = *y;
 }
 
 }  // namespace tarvoke::host

@@ -1,7 +1,7 @@
 #pragma once
 // The state of the host commands that outlives a load and a run, held in one
 // object handed to the engine and the commands (no globals, so tests stay
-// apart). Names follow the script language's own.
+// apart).
 
 #include <cstdint>
 #include <functional>
@@ -18,21 +18,21 @@ namespace tarvoke::host {
 struct Session {
     platform::Platform platform;
 
-    platform::WindowId hTargetWindow = 0;
-    double dblPauseFactor = 1.0;
-    std::string sPausePercent;
-    bool bIgnorePauses = false;
-    bool bRepeat = true;
-    bool bFirstFind = true;
-    int16_t intLastX = 0;
-    int16_t intLastY = 0;
-    platform::Point ptCursor;
+    platform::WindowId targetWindow = 0;
+    double pauseFactor = 1.0;
+    std::string pausePercent;
+    bool ignorePauses = false;
+    bool repeat = true;
+    bool firstFind = true;
+    int16_t lastX = 0;
+    int16_t lastY = 0;
+    platform::Point cursor;
     // A plain click notes where the cursor was for "lx" and "ly" without
     // waiting for the display's answer. Whoever reads or writes the two
     // settles it first.
     std::unique_ptr<platform::PendingPoint> pendingClickPoint;
     void settleLastClick();
-    std::string sScriptFolder;
+    std::string scriptFolder;
 
     // Set by the player's --percent: the pause factor is fixed and
     // SetPausePercent statements are passed over.

@@ -16,23 +16,23 @@ int32_t elapsedSince(Session& session, int64_t start) {
 
 }  // namespace
 
-void WaitMilliseconds(Session& session, int32_t ms) { session.platform.clock->wait(std::max(ms, 0)); }
+void waitMilliseconds(Session& session, int32_t ms) { session.platform.clock->wait(std::max(ms, 0)); }
 
-void WaitSeconds(Session& session, int32_t n, const GoOn& goOn) {
-    for (int32_t i = 0; i < n && goingOn(goOn); ++i) WaitMilliseconds(session, 1000);
+void waitSeconds(Session& session, int32_t n, const GoOn& goOn) {
+    for (int32_t i = 0; i < n && goingOn(goOn); ++i) waitMilliseconds(session, 1000);
 }
 
-void WaitMinutes(Session& session, int32_t n, const GoOn& goOn) {
-    for (int32_t i = 0; i < n && goingOn(goOn); ++i) WaitSeconds(session, 60, goOn);
+void waitMinutes(Session& session, int32_t n, const GoOn& goOn) {
+    for (int32_t i = 0; i < n && goingOn(goOn); ++i) waitSeconds(session, 60, goOn);
 }
 
-void WaitHours(Session& session, int32_t n, const GoOn& goOn) {
-    for (int32_t i = 0; i < n && goingOn(goOn); ++i) WaitMinutes(session, 60, goOn);
+void waitHours(Session& session, int32_t n, const GoOn& goOn) {
+    for (int32_t i = 0; i < n && goingOn(goOn); ++i) waitMinutes(session, 60, goOn);
 }
 
-void StartEventClock(Session& session) { session.eventClockStart = session.platform.clock->monotonicMs(); }
-int32_t ReadEventClock(Session& session) { return elapsedSince(session, session.eventClockStart); }
-void StartRunClock(Session& session) { session.runClockStart = session.platform.clock->monotonicMs(); }
-int32_t ReadRunClock(Session& session) { return elapsedSince(session, session.runClockStart); }
+void startEventClock(Session& session) { session.eventClockStart = session.platform.clock->monotonicMs(); }
+int32_t readEventClock(Session& session) { return elapsedSince(session, session.eventClockStart); }
+void startRunClock(Session& session) { session.runClockStart = session.platform.clock->monotonicMs(); }
+int32_t readRunClock(Session& session) { return elapsedSince(session, session.runClockStart); }
 
 }  // namespace tarvoke::host

@@ -1,6 +1,6 @@
 #pragma once
 // The one wait of the program and the two stopwatches. Every pause, and the
-// windows' short waits, rest on WaitMilliseconds.
+// windows' short waits, rest on waitMilliseconds.
 
 #include <cstdint>
 #include <functional>
@@ -10,20 +10,20 @@
 namespace tarvoke::host {
 
 // Waits ms milliseconds while handling events; 0 or less yields once.
-void WaitMilliseconds(Session& session, int32_t ms);
+void waitMilliseconds(Session& session, int32_t ms);
 
 // n waits of a second (of 60 seconds, of 60 minutes); nothing when n is below
 // 1. goOn is asked before each second: a stopped run waits out no more.
 using GoOn = std::function<bool()>;
-void WaitSeconds(Session& session, int32_t n, const GoOn& goOn = {});
-void WaitMinutes(Session& session, int32_t n, const GoOn& goOn = {});
-void WaitHours(Session& session, int32_t n, const GoOn& goOn = {});
+void waitSeconds(Session& session, int32_t n, const GoOn& goOn = {});
+void waitMinutes(Session& session, int32_t n, const GoOn& goOn = {});
+void waitHours(Session& session, int32_t n, const GoOn& goOn = {});
 
 // The first stopwatch: the recorder's time between events.
-void StartEventClock(Session& session);
-int32_t ReadEventClock(Session& session);
+void startEventClock(Session& session);
+int32_t readEventClock(Session& session);
 // The second stopwatch: Correct Time, White Debug mode, the recording time.
-void StartRunClock(Session& session);
-int32_t ReadRunClock(Session& session);
+void startRunClock(Session& session);
+int32_t readRunClock(Session& session);
 
 }  // namespace tarvoke::host

@@ -1,37 +1,61 @@
-#include "host/windowcommands.h"
+// Window and program commands: choosing the target window by class and title,
+// and starting files and programs.
+
+#include "host/call.h"
 
 namespace tarvoke::host {
 namespace {
 
-constexpr int32_t kShowNormal = 1;
-constexpr int32_t kShowMinimized = 2;
-constexpr int32_t kShowMaximized = 3;
+using engine::Answer;
+
+enum ShowState : int32_t { kShowNormal = 1, kShowMinimized = 2, kShowMaximized = 3 };
+
+// Opens a file or program with the verb "Open"; text reaches the program as
+// its arguments. With no file there is nothing to open.
+void startProgram(Session& session, const std::string& file, const std::string& text, ShowState show) {
+    if (file.empty()) return;
+    session.platform.programs->shellExecute("Open", file, text, show);
+}
 
 }  // namespace
 
-void findWindow(Session& session, const std::optional<std::string>& windowClass,
-                const std::optional<std::string>& title) {
-    session.hTargetWindow = session.platform.windows->findWindow(windowClass, title);
+namespace handlers {
+
+// The target becomes the first top-level window of that class and title
+// (an absent text matches anything), or 0: a failed choice means no target.
+Answer findWindow(Call& call) {
+    call.session.targetWindow = call.session.platform.windows->findWindow(call.optionalText(0), call.optionalText(1));
+    return {};
 }
 
-void findWindowEx(Session& session, const std::optional<std::string>& windowClass) {
-    session.hTargetWindow = session.platform.windows->findWindowEx(session.hTargetWindow, 0, windowClass, std::nullopt);
+// The target becomes its first child of that class, whatever the title; with
+// no target the top-level windows are searched.
+Answer findWindowEx(Call& call) {
+    Session& session = call.session;
+    session.targetWindow =
+        session.platform.windows->findWindowEx(session.targetWindow, 0, call.optionalText(0), std::nullopt);
+    return {};
 }
 
-void deselectWindow(Session& session) { session.hTargetWindow = 0; }
-
-void StartProgram(Session& session, const std::string& sFile) { StartProgramEx(session, sFile, {}, kShowNormal); }
-
-void StartProgramEx(Session& session, const std::string& sFile, const std::string& sText, int32_t lngShow) {
-    // With no file there is nothing to open.
-    if (sFile.empty()) return;
-    session.platform.programs->shellExecute("Open", sFile, sText, lngShow);
+Answer deselectWindow(Call& call) {
+    call.session.targetWindow = 0;
+    return {};
 }
 
-void startEx(Session& session, const std::string& file, const std::string& text, const std::string& state) {
-    if (state == "normal") StartProgramEx(session, file, text, kShowNormal);
-    else if (state == "minimized") StartProgramEx(session, file, text, kShowMinimized);
-    else if (state == "maximized") StartProgramEx(session, file, text, kShowMaximized);
+Answer start(Call& call) {
+    startProgram(call.session, call.text(0), {}, kShowNormal);
+    return {};
 }
 
+// The state word decides the window state, exactly and case-sensitively; any
+// other word starts nothing.
+Answer startEx(Call& call) {
+    const std::string& state = call.text(2);
+    if (state == "normal") startProgram(call.session, call.text(0), call.text(1), kShowNormal);
+    else if (state == "minimized") startProgram(call.session, call.text(0), call.text(1), kShowMinimized);
+    else if (state == "maximized") startProgram(call.session, call.text(0), call.text(1), kShowMaximized);
+    return {};
+}
+
+}  // namespace handlers
 }  // namespace tarvoke::host

@@ -3,22 +3,22 @@
 namespace tarvoke::playback {
 
 void Playback::load(std::string scriptText) {
-    m_engine.SetExecuteType(0);
-    m_engine.Initialize(scriptText);
+    m_engine.setExecuteType(engine::ExecuteType::Play);
+    m_engine.initialize(scriptText);
 }
 
 void Playback::run(int count) {
     m_stopRequested = false;
     m_running = true;
     claimStopKey(true);
-    for (int i = 0; i < count && !m_stopRequested; ++i) m_engine.Execute();
+    for (int i = 0; i < count && !m_stopRequested; ++i) m_engine.execute();
     claimStopKey(false);
     m_running = false;
 }
 
 void Playback::stop() {
     m_stopRequested = true;
-    m_engine.StopExecution();
+    m_engine.stopExecution();
     if (m_session.platform.clock) m_session.platform.clock->cancelWaits();
 }
 
@@ -32,9 +32,9 @@ bool Playback::resumeIfPending() {
 
 void Playback::start(std::string& script, bool clearTargetWindow) {
     ++m_generation;
-    m_engine.SetExecuteType(0);
-    m_engine.Initialize(script);
-    if (clearTargetWindow) m_session.hTargetWindow = 0;
+    m_engine.setExecuteType(engine::ExecuteType::Play);
+    m_engine.initialize(script);
+    if (clearTargetWindow) m_session.targetWindow = 0;
     if (m_view) m_view->hideForRun();
     claimStopKey(true);
     if (m_view) m_view->setPlayTimer(true);
@@ -43,14 +43,14 @@ void Playback::start(std::string& script, bool clearTargetWindow) {
 void Playback::setPlayTarget(int32_t target) {
     m_playTarget = target;
     m_playCount = 0;
-    m_session.bRepeat = true;
+    m_session.repeat = true;
 }
 
 void Playback::tick() {
     if (m_inTick) return;
     m_inTick = true;
     const uint64_t generation = m_generation;
-    m_engine.Execute();
+    m_engine.execute();
     m_inTick = false;
     if (m_releaseDue) {
         m_releaseDue = false;
@@ -58,7 +58,7 @@ void Playback::tick() {
     }
     // A start inside the run has replaced it; the new run begins at the next tick.
     if (generation != m_generation) return;
-    if (!m_session.bRepeat) {
+    if (!m_session.repeat) {
         stopPlay();
     } else if (m_view && m_view->playXSelected()) {
         ++m_playCount;
@@ -92,7 +92,7 @@ void Playback::releaseHeld() {
 void Playback::pauseScript() {
     if (m_view) m_view->setPlayTimer(false);
     claimStopKey(false);
-    m_engine.PauseExecution();
+    m_engine.pauseExecution();
     if (m_session.platform.clock) m_session.platform.clock->cancelWaits();
     m_resumePending = true;
 }

@@ -33,15 +33,21 @@ int hotkeyIndex(uint8_t vk) {
     return -1;
 }
 
+using engine::Command;
+
 std::string pointText(platform::Point point) { return std::to_string(point.x) + "," + std::to_string(point.y); }
+
+// The start of a statement: the command's name as scripts write it and "(".
+std::string call(Command command) { return std::string(engine::scriptName(command)) + "("; }
 
 }  // namespace
 
 void removeLastCtrlDown(std::string& text) {
-    for (const char* press : {"KeyDown(163);\n", "KeyDown(162);\n"}) {
+    for (const char* vk : {"163", "162"}) {
+        const std::string press = call(Command::KeyDown) + vk + ");\n";
         const size_t found = text.rfind(press);
         if (found != std::string::npos) {
-            text.erase(found, std::char_traits<char>::length(press));
+            text.erase(found, press.size());
             return;
         }
     }
@@ -56,7 +62,7 @@ void Sampler::addLine(const std::string& line) {
         m_state.skipNextLine = false;
         return;
     }
-    m_state.script += "Pause(" + std::to_string(m_clocks.readEventClock()) + ");\n" + line + "\n";
+    m_state.script += call(Command::Pause) + std::to_string(m_clocks.readEventClock()) + ");\n" + line + "\n";
     m_clocks.startEventClock();
 }
 
@@ -64,9 +70,11 @@ void Sampler::addLine(const std::string& line) {
 // digits end a tick before the keys behind them are looked at.
 void Sampler::tick(std::optional<platform::Point> pointer) {
     m_pointer = pointer;
-    sampleButton(LeftButton, m_form.leftDown, "Left");
-    sampleButton(RightButton, m_form.rightDown, "Right");
-    sampleButton(MiddleButton, m_form.middleDown, "Middle");
+    sampleButton(LeftButton, m_form.leftDown, {Command::LeftDown, Command::LeftUp, Command::LeftDownEx, Command::LeftUpEx});
+    sampleButton(RightButton, m_form.rightDown,
+                 {Command::RightDown, Command::RightUp, Command::RightDownEx, Command::RightUpEx});
+    sampleButton(MiddleButton, m_form.middleDown,
+                 {Command::MiddleDown, Command::MiddleUp, Command::MiddleDownEx, Command::MiddleUpEx});
     if (m_state.mouseMoves) sampleMove();
     plainKey(Cancel);
     plainKeys(MiddleButton + 1, Ctrl - 1);
@@ -83,12 +91,12 @@ void Sampler::tick(std::optional<platform::Point> pointer) {
 
 platform::Point Sampler::cursor() { return m_pointer ? *m_pointer : m_input.cursorPos(); }
 
-void Sampler::sampleButton(uint8_t vk, bool& flag, const char* name) {
+void Sampler::sampleButton(uint8_t vk, bool& flag, const ButtonCommands& commands) {
     const bool down = m_keys.isDown(vk);
     if (down == flag) return;
     const platform::Point at = cursor();
-    const std::string change = std::string(name) + (down ? "Down" : "Up");
-    addLine(m_state.extendedClicks ? change + "Ex(" + pointText(at) + ");" : change + "();");
+    if (m_state.extendedClicks) addLine(call(down ? commands.downEx : commands.upEx) + pointText(at) + ");");
+    else addLine(call(down ? commands.down : commands.up) + ");");
     flag = down;
 }
 
@@ -96,7 +104,7 @@ void Sampler::sampleButton(uint8_t vk, bool& flag, const char* name) {
 void Sampler::sampleMove() {
     const platform::Point at = cursor();
     if (at.x == m_form.lastMove.x || at.y == m_form.lastMove.y) return;
-    addLine("MoveMouse(" + pointText(at) + ");");
+    addLine(call(Command::MoveMouse) + pointText(at) + ");");
     m_form.lastMove = at;
 }
 
@@ -104,7 +112,7 @@ void Sampler::plainKey(uint8_t vk) {
     const bool down = m_keys.isDown(vk);
     bool& open = m_state.keyOpen[vk];
     if (down == open) return;
-    addLine((down ? "KeyDown(" : "KeyUp(") + std::to_string(vk) + ");");
+    addLine(call(down ? Command::KeyDown : Command::KeyUp) + std::to_string(vk) + ");");
     open = down;
 }
 
@@ -187,9 +195,9 @@ void Sampler::sampleColour() {
     const std::string green = std::to_string(platform::greenOf(pixel));
     const std::string blue = std::to_string(platform::blueOf(pixel));
     const std::string bound = red + ", " + blue + ", " + green;
-    addLine("CaptureScreen(imagesave0);");
-    addLine("CreateColorRange(colorrange0, " + bound + ", " + bound + ");");
-    addLine("MoveMouseToColorRange(imagesave0, colorrange0);");
+    addLine(call(Command::CaptureScreen) + "imagesave0);");
+    addLine(call(Command::CreateColorRange) + "colorrange0, " + bound + ", " + bound + ");");
+    addLine(call(Command::MoveMouseToColorRange) + "imagesave0, colorrange0);");
     m_state.skipNextLine = true;
 }
 

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "engine/commands.h"
 #include "platform/input.h"
 #include "platform/keystate.h"
 #include "recorder/recorderstate.h"
@@ -35,7 +36,11 @@ public:
 
 private:
     platform::Point cursor();
-    void sampleButton(uint8_t vk, bool& flag, const char* name);
+    // The button's four commands: down, up, and the two with a position.
+    struct ButtonCommands {
+        engine::Command down, up, downEx, upEx;
+    };
+    void sampleButton(uint8_t vk, bool& flag, const ButtonCommands& commands);
     void sampleMove();
     void plainKey(uint8_t vk);
     void plainKeys(uint8_t first, uint8_t last);

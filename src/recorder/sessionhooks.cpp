@@ -11,7 +11,7 @@ SamplerHooks sessionHooks(host::Session& session) {
         return windowSelection(*session.platform.windows, *session.platform.input);
     };
     hooks.captureTemp = [&session] {
-        if (session.platform.screen) screen::CaptureScreen(session.imageTable, *session.platform.screen, "sstemp");
+        if (session.platform.screen) screen::captureTemp(session.imageTable, *session.platform.screen);
     };
     hooks.tempPixel = [&session](platform::Point point) {
         const platform::PixelGrid& capture = session.imageTable.tempCapture();

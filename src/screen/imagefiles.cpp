@@ -1,38 +1,40 @@
 #include "screen/imagefiles.h"
 
 #include <algorithm>
+#include <optional>
 
-#include "screen/imagename.h"
 
 namespace tarvoke::screen {
 
-void CaptureScreen(ImageStore& store, platform::ScreenCapture& screen, const std::string& sImage) {
-    const bool temp = sImage == "sstemp";
-    std::optional<int16_t> index;
-    if (!temp && !(index = imageIndex(sImage))) return;
+namespace {
+
+// slot empty: the private capture.
+void capture(ImageStore& store, platform::ScreenCapture& screen, std::optional<int16_t> slot) {
     store.clearWorkSurface();
-    ImageStore::GridPtr grid = temp ? store.tempCaptureToFill() : store.gridToFill(*index);
+    ImageStore::GridPtr grid = slot ? store.gridToFill(*slot) : store.tempCaptureToFill();
     if (!screen.capture(*grid) || grid->empty()) grid.reset();
-    if (temp) store.placeTempCapture(std::move(grid));
-    else store.place(*index, std::move(grid));
+    if (slot) store.place(*slot, std::move(grid));
+    else store.placeTempCapture(std::move(grid));
 }
 
-void LoadImage(ImageStore& store, platform::Pictures& pictures, const std::string& sImage, const std::string& sPath) {
-    const auto index = imageIndex(sImage);
-    if (!index) return;
+}  // namespace
+
+void captureScreen(ImageStore& store, platform::ScreenCapture& screen, int16_t slot) { capture(store, screen, slot); }
+
+void captureTemp(ImageStore& store, platform::ScreenCapture& screen) { capture(store, screen, std::nullopt); }
+
+void loadImage(ImageStore& store, platform::Pictures& pictures, int16_t slot, const std::string& path) {
     store.clearWorkSurface();
     auto grid = std::make_shared<platform::PixelGrid>();
-    if (!pictures.load(sPath, *grid) || grid->empty()) grid.reset();
-    store.place(*index, std::move(grid));
+    if (!pictures.load(path, *grid) || grid->empty()) grid.reset();
+    store.place(slot, std::move(grid));
 }
 
-void SaveImage(ImageStore& store, platform::Pictures& pictures, const std::string& sImage, const std::string& sPath) {
-    const auto index = imageIndex(sImage);
-    if (!index) return;
-    store.showOnWorkSurface(*index);
+void saveImage(ImageStore& store, platform::Pictures& pictures, int16_t slot, const std::string& path) {
+    store.showOnWorkSurface(slot);
     static const platform::PixelGrid kNothing;
     const platform::PixelGrid* surface = store.workSurface();
-    pictures.save(sPath, surface ? *surface : kNothing);
+    pictures.save(path, surface ? *surface : kNothing);
 }
 
 std::string slashPath(std::string path) {
@@ -40,10 +42,10 @@ std::string slashPath(std::string path) {
     return path;
 }
 
-std::string loadPath(const std::string& sScriptFolder, const std::string& path) {
+std::string loadPath(const std::string& scriptFolder, const std::string& path) {
     std::string relative = slashPath(path);
     if (!relative.empty() && relative[0] == '/') relative.erase(0, 1);
-    return sScriptFolder + relative;
+    return scriptFolder + relative;
 }
 
 }  // namespace tarvoke::screen

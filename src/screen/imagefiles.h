@@ -10,21 +10,22 @@
 
 namespace tarvoke::screen {
 
-// "sstemp" captures into the recorder's private capture; any other text
-// must be an image name. An index outside the store still captures, and
-// the picture is dropped. A capture that fails leaves the slot empty.
-void CaptureScreen(ImageStore& store, platform::ScreenCapture& screen, const std::string& sImage);
+// An index outside the store still captures, and the picture is dropped. A
+// capture that fails leaves the slot empty.
+void captureScreen(ImageStore& store, platform::ScreenCapture& screen, int16_t slot);
+// The same into the recorder's private capture ("sstemp").
+void captureTemp(ImageStore& store, platform::ScreenCapture& screen);
 
-// sPath is the full path already. A file that cannot be read empties the slot.
-void LoadImage(ImageStore& store, platform::Pictures& pictures, const std::string& sImage, const std::string& sPath);
+// path is the full path already. A file that cannot be read empties the slot.
+void loadImage(ImageStore& store, platform::Pictures& pictures, int16_t slot, const std::string& path);
 
 // Writes the slot, or, when the slot is empty or no slot, the last picture
 // that passed through the work surface.
-void SaveImage(ImageStore& store, platform::Pictures& pictures, const std::string& sImage, const std::string& sPath);
+void saveImage(ImageStore& store, platform::Pictures& pictures, int16_t slot, const std::string& path);
 
 // Scripts write paths with "\" or "/"; both are "/" here.
 std::string slashPath(std::string path);
 // The path loadimage reads: one leading separator removed, glued to the script folder.
-std::string loadPath(const std::string& sScriptFolder, const std::string& path);
+std::string loadPath(const std::string& scriptFolder, const std::string& path);
 
 }  // namespace tarvoke::screen

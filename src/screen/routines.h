@@ -1,12 +1,12 @@
 #pragma once
-// The screen routines the image and colour commands call, on texts as the
-// commands resolve them. None reports a failure: a text that is no image
-// name makes a test false and a search do nothing.
+// The screen routines the image and colour commands call, on image slots and
+// colour ranges as the commands decode them (an image slot that could not be
+// named is empty). None reports a failure: an image that is not there makes
+// a test false and a search do nothing.
 
 #include <array>
 #include <cstdint>
 #include <optional>
-#include <string>
 
 #include "screen/area.h"
 #include "screen/colorrange.h"
@@ -14,6 +14,8 @@
 #include "screen/imagestore.h"
 
 namespace tarvoke::screen {
+
+using Slot = std::optional<int16_t>;
 
 // Where scripts read the last find, as "lx" and "ly".
 struct LastPosition {
@@ -24,26 +26,25 @@ struct LastPosition {
 };
 
 // values: red, blue, green of the minimum, then of the maximum.
-void CreateColorRange(ColorRanges& ranges, const std::string& range, const std::array<int16_t, 6>& values);
+void createColorRange(ColorRanges& ranges, int range, const std::array<int16_t, 6>& values);
 
 // The first pixel of the range in reading order, over the whole image or
 // within area. The caller notes it and moves the cursor there.
-std::optional<Position> MoveMouseToColorRange(const ImageStore& store, const ColorRanges& ranges,
-                                              const std::string& image, const std::string& range,
-                                              std::optional<Area> area = std::nullopt);
+std::optional<Position> firstInColorRange(const ImageStore& store, const ColorRanges& ranges, Slot image, int range,
+                                          std::optional<Area> area = std::nullopt);
 
 // A pixel of the range in area: the first (firstFind) or the last in reading order is noted.
-bool FindPixelInArea(const ImageStore& store, const ColorRanges& ranges, const std::string& image,
-                     const std::string& range, Area area, bool firstFind, LastPosition last);
+bool findPixelInArea(const ImageStore& store, const ColorRanges& ranges, Slot image, int range, Area area,
+                     bool firstFind, LastPosition last);
 
 // Whether the saturation of area lies within |value| +- |tolerance|; notes (x1, y1) when it does.
-bool TestSaturation(const ImageStore& store, const std::string& image, const std::string& value,
-                    const std::string& tolerance, Area area, LastPosition last);
+bool testSaturation(const ImageStore& store, Slot image, double value, double tolerance, Area area,
+                    LastPosition last);
 
-double GetSaturation(const ImageStore& store, const std::string& image, Area area);
+double getSaturation(const ImageStore& store, Slot image, Area area);
 
 // Whether sub lies in image with its pixel (1,1) at a position of area.
-bool FindImage(ImageStore& store, const std::string& image, const std::string& sub, const std::string& tolerance,
-               Area area, bool firstFind, LastPosition last, const StopCheck& stopped = {});
+bool findSubImage(ImageStore& store, Slot image, Slot sub, double tolerance, Area area, bool firstFind,
+                  LastPosition last, const StopCheck& stopped = {});
 
 }  // namespace tarvoke::screen

@@ -52,7 +52,7 @@ private slots:
         QCOMPARE(window.windowTitle(), "Tarvoke - first.TK.EXE");
         QCOMPARE(window.text(), "Function(Main);\nPause(5);\nEndFunction();\n");
         QCOMPARE(f.app->filePath, f.path("first.TK.EXE"));
-        QCOMPARE(f.app->session.sScriptFolder, f.path(""));
+        QCOMPARE(f.app->session.scriptFolder, f.path(""));
         window.setText(kTemplate);
         window.newScript();  // the untouched template: no question
         QCOMPARE(window.windowTitle(), "Tarvoke");
@@ -77,7 +77,7 @@ private slots:
         window.saveScriptAs();
         QCOMPARE(window.windowTitle(), "Tarvoke - kept.tk");
         QCOMPARE(f.app->filePath, f.path("kept.tk"));
-        QCOMPARE(f.app->session.sScriptFolder, f.path(""));
+        QCOMPARE(f.app->session.scriptFolder, f.path(""));
         QCOMPARE(QDir(f.folder.path()).entryList(QDir::Files), QStringList{"kept.tk"});
     }
 

@@ -54,7 +54,7 @@ private slots:
         AppFixture f("0,0,0,0,1,");
         BasicWindow& basic = f.app->basicWindow();
         basic.switchToAdvancedMode();
-        QVERIFY(f.app->session.bRepeat && f.app->mouseMove && f.app->extendedClicks);
+        QVERIFY(f.app->session.repeat && f.app->mouseMove && f.app->extendedClicks);
         QVERIFY(!basic.repeatOption->isChecked());  // shown at the first load only
     }
 
@@ -138,13 +138,13 @@ private slots:
                 continue;
             }
             QCOMPARE(f.app->playback.playTarget(), target);
-            QVERIFY(f.app->session.bRepeat);
+            QVERIFY(f.app->session.repeat);
             for (int tick = 0; tick < 20 && basic.timers().playTimerOn(); ++tick) f.app->playback.tick();
             QCOMPARE(int(std::count_if(f.fake.transcript.begin(), f.fake.transcript.end(),
                                        [](const std::string& line) { return line.starts_with("MessageBox"); })),
                      runs);
             QVERIFY(basic.isVisible());
-            QVERIFY(f.app->session.bRepeat);
+            QVERIFY(f.app->session.repeat);
         }
     }
 
@@ -173,7 +173,7 @@ private slots:
         for (const auto& [option, repeat] : {std::pair{basic.playOnceOption, false}, {basic.repeatOption, true},
                                              {basic.playXOption, false}}) {
             option->click();
-            QCOMPARE(f.app->session.bRepeat, repeat);
+            QCOMPARE(f.app->session.repeat, repeat);
         }
     }
 };

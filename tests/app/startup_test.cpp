@@ -63,7 +63,7 @@ private slots:
         BasicWindow& basic = f.app->basicWindow();
         QVERIFY(basic.isVisible() && basic.timers().hotkeyPollOn());
         QVERIFY(!basic.repeatOption->isChecked() && !basic.mouseMoveBox->isChecked());
-        QVERIFY(!basic.extendedClicksBox->isChecked() && f.app->session.bIgnorePauses);
+        QVERIFY(!basic.extendedClicksBox->isChecked() && f.app->session.ignorePauses);
     }
 
     // Advanced Mode turns the first three flags on; a switch to Basic Mode

@@ -401,7 +401,7 @@ TEST_F(X11Test, CaptureShowsAPaintedWindowAtItsPlace) {
     // Captures until the colour shows: the server paints on its own time.
     const auto captureShowing = [&](uint32_t pixel, int x, int y) {
         return eventually([&] {
-            screen::CaptureScreen(store, *m_platform.screen, "imagesave0");
+            screen::captureScreen(store, *m_platform.screen, 0);
             return store.image(0) && store.image(0)->at(x, y) == pixel;
         });
     };

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "engine/sc.h"
+#include "host/dispatch.h"
 #include "host/session.h"
 #include "platform/dryrun/dryrun.h"
 
@@ -27,20 +28,21 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     int64_t statements = 0;
     engine::SC* running = nullptr;
     platform::dryrun::DryRunPlatform platform([](std::string_view) {}, [&] {
-        if (++statements >= kStatementBudget && running) running->StopExecution();
+        if (++statements >= kStatementBudget && running) running->stopExecution();
     });
     session.platform = platform.platform();
-    engine::SC engine(session);
+    host::HostCommands commands(session);
+    engine::SC engine(commands);
     engine.setMaxTextBytes(kMaxTextBytes);
 
     std::string text(reinterpret_cast<const char*>(data), size);
-    engine.Initialize(text);
-    const std::string loaded = engine.GetDebug();
+    engine.initialize(text);
+    const std::string loaded = engine.getDebug();
     if (loaded.empty()) __builtin_trap();
 
     running = &engine;
-    engine.Execute();
+    engine.execute();
     running = nullptr;
-    engine.GetDebug();
+    engine.getDebug();
     return 0;
 }

@@ -46,23 +46,22 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const auto overBudget = [&] { return statements >= kStatementBudget || std::chrono::steady_clock::now() > deadline; };
     platform::dryrun::DryRunPlatform platform([](std::string_view) {}, [&] {
         ++statements;
-        if (running && overBudget()) running->StopExecution();
+        if (running && overBudget()) running->stopExecution();
     });
     RegularFilePictures files;
     platform.setPictureFiles(&files, false);
     session.platform = platform.platform();
-    session.sScriptFolder = "/nonexistent/";
+    session.scriptFolder = "/nonexistent/";
     // Long steps (searches, huge texts) give up when the budget is spent.
     session.stopRequested = overBudget;
-    engine::SC engine(session);
+    host::HostCommands commands(session);
+    engine::SC engine(commands);
     engine.setMaxTextMemory(kTextMemory);
-    host::HostCommands commands;
-    engine.setExternalCommands(&commands);
 
     std::string text(reinterpret_cast<const char*>(data), size);
-    engine.Initialize(text);
+    engine.initialize(text);
     running = &engine;
-    engine.Execute();
+    engine.execute();
     running = nullptr;
     engine.writeDebug([](std::string_view) {});
     return 0;

@@ -5,11 +5,13 @@ namespace {
 
 class BuiltinsTest : public EngineTest {};
 
+using enum engine::ValueKind;
+
 // Each case runs a script and reads one variable back, with its type.
 struct Case {
     const char* script;
     const char* variable;
-    int32_t type;
+    engine::ValueKind type;
     const char* value;
 };
 
@@ -25,86 +27,64 @@ TEST_P(BuiltinCases, LeaveTheVariable) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Declarations, BuiltinCases, ::testing::Values(
-    Case{"int(x, 2.5);", "x", 9, "2"},
-    Case{"string(x, 5);", "x", 8, "5"},
-    Case{"double(x, abc);", "x", 10, "0"},
-    Case{"int(x);", "x", 9, "0"},
-    Case{"string(x, 0x4142);", "x", 8, "AB"},
-    Case{"string(x, \"0x4142\");", "x", 8, "AB"},
-    Case{"int(x, 9); int(x, 3);", "x", 9, "3"},
-    Case{"set(x, 5);", "x", 9, "5"},
-    Case{"set(x, 2.5);", "x", 10, "2.5"},
-    Case{"set(x, abc);", "x", 8, "abc"},
-    Case{"set(x, \"5\");", "x", 9, "5"},
-    Case{"int(x, 1); set(x, abc);", "x", 8, "abc"},   // a string x now hides the long
-    Case{"int(x, 1); set(x, 2.5);", "x", 9, "1"},     // the double stands behind the long
-    Case{"string(x, a); set(x, 5);", "x", 8, "a"},
-    Case{"double(b, 5.5); set(a, b);", "a", 10, "5.5"},
-    Case{"double(b, 5); set(a, b);", "a", 9, "5"},
-    Case{"int(x, 99999999999);", "x", 9, "0"}));
+    Case{"int(x, 2.5);", "x", Long, "2"}, Case{"string(x, 5);", "x", Text, "5"},
+    Case{"double(x, abc);", "x", Double, "0"},
+    Case{"int(x);", "x", Long, "0"}, Case{"string(x, 0x4142);", "x", Text, "AB"},
+    Case{"string(x, \"0x4142\");", "x", Text, "AB"},
+    Case{"string(x, \"0X41\");", "x", Text, "0X41"},  // hex only after a lower-case 0x
+    Case{"int(x, 9); int(x, 3);", "x", Long, "3"}, Case{"set(x, 5);", "x", Long, "5"},
+    Case{"set(x, 2.5);", "x", Double, "2.5"},
+    Case{"set(x, abc);", "x", Text, "abc"}, Case{"set(x, \"5\");", "x", Long, "5"},
+    Case{"int(x, 1); set(x, abc);", "x", Text, "abc"},   // a string x now hides the long
+    Case{"int(x, 1); set(x, 2.5);", "x", Long, "1"},     // the double stands behind the long
+    Case{"string(x, a); set(x, 5);", "x", Text, "a"}, Case{"double(b, 5.5); set(a, b);", "a", Double, "5.5"},
+    Case{"double(b, 5); set(a, b);", "a", Long, "5"},
+    Case{"int(x, 99999999999);", "x", Long, "0"}));
 
 INSTANTIATE_TEST_SUITE_P(Arithmetic, BuiltinCases, ::testing::Values(
-    Case{"add(u, 1); add(u, 1);", "u", 8, "11"},
-    Case{"int(x, 10); add(x, 2.5);", "x", 9, "12"},
-    Case{"int(x, 7); divide(x, 2);", "x", 9, "4"},
-    Case{"int(x, 5); divide(x, 2);", "x", 9, "2"},
-    Case{"int(x, 5); divide(x, 0);", "x", 9, "5"},
-    Case{"int(x, 2147483647); add(x, 1);", "x", 9, "2147483647"},
-    Case{"int(x, 65536); multiply(x, 65536);", "x", 9, "65536"},
-    Case{"int(x, 10); subtract(x, 12abc);", "x", 9, "-2"},
-    Case{"double(d, 1); divide(d, 0);", "d", 10, "inf"},
-    Case{"double(d, 0); divide(d, 0);", "d", 10, "nan"},
-    Case{"double(d, 1.0e300); multiply(d, 1.0e300);", "d", 10, "inf"},
-    Case{"double(d, 1.5); multiply(d, 2);", "d", 10, "3"},
-    Case{"int(x, 3); power(x, 2);", "x", 9, "9"},
-    Case{"int(x, 9); power(x, 0.5);", "x", 9, "1"},
-    Case{"double(d, 9); power(d, 0.5);", "d", 10, "3"},
-    Case{"int(x, 0); power(x, -1);", "x", 9, "0"},
-    Case{"double(d, 0); power(d, -1);", "d", 10, "0"},
-    Case{"double(d, -8); power(d, 0.5);", "d", 10, "-8"},
-    Case{"int(x, 3); power(x, abc);", "x", 9, "3"},
-    Case{"string(s, ab); power(s, 2);", "s", 8, "ab"},
-    Case{"string(s, ab); multiply(s, 3);", "s", 8, "ababab"},
-    Case{"string(s, ab); multiply(s, 0);", "s", 8, ""},
-    Case{"string(s, ab); multiply(s, 40000);", "s", 8, "ab"},
-    Case{"string(s, ab); multiply(s, cd);", "s", 8, "abcd"},
-    Case{"string(s, 1a1b); subtract(s, 1);", "s", 8, "ab"},
-    Case{"string(s, banana); divide(s, \"a\");", "s", 8, "bnn"},
-    Case{"string(s, ab); subtract(s, \"\");", "s", 8, "ab"},
-    Case{"string(s, x); combine(s, 2.5);", "s", 8, "x2.5"},
-    Case{"string(s, \"aXa\"); removeall(s, a);", "s", 8, "X"},
-    Case{"add(5, 1);", "5", 9, "1"}));
+    Case{"add(u, 1); add(u, 1);", "u", Text, "11"}, Case{"int(x, 10); add(x, 2.5);", "x", Long, "12"},
+    Case{"int(x, 7); divide(x, 2);", "x", Long, "4"}, Case{"int(x, 5); divide(x, 2);", "x", Long, "2"},
+    Case{"int(x, 5); divide(x, 0);", "x", Long, "5"}, Case{"int(x, 2147483647); add(x, 1);", "x", Long, "2147483647"},
+    Case{"int(x, 65536); multiply(x, 65536);", "x", Long, "65536"},
+    Case{"int(x, 10); subtract(x, 12abc);", "x", Long, "-2"}, Case{"double(d, 1); divide(d, 0);", "d", Double, "inf"},
+    Case{"double(d, 0); divide(d, 0);", "d", Double, "nan"},
+    Case{"double(d, 1.0e300); multiply(d, 1.0e300);", "d", Double, "inf"},
+    Case{"double(d, 1.5); multiply(d, 2);", "d", Double, "3"}, Case{"int(x, 3); power(x, 2);", "x", Long, "9"},
+    Case{"int(x, 9); power(x, 0.5);", "x", Long, "1"}, Case{"double(d, 9); power(d, 0.5);", "d", Double, "3"},
+    Case{"int(x, 0); power(x, -1);", "x", Long, "0"}, Case{"double(d, 0); power(d, -1);", "d", Double, "0"},
+    Case{"double(d, -8); power(d, 0.5);", "d", Double, "-8"}, Case{"int(x, 3); power(x, abc);", "x", Long, "3"},
+    Case{"string(s, ab); power(s, 2);", "s", Text, "ab"}, Case{"string(s, ab); multiply(s, 3);", "s", Text, "ababab"},
+    Case{"string(s, ab); multiply(s, 0);", "s", Text, ""}, Case{"string(s, ab); multiply(s, 40000);", "s", Text, "ab"},
+    Case{"string(s, ab); multiply(s, cd);", "s", Text, "abcd"},
+    Case{"string(s, 1a1b); subtract(s, 1);", "s", Text, "ab"},
+    Case{"string(s, banana); divide(s, \"a\");", "s", Text, "bnn"},
+    Case{"string(s, ab); subtract(s, \"\");", "s", Text, "ab"},
+    Case{"string(s, x); combine(s, 2.5);", "s", Text, "x2.5"},
+    Case{"string(s, \"aXa\"); removeall(s, a);", "s", Text, "X"},
+    Case{"add(5, 1);", "5", Long, "1"}));
 
 INSTANTIATE_TEST_SUITE_P(Functions, BuiltinCases, ::testing::Values(
-    Case{"int(x, 5); factorial(x);", "x", 9, "120"},
-    Case{"int(x, 0); factorial(x);", "x", 9, "1"},
-    Case{"int(x, -3); factorial(x);", "x", 9, "1"},
-    Case{"double(d, 3.5); factorial(d);", "d", 10, "24"},
-    Case{"int(x, 13); factorial(x);", "x", 9, "13"},
-    Case{"double(d, 171); factorial(d);", "d", 10, "171"},
-    Case{"double(d, 40000); factorial(d);", "d", 10, "40000"},
-    Case{"string(s, 5); factorial(s);", "s", 8, "5"},
-    Case{"int(x, 2); sin(x);", "x", 9, "1"},
-    Case{"double(d, 0); cos(d);", "d", 10, "1"},
-    Case{"double(d, 1); log(d);", "d", 10, "0"},
-    Case{"int(x, 0); log(x);", "x", 9, "0"},
-    Case{"double(d, -1); log(d);", "d", 10, "-1"},
-    Case{"string(s, 1); tan(s);", "s", 8, "1"},
-    Case{"int(x, 1); tan(x);", "x", 9, "2"}));
+    Case{"int(x, 5); factorial(x);", "x", Long, "120"}, Case{"int(x, 0); factorial(x);", "x", Long, "1"},
+    Case{"int(x, -3); factorial(x);", "x", Long, "1"}, Case{"double(d, 3.5); factorial(d);", "d", Double, "24"},
+    Case{"int(x, 13); factorial(x);", "x", Long, "13"}, Case{"double(d, 171); factorial(d);", "d", Double, "171"},
+    Case{"double(d, 40000); factorial(d);", "d", Double, "40000"}, Case{"string(s, 5); factorial(s);", "s", Text, "5"},
+    Case{"int(x, 2); sin(x);", "x", Long, "1"}, Case{"double(d, 0); cos(d);", "d", Double, "1"},
+    Case{"double(d, 1); log(d);", "d", Double, "0"}, Case{"int(x, 0); log(x);", "x", Long, "0"},
+    Case{"double(d, -1); log(d);", "d", Double, "-1"}, Case{"string(s, 1); tan(s);", "s", Text, "1"},
+    Case{"int(x, 1); tan(x);", "x", Long, "2"}));
 
 INSTANTIATE_TEST_SUITE_P(Text, BuiltinCases, ::testing::Values(
-    Case{"string(s, abcdef); parse(s, 2, 3);", "s", 8, "bcd"},
-    Case{"string(s, abcdef); parse(s, 9, 3);", "s", 8, ""},
-    Case{"string(s, abcdef); parse(s, 2, 0);", "s", 8, ""},
-    Case{"string(s, abcdef); parse(s, 0, 3);", "s", 8, "abcdef"},
-    Case{"string(s, abcdef); parse(s, 2);", "s", 8, "abcdef"},
-    Case{"string(s, abcdef); parse(s, x, 2);", "s", 8, "abcdef"},
-    Case{"int(x, 5); parse(x, 1, 1);", "x", 9, "5"},
-    Case{"string(s, abab); for(s, a, b);", "s", 8, "bbbb"},
-    Case{"string(s, abab); replace(s, ab, x);", "s", 8, "xx"},
-    Case{"string(s, abc); replace(s, \"\", x);", "s", 8, "abc"},
-    Case{"string(s, aaa); replace(s, aa, a);", "s", 8, "aa"},
-    Case{"parse(0x414243, 1, 2);", "0x414243", 8, "0x"}));
+    Case{"string(s, abcdef); parse(s, 2, 3);", "s", Text, "bcd"},
+    Case{"string(s, abcdef); parse(s, 9, 3);", "s", Text, ""},
+    Case{"string(s, abcdef); parse(s, 2, 0);", "s", Text, ""},
+    Case{"string(s, abcdef); parse(s, 0, 3);", "s", Text, "abcdef"},
+    Case{"string(s, abcdef); parse(s, 2);", "s", Text, "abcdef"},
+    Case{"string(s, abcdef); parse(s, x, 2);", "s", Text, "abcdef"}, Case{"int(x, 5); parse(x, 1, 1);", "x", Long, "5"},
+    Case{"string(s, abab); for(s, a, b);", "s", Text, "bbbb"},
+    Case{"string(s, abab); replace(s, ab, x);", "s", Text, "xx"},
+    Case{"string(s, abc); replace(s, \"\", x);", "s", Text, "abc"},
+    Case{"string(s, aaa); replace(s, aa, a);", "s", Text, "aa"},
+    Case{"parse(0x414243, 1, 2);", "0x414243", Text, "0x"}));
 
 TEST_F(BuiltinsTest, ATextNeverOutgrowsTheLimit) {
     // Steps that would pass the limit fail and leave the text; those that
@@ -148,12 +128,12 @@ TEST_F(BuiltinsTest, TextsTogetherStayWithinTheirMemory) {
 TEST_F(BuiltinsTest, AStopCutsALongTextStepShort) {
     // 16 MB: long enough to be built in pieces with a look at the stop
     // between them. The stop comes once go exists.
-    session.stopRequested = [this] { return engine.IsExistingVariable("go"); };
+    session.stopRequested = [this] { return engine.isExistingVariable("go"); };
     std::string script = "string(x, a);";
     for (int i = 0; i < 24; ++i) script += "combine(x, x);";
     run(script + "int(go, 1); combine(x, x); replace(x, a, bb); string(y, x); multiply(x, 3);");
     EXPECT_EQ(valueOf("x").size(), size_t{1} << 24);
-    EXPECT_FALSE(engine.IsExistingVariable("y"));
+    EXPECT_FALSE(engine.isExistingVariable("y"));
 }
 
 TEST_F(BuiltinsTest, TheDumpComesInPiecesAndEndsOnAStop) {
@@ -164,7 +144,7 @@ TEST_F(BuiltinsTest, TheDumpComesInPiecesAndEndsOnAStop) {
         whole += piece;
         ++pieces;
     }));
-    EXPECT_EQ(whole, engine.GetDebug());
+    EXPECT_EQ(whole, engine.getDebug());
     EXPECT_GT(pieces, 3);
     EXPECT_NE(whole.find("Long: n, value: 7\n"), std::string::npos);
     session.stopRequested = [] { return true; };
@@ -184,7 +164,7 @@ TEST_F(BuiltinsTest, MessageStyles) {
 TEST_F(BuiltinsTest, DumpListsStatementsFunctionsAndVariablesInOrder) {
     run("function(main); string(s, \"a b\"); double(d, 0.5); int(n, 3); combine(s, c); endfunction();"
         "function(f); for(s,1,2); selectwindow(\"A\", b); foo(1,2,3,4,5,6,7,8); endfunction();");
-    EXPECT_EQ(engine.GetDebug(),
+    EXPECT_EQ(engine.getDebug(),
               "Printing Code:\n"
               "Command: function; Parameters: main      \n"
               "Command: string; Parameters: s a b     \n"
@@ -208,7 +188,7 @@ TEST_F(BuiltinsTest, DumpListsStatementsFunctionsAndVariablesInOrder) {
 }
 
 TEST_F(BuiltinsTest, DumpBeforeAnyLoadHasItsHeadingsOnly) {
-    EXPECT_EQ(engine.GetDebug(), "Printing Code:\n\nPrinting Found Functions:\n\nPrinting Found Variables:\n\n\n\n");
+    EXPECT_EQ(engine.getDebug(), "Printing Code:\n\nPrinting Found Functions:\n\nPrinting Found Variables:\n\n\n\n");
 }
 
 }  // namespace

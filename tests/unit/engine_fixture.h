@@ -14,28 +14,25 @@ namespace tarvoke::test {
 
 class EngineTest : public ::testing::Test {
 protected:
-    EngineTest() : engine(session) {
-        session.platform = fake.platform();
-        engine.setExternalCommands(&commands);
-    }
+    EngineTest() { session.platform = fake.platform(); }
 
-    void load(std::string text) { engine.Initialize(text); }
+    void load(std::string text) { engine.initialize(text); }
     void run(const std::string& text) {
         load(text);
-        engine.Execute();
+        engine.execute();
     }
     // A variable's value as the host commands see it.
-    std::string valueOf(const std::string& name) const { return engine.GetVariableAsString(name); }
-    int32_t typeOf(const std::string& name) {
+    std::string valueOf(const std::string& name) const { return engine.getVariableAsString(name); }
+    engine::ValueKind typeOf(const std::string& name) {
         std::string copy = name;
-        engine.GetVariable(copy);
-        return engine.valueSlot().lngValueType;
+        engine.getVariable(copy);
+        return engine.valueSlot().kind;
     }
 
     platform::fake::FakePlatform fake;
     host::Session session;
-    engine::SC engine;
-    host::HostCommands commands;
+    host::HostCommands commands{session};
+    engine::SC engine{commands};
 };
 
 }  // namespace tarvoke::test

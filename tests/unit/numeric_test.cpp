@@ -47,20 +47,20 @@ TEST(Rounding, TiesGoToTheEvenNeighbour) {
 }
 
 TEST(Conversions, FailOnEmptyNonNumericAndOutOfRange) {
-    EXPECT_EQ(TextToByte("255"), 255);
-    EXPECT_EQ(TextToByte("65.5"), 66);
-    EXPECT_EQ(TextToByte("64.5"), 64);
-    EXPECT_FALSE(TextToByte("256"));
-    EXPECT_FALSE(TextToByte("-1"));
-    EXPECT_FALSE(TextToByte(""));
-    EXPECT_EQ(TextToInt16("-32768"), -32768);
-    EXPECT_FALSE(TextToInt16("40000"));
-    EXPECT_FALSE(TextToInt16("lx"));
-    EXPECT_EQ(TextToInt32("40000"), 40000);
-    EXPECT_EQ(TextToInt32(" 1e3 "), 1000);
-    EXPECT_FALSE(TextToInt32("12abc"));
-    EXPECT_EQ(TextToDouble("2.5"), 2.5);
-    EXPECT_FALSE(TextToDouble("1e400"));
+    EXPECT_EQ(textToByte("255"), 255);
+    EXPECT_EQ(textToByte("65.5"), 66);
+    EXPECT_EQ(textToByte("64.5"), 64);
+    EXPECT_FALSE(textToByte("256"));
+    EXPECT_FALSE(textToByte("-1"));
+    EXPECT_FALSE(textToByte(""));
+    EXPECT_EQ(textToInt16("-32768"), -32768);
+    EXPECT_FALSE(textToInt16("40000"));
+    EXPECT_FALSE(textToInt16("lx"));
+    EXPECT_EQ(textToInt32("40000"), 40000);
+    EXPECT_EQ(textToInt32(" 1e3 "), 1000);
+    EXPECT_FALSE(textToInt32("12abc"));
+    EXPECT_EQ(textToDouble("2.5"), 2.5);
+    EXPECT_FALSE(textToDouble("1e400"));
     EXPECT_EQ(textToLong("12abc"), 12);
     EXPECT_FALSE(textToLong("99999999999"));
 }

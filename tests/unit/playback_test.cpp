@@ -32,7 +32,6 @@ protected:
         session.platform = roles.platform();
         session.platform.input = &input;
         session.platform.clock = this;
-        engine.setExternalCommands(&commands);
         playback.setView(this);
     }
     void hideForRun() override { shown = false; }
@@ -70,8 +69,8 @@ protected:
     platform::dryrun::DryRunPlatform roles{sink, [] {}};
     ReleasingInput input{sink};
     host::Session session;
-    engine::SC engine{session};
-    host::HostCommands commands;
+    host::HostCommands commands{session};
+    engine::SC engine{commands};
     playback::Playback playback{engine, session};
     std::string script;
 };
@@ -82,11 +81,11 @@ const std::string kOneMessage = "Function(Main);\nMessage(run, normal, t);\nEndF
 // first tick. Play forgets the target window, playing a selection keeps it.
 TEST_F(PlaybackTest, StartLoadsHidesAndTurnsTheTimerOn) {
     for (const bool clearTarget : {true, false}) {
-        session.hTargetWindow = 42;
+        session.targetWindow = 42;
         start(kOneMessage, clearTarget);
         EXPECT_FALSE(shown);
         EXPECT_TRUE(timer);
-        EXPECT_EQ(session.hTargetWindow, clearTarget ? 0u : 42u);
+        EXPECT_EQ(session.targetWindow, clearTarget ? 0u : 42u);
         EXPECT_TRUE(transcript.empty());
     }
 }
@@ -107,7 +106,7 @@ TEST_F(PlaybackTest, RunCountsFollowRepeatAndPlayX) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         transcript.clear();
-        session.bRepeat = c.repeat;
+        session.repeat = c.repeat;
         playX = c.playX;
         if (c.playX) playback.setPlayTarget(c.target);
         start(kOneMessage);
@@ -123,14 +122,14 @@ TEST_F(PlaybackTest, RunCountsFollowRepeatAndPlayX) {
 TEST_F(PlaybackTest, VariablesOutliveARepeatButNotAPlay) {
     const std::string counter =
         "Function(Main);\nIf(done = 1);\nElse();\nInt(n, 0);\nInt(done, 1);\nEndIf();\nAdd(n, 1);\nEndFunction();";
-    session.bRepeat = true;
+    session.repeat = true;
     start(counter);
     EXPECT_EQ(tickWhileOn(3), 3);
-    EXPECT_EQ(engine.GetVariableAsString("n"), "3");
+    EXPECT_EQ(engine.getVariableAsString("n"), "3");
     playback.stopPlay();
     start(counter);
     EXPECT_EQ(tickWhileOn(1), 1);
-    EXPECT_EQ(engine.GetVariableAsString("n"), "1");
+    EXPECT_EQ(engine.getVariableAsString("n"), "1");
 }
 
 // Stop ends the run in its pause, and a stopped play lets go of what its run
@@ -152,7 +151,7 @@ TEST_F(PlaybackTest, AStoppedPlayLetsGoOfTheKeysAfterItsLastStatement) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         transcript.clear();
-        session.bRepeat = c.repeat;
+        session.repeat = c.repeat;
         start(c.script);
         int yields = 0;
         cancels = 0;
@@ -161,7 +160,9 @@ TEST_F(PlaybackTest, AStoppedPlayLetsGoOfTheKeysAfterItsLastStatement) {
         };
         tickWhileOn(5);
         onYield = nullptr;
-        if (c.stopAtYield) EXPECT_FALSE(timer);
+        if (c.stopAtYield) {
+            EXPECT_FALSE(timer);
+        }
         EXPECT_EQ(std::count(transcript.begin(), transcript.end(), "keybd_event 17 0"), c.stopAtYield ? 0 : !c.repeat);
         EXPECT_EQ(std::count(transcript.begin(), transcript.end(), "ReleaseAll"), c.repeat && !c.stopAtYield ? 0 : 1);
         EXPECT_EQ(transcript.front(), "keybd_event 16 0") << "nothing let go before the run";
@@ -169,12 +170,14 @@ TEST_F(PlaybackTest, AStoppedPlayLetsGoOfTheKeysAfterItsLastStatement) {
         EXPECT_FALSE(timer);
         EXPECT_TRUE(shown);
         EXPECT_EQ(transcript.back(), "ReleaseAll");
-        if (c.stopAtYield) EXPECT_GE(cancels, 1) << "the pause is cut short";
+        if (c.stopAtYield) {
+            EXPECT_GE(cancels, 1) << "the pause is cut short";
+        }
     }
 }
 
 TEST_F(PlaybackTest, TickNeverNests) {
-    session.bRepeat = false;
+    session.repeat = false;
     start(kOneMessage);
     onYield = [&] { playback.tick(); };  // the timer firing again inside the run
     playback.tick();
@@ -183,7 +186,7 @@ TEST_F(PlaybackTest, TickNeverNests) {
 }
 
 TEST_F(PlaybackTest, PlayDuringARunReplacesIt) {
-    session.bRepeat = false;
+    session.repeat = false;
     start("Function(Main);\nMessage(old, normal, t);\nPause(60000);\nMessage(old again, normal, t);\nEndFunction();");
     bool replaced = false;
     std::string second = "Function(Main);\nMessage(new, normal, t);\nEndFunction();";
@@ -223,7 +226,7 @@ TEST_F(PlaybackTest, ThePollLoopsTimersFireInAnEndlessRun) {
 }
 
 TEST_F(PlaybackTest, PauseScriptMakesTheNextPlayResume) {
-    session.bRepeat = true;
+    session.repeat = true;
     start(kOneMessage);
     playback.pauseScript();
     EXPECT_FALSE(timer);

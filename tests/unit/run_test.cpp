@@ -3,21 +3,12 @@
 namespace tarvoke::test {
 namespace {
 
-// A clock whose yield runs a handler, as a hotkey would inside a run.
-struct YieldHookClock : platform::Clock {
-    std::function<void()> onYield;
-    void yield() override { onYield(); }
-    void wait(int32_t) override {}
-    void cancelWaits() override {}
-    int64_t monotonicMs() override { return 0; }
-};
-
 class RunTest : public EngineTest {
 protected:
     // Runs a script and gives the lines it ran, in order.
     std::vector<int32_t> linesVisited(const std::string& text) {
         std::vector<int32_t> lines;
-        engine.SetExecuteType(2);
+        engine.setExecuteType(engine::ExecuteType::WhiteDebug);
         engine.setStatementCounter([&] { lines.push_back(engine.currentLine()); });
         run(text);
         return lines;
@@ -117,42 +108,24 @@ TEST_F(RunTest, ACallBeyondTheDeepestFailsAndTheRunGoesOn) {
 
 TEST_F(RunTest, RunsAgainOnOneLoadWithItsVariables) {
     load("function(main); add(n, 1); endfunction();");
-    engine.Execute();
-    engine.Execute();
+    engine.execute();
+    engine.execute();
     EXPECT_EQ(valueOf("n"), "11");  // never declared: a text that grows
 }
 
-TEST_F(RunTest, StopDuringAYieldEndsAfterOneMoreStatement) {
-    int yields = 0;
-    YieldHookClock clock;
-    clock.onYield = [&] {
-        if (++yields == 3) engine.StopExecution();
-    };
-    session.platform.clock = &clock;
-    run("function(main); int(a,1); int(b,2); int(c,3); endfunction();");
-    // The stop moved the line back to main's function statement, which ran
-    // instead of int(b).
-    EXPECT_TRUE(engine.IsExistingVariable("a"));
-    EXPECT_FALSE(engine.IsExistingVariable("b"));
-    EXPECT_EQ(engine.currentLine(), 2);
-}
-
-TEST_F(RunTest, PauseKeepsTheLine) {
-    YieldHookClock clock;
-    int yields = 0;
-    clock.onYield = [&] {
-        if (++yields == 2) engine.PauseExecution();
-    };
-    session.platform.clock = &clock;
-    run("function(main); int(a,1); int(b,2); endfunction();");
-    EXPECT_TRUE(engine.IsExistingVariable("a"));
-    EXPECT_FALSE(engine.IsExistingVariable("b"));
-}
-
-TEST_F(RunTest, WhileLoopsFindTheirLinesOnceAtLoad) {
-    // A long loop: the skips come from the table found at load.
-    run("function(main); int(i,0); while(i<100000); add(i,1); endwhile(); endfunction();");
-    EXPECT_EQ(valueOf("i"), "100000");
+// A hotkey handled inside a yield: a stop before int(b) moves the line back
+// to main's function statement, which runs instead; a pause before int(a)
+// lets it run and ends the run on the line after it.
+TEST_F(RunTest, StopOrPauseDuringAYield) {
+    for (const bool stop : {true, false}) {
+        fake.onYield = [&, yields = 0]() mutable {
+            if (++yields == (stop ? 3 : 2)) stop ? engine.stopExecution() : engine.pauseExecution();
+        };
+        run("function(main); int(a,1); int(b,2); int(c,3); endfunction();");
+        EXPECT_TRUE(engine.isExistingVariable("a")) << stop;
+        EXPECT_FALSE(engine.isExistingVariable("b")) << stop;
+        EXPECT_EQ(engine.currentLine(), stop ? 2 : 3) << stop;
+    }
 }
 
 }  // namespace

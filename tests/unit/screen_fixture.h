@@ -27,16 +27,16 @@ protected:
         dryRunPictures.setFiles(&files, true);
         session.platform.pictures = &dryRunPictures;
         session.platform.screen = &screen;
-        session.sScriptFolder = "/scripts/";
+        session.scriptFolder = "/scripts/";
     }
 
     // Puts grid into slot index, as a load of a picture would.
     void putImage(int index, const platform::PixelGrid& grid) {
         files.files["/pictures/" + std::to_string(index)] = grid;
-        session.sScriptFolder = "/pictures/";
+        session.scriptFolder = "/pictures/";
         run("Function(Main);\nLoadImage(" + std::to_string(index) + ", " + std::to_string(index) +
             ");\nEndFunction();");
-        session.sScriptFolder = "/scripts/";
+        session.scriptFolder = "/scripts/";
         fake.transcript.clear();
     }
     // Runs the statements as the body of Main.

@@ -24,7 +24,7 @@ protected:
         runBody(statement);
         return valueOf("r");
     }
-    std::pair<int, int> last() const { return {session.intLastX, session.intLastY}; }
+    std::pair<int, int> last() const { return {session.lastX, session.lastY}; }
 };
 
 TEST_F(MatchTest, PointCommandsCompareOnePixelWithSubImagePixel11) {
@@ -82,7 +82,7 @@ TEST_F(MatchTest, TheSameSlotMatchesItselfAtOneOne) {
 TEST_F(MatchTest, EmptyAreasAndUnchangedFindsAfterAFailure) {
     putImage(0, filledGrid(4, 4, grey(10)));
     putImage(1, filledGrid(2, 2, grey(200)));
-    session.intLastX = 7, session.intLastY = 8;
+    session.lastX = 7, session.lastY = 8;
     EXPECT_EQ(answerOf("IsImageInArea(r, 0, 1, 3, 0, 0, 3);"), "False");
     EXPECT_EQ(answerOf("IsImageInArea(r, 0, 1, 0, 0, 2, 2);"), "False");
     EXPECT_EQ(last(), std::make_pair(7, 8));
@@ -101,7 +101,7 @@ TEST_F(MatchTest, FindModesDecideWhichMatchIsNoted) {
     // candidates whose walk stays within two columns and rows.
     EXPECT_EQ(answerOf("IsImageInArea(r, 0, 1, 0, 0, 6, 2);"), "True");
     EXPECT_EQ(last(), std::make_pair(5, 1));  // the first candidate passing the filter fails its walk
-    session.bFirstFind = false;
+    session.firstFind = false;
     EXPECT_EQ(answerOf("IsImageInArea(r, 0, 1, 0, 0, 7, 3);"), "True");
     EXPECT_EQ(last(), std::make_pair(5, 1));
 }
@@ -115,7 +115,7 @@ TEST_F(MatchTest, RandomModeAnswersWhatTheLastFilteredCandidateGave) {
     sub.at(1, 1) = grey(100);
     putImage(0, image);
     putImage(1, sub);
-    session.bFirstFind = false;
+    session.firstFind = false;
     EXPECT_EQ(answerOf("IsImageInArea(r, 0, 1, 1, 1, 1, 1);"), "True");
     EXPECT_EQ(answerOf("IsImageInArea(r, 0, 1, 0, 0, 5, 2);"), "False");
     EXPECT_EQ(last(), std::make_pair(1, 1));

@@ -8,14 +8,13 @@
 
 #include "platform/qimage/qimagepictures.h"
 #include "platform/bmpwriter.h"
-#include "screen/imagename.h"
+#include "host/call.h"
 #include "screen/pngwriter.h"
 #include "screen_fixture.h"
 
 namespace tarvoke::test {
 namespace {
 
-using screen::imageIndex;
 using platform::makePixel;
 using platform::PixelGrid;
 
@@ -29,16 +28,16 @@ TEST(ImageName, FollowsTheRemovalAndNumberRule) {
         {"ImageSave7", std::nullopt}, {"imagesave", std::nullopt}, {"", std::nullopt},
         {"imagesave99999", std::nullopt}, {"picture", std::nullopt}, {"imagesave-1", -1},
     };
-    for (const auto& c : cases) EXPECT_EQ(imageIndex(c.name), c.index) << c.name;
+    for (const auto& c : cases) EXPECT_EQ(host::imageSlot(c.name), c.index) << c.name;
 }
 
 TEST(RangeName, ReadsTheEleventhCharacterOnly) {
     const struct {
         const char* name;
-        std::optional<int> index;
+        std::optional<int16_t> index;
     } cases[] = {{"colorrange0", 0}, {"colorrange9", 9}, {"colorrange10", 1}, {"colorrange12", 1},
                  {"abcdefghij5", 5}, {"colorrange", std::nullopt}, {"colorrangex", std::nullopt}};
-    for (const auto& c : cases) EXPECT_EQ(screen::rangeIndex(c.name), c.index) << c.name;
+    for (const auto& c : cases) EXPECT_EQ(host::rangeSlot(c.name), c.index) << c.name;
 }
 
 class StoreTest : public ScreenTest {};
@@ -135,21 +134,9 @@ protected:
     platform::qimage::QImagePictures m_pictures;
 };
 
-TEST_F(PictureFiles, BitmapReadsBackPixelForPixelRightSideUp) {
-    ASSERT_TRUE(m_pictures.save(path("a.png"), pattern()));  // a bitmap, whatever the extension
-    std::ifstream in(path("a.png"), std::ios::binary);
-    char magic[2] = {};
-    in.read(magic, 2);
-    EXPECT_EQ(std::string(magic, 2), "BM");
-    PixelGrid back;
-    ASSERT_TRUE(m_pictures.load(path("a.png"), back));
-    EXPECT_EQ(back.width, 7);
-    EXPECT_EQ(back.height, 5);
-    EXPECT_EQ(back.pixels, pattern().pixels);
-}
-
-// The screenshot of a headless run, read by Qt's own PNG reader.
-TEST_F(PictureFiles, PngReadsBackPixelForPixel) {
+// A bitmap (whatever the extension) from our writer, the headless run's PNG
+// screenshot and a PNG of Qt's own all read back pixel for pixel.
+TEST_F(PictureFiles, WrittenPicturesReadBackPixelForPixel) {
     std::string error;
     ASSERT_TRUE(screen::savePngFile(path("shot.png"), pattern(), error)) << error;
     PixelGrid back;
@@ -166,9 +153,15 @@ TEST_F(PictureFiles, PngReadsPixelForPixel) {
     for (int32_t y = 0; y < grid.height; ++y)
         for (int32_t x = 0; x < grid.width; ++x) image.setPixel(x, y, grid.at(x, y) | 0xFF000000u);
     ASSERT_TRUE(image.save(QString::fromStdString(path("b.png")), "PNG"));
-    PixelGrid back;
-    ASSERT_TRUE(m_pictures.load(path("b.png"), back));
-    EXPECT_EQ(back.pixels, grid.pixels);
+    char magic[2] = {};
+    std::ifstream(path("a.png"), std::ios::binary).read(magic, 2);
+    EXPECT_EQ(std::string(magic, 2), "BM");
+    for (const char* name : {"a.png", "shot.png", "b.png"}) {
+        PixelGrid back;
+        ASSERT_TRUE(m_pictures.load(path(name), back)) << name;
+        EXPECT_EQ(back.width, 7) << name;
+        EXPECT_EQ(back.pixels, pattern().pixels) << name;
+    }
 }
 
 TEST_F(PictureFiles, UnreadableFilesFail) {

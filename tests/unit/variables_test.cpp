@@ -34,66 +34,62 @@ TEST_F(VariablesTest, Conditions) {
     };
     for (const Case& c : cases) {
         load(c.setup);
-        engine.Execute();
-        EXPECT_EQ(engine.Evaluate(c.condition), c.result)
+        engine.execute();
+        EXPECT_EQ(engine.evaluate(c.condition), c.result)
             << c.setup << " " << c.condition;
     }
 }
 
 TEST_F(VariablesTest, ResolvingParameters) {
+    using enum engine::ValueKind;
     run("string(s, abc); int(l, 7); double(d, 2.5);");
     struct Case {
         const char* parameter;
-        int32_t type;
+        engine::ValueKind type;
         const char* asText;
     } cases[] = {
-        {"s", 8, "abc"},   {"l", 9, "7"},       {"d", 10, "2.5"},     {"5", 9, "5"},     {"2.5", 10, "2.5"},
-        {"word", 8, "word"}, {"\"s\"", 8, "s"}, {"$s", 8, "s"},      {"", 8, ""},       {"0x41", 8, "0x41"},
-        {"1e3", 9, "1e3"},
+        {"s", Text, "abc"}, {"l", Long, "7"}, {"d", Double, "2.5"}, {"5", Long, "5"}, {"2.5", Double, "2.5"},
+        {"word", Text, "word"}, {"\"s\"", Text, "s"}, {"$s", Text, "s"}, {"", Text, ""}, {"0x41", Text, "0x41"},
+        {"1e3", Long, "1e3"},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(typeOf(c.parameter), c.type) << c.parameter;
-        EXPECT_EQ(engine.GetVariableAsString(c.parameter), c.asText) << c.parameter;
+        EXPECT_EQ(engine.getVariableAsString(c.parameter), c.asText) << c.parameter;
     }
     // GetVariable decodes 0x texts and unquotes in place; GetVariableAsString does neither.
     std::string hex = "0x4142";
-    engine.GetVariable(hex);
-    EXPECT_EQ(engine.valueSlot().sValue, "AB");
+    engine.getVariable(hex);
+    EXPECT_EQ(engine.valueSlot().text, "AB");
     std::string quoted = "\"s\"";
-    engine.GetVariable(quoted);
+    engine.getVariable(quoted);
     EXPECT_EQ(quoted, "s");
-    EXPECT_EQ(engine.GetVariableAsString("$x"), "x");
+    EXPECT_EQ(engine.getVariableAsString("$x"), "x");
 }
 
 TEST_F(VariablesTest, LastPositionWordsReadBeforeTheTables) {
-    session.intLastX = 12;
-    session.intLastY = -3;
+    session.lastX = 12;
+    session.lastY = -3;
     run("set(lx, 5);");
-    EXPECT_TRUE(engine.IsExistingVariable("lx"));
+    EXPECT_TRUE(engine.isExistingVariable("lx"));
     EXPECT_EQ(valueOf("lx"), "12");
     EXPECT_EQ(valueOf("ly"), "-3");
-    EXPECT_EQ(typeOf("lx"), 9);
+    EXPECT_EQ(typeOf("lx"), engine::ValueKind::Long);
 }
 
 TEST_F(VariablesTest, ATooLargeNumberKeepsTheLastLong) {
     std::string five = "5";
-    engine.GetVariable(five);
+    engine.getVariable(five);
     std::string huge = "99999999999";
-    engine.GetVariable(huge);
-    EXPECT_EQ(engine.valueSlot().lngValueType, 9);
-    EXPECT_EQ(engine.valueSlot().lngValue, 5);
+    engine.getVariable(huge);
+    EXPECT_EQ(engine.valueSlot().kind, engine::ValueKind::Long);
+    EXPECT_EQ(engine.valueSlot().integer, 5);
 }
 
 TEST_F(VariablesTest, AQuotedLiteralChangesItsStatementOnTheFirstRun) {
     load("function(main); set(x, \"5\"); endfunction();");
-    engine.Execute();
-    EXPECT_EQ(engine.statement(2).sParameter[1], "5");
-    EXPECT_EQ(typeOf("x"), 9);
-}
-
-TEST_F(VariablesTest, ALiteralWrittenToBecomesAVariable) {
-    run("add(5, 1); string(r, 5);");
-    EXPECT_EQ(valueOf("r"), "1");
+    engine.execute();
+    EXPECT_EQ(engine.statement(2).parameters[1], "5");
+    EXPECT_EQ(typeOf("x"), engine::ValueKind::Long);
 }
 
 }  // namespace

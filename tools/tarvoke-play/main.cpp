@@ -137,9 +137,9 @@ int play(int argc, char** argv) {
     session.platform = desktop ? desktop->platform() : dryRun.platform();
     // Picture files are really read in a dry run too, and written only with --write-pictures.
     if (desktop) session.platform.pictures = &pictures;
-    session.sScriptFolder = scriptFolder(options.file);
-    session.bIgnorePauses = options.ignorePauses;
-    if (options.percent) session.fixedPauseFactor = session.dblPauseFactor = *options.percent / 100.0;
+    session.scriptFolder = scriptFolder(options.file);
+    session.ignorePauses = options.ignorePauses;
+    if (options.percent) session.fixedPauseFactor = session.pauseFactor = *options.percent / 100.0;
 
     int status = 0;
     if (options.record) {
@@ -154,10 +154,9 @@ int play(int argc, char** argv) {
         return recorder.run(stopOnCtrlZero) ? status : 1;
     }
 
-    engine::SC engine(session);
+    host::HostCommands commands(session);
+    engine::SC engine(commands);
     engine.setMaxTextMemory(static_cast<size_t>(options.maxTextMemory));
-    host::HostCommands commands;
-    engine.setExternalCommands(&commands);
     playback::Playback playback(engine, session);
 
     // A stopped run does not wait for a message box left open.

@@ -99,11 +99,11 @@ ParseResult parseOptions(const std::vector<std::string>& args) {
         } else if (arg == "--ignore-pauses") {
             options.ignorePauses = true;
         } else if (auto percent = valueOf(args, i, "--percent")) {
-            const auto value = engine::TextToDouble(*percent);
+            const auto value = engine::textToDouble(*percent);
             if (!value || *value < 0) return UsageError{"--percent needs a number of 0 or more, not '" + *percent + "'"};
             options.percent = *value;
         } else if (auto repeat = valueOf(args, i, "--repeat")) {
-            const auto value = engine::TextToInt32(*repeat);
+            const auto value = engine::textToInt32(*repeat);
             if (!value || *value < 1 || repeat->find('.') != std::string::npos)
                 return UsageError{"--repeat needs a whole number of 1 or more, not '" + *repeat + "'"};
             options.repeat = *value;
