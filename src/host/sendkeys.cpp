@@ -73,54 +73,74 @@ void tap(std::vector<KeyStroke>& out, uint8_t vk) {
     out.push_back({KeyStroke::Kind::Release, vk, {}});
 }
 
+// Groups and modifiers nest as deep as the text goes, so what is open is
+// kept on a stack of our own rather than the call stack: a text of a million
+// "(" fails like any unclosed group instead of overflowing.
 class Parser {
 public:
     explicit Parser(std::string_view keys) : m_keys(keys) {}
 
     std::optional<std::vector<KeyStroke>> run() {
         while (m_at < m_keys.size())
-            if (!item(false)) return std::nullopt;
+            if (!step()) return std::nullopt;
+        if (!m_open.empty()) return std::nullopt;  // a group never closed
         return std::move(m_out);
     }
 
 private:
-    // One item: a modifier with what it applies to, a group, a braced key,
-    // or one character. Inside a group a ")" ends the group instead.
-    bool item(bool underModifier) {
+    // A group, or a modifier waiting for the one item it applies to.
+    struct Open {
+        bool group;
+        uint8_t modifier;
+    };
+
+    // Reads one character's worth: opens a group or a modifier, closes a
+    // group, or reads a whole item (a braced key, "~", one character).
+    bool step() {
         const char c = m_keys[m_at];
         if (const auto modifier = modifierOf(c)) {
             ++m_at;
             if (m_at >= m_keys.size() || m_keys[m_at] == ')') return false;
             m_out.push_back({KeyStroke::Kind::Press, *modifier, {}});
-            if (!item(true)) return false;
-            m_out.push_back({KeyStroke::Kind::Release, *modifier, {}});
+            m_open.push_back({false, *modifier});
             return true;
         }
         switch (c) {
-        case '(': return group();
-        case ')': return false;
-        case '{': return braces();
-        case '}': return false;
+        case '(':
+            ++m_at;
+            m_open.push_back({true, 0});
+            return true;
+        case ')':
+            if (m_open.empty() || !m_open.back().group) return false;
+            ++m_at;
+            m_open.pop_back();
+            break;
+        case '{':
+            if (!braces()) return false;
+            break;
+        case '}':
+            return false;
         case '~':
             ++m_at;
             tap(m_out, kEnter);
-            return true;
+            break;
         default: {
             const size_t length = characterLength(m_keys, m_at);
             m_out.push_back({KeyStroke::Kind::Type, 0, std::string(m_keys.substr(m_at, length))});
             m_at += length;
-            return true;
+            break;
         }
         }
+        itemDone();
+        return true;
     }
 
-    bool group() {
-        ++m_at;
-        while (m_at < m_keys.size() && m_keys[m_at] != ')')
-            if (!item(false)) return false;
-        if (m_at >= m_keys.size()) return false;
-        ++m_at;
-        return true;
+    // An item ends the modifiers that waited for it.
+    void itemDone() {
+        while (!m_open.empty() && !m_open.back().group) {
+            m_out.push_back({KeyStroke::Kind::Release, m_open.back().modifier, {}});
+            m_open.pop_back();
+        }
     }
 
     // "{NAME}", "{NAME n}", "{c}", "{c n}". The first character inside may
@@ -157,6 +177,7 @@ private:
     std::string_view m_keys;
     size_t m_at = 0;
     std::vector<KeyStroke> m_out;
+    std::vector<Open> m_open;
 };
 
 }  // namespace

@@ -52,5 +52,15 @@ TEST(SendKeys, ParsesTheNotation) {
         EXPECT_EQ(describe(host::parseSendKeys(keys)), "rejected") << "keys: " << keys;
 }
 
+// Nesting is as deep as the text: nothing runs out of stack.
+TEST(SendKeys, NestsAsDeepAsTheText) {
+    const std::string opens(1'000'000, '('), closes(1'000'000, ')');
+    EXPECT_FALSE(host::parseSendKeys(opens));
+    EXPECT_EQ(describe(host::parseSendKeys(opens + "a" + closes)), "'a'");
+    const auto held = host::parseSendKeys(std::string(1'000'000, '+') + "a");
+    ASSERT_TRUE(held);
+    EXPECT_EQ(held->size(), 2'000'001u);
+}
+
 }  // namespace
 }  // namespace tarvoke::test
