@@ -2,7 +2,6 @@
 Yes covers the screen with the white overlay and its counters, keeps it above
 a window that asks to be raised, and gives the calling window back."""
 
-import os
 import struct
 import subprocess
 import unittest
@@ -12,14 +11,11 @@ from testwindow import TestWindow, wait_until, window_named, windows_named, xdot
 
 
 def screenshot():
-    """The root window as a function of (x, y) to 0xRRGGBB."""
+    """The root window as a function of (x, y) to 0xRRGGBB (32 bits a pixel)."""
     data = subprocess.run(["xwd", "-root", "-silent"], capture_output=True, check=True).stdout
-    header = struct.unpack(">25I", data[:100])
-    size, byte_order, bits, line, colours = header[0], header[7], header[11], header[12], header[19]
-    assert bits == 32, "a screen of %d bits a pixel" % bits
+    size, order, line, colours = (struct.unpack_from(">I", data, 4 * i)[0] for i in (0, 7, 12, 19))
     start = size + colours * 12
-    order = "<I" if byte_order == 0 else ">I"
-    return lambda x, y: struct.unpack_from(order, data, start + y * line + x * 4)[0] & 0xFFFFFF
+    return lambda x, y: struct.unpack_from("<I" if order == 0 else ">I", data, start + y * line + x * 4)[0] & 0xFFFFFF
 
 
 def stacking():
@@ -27,13 +23,11 @@ def stacking():
     return [int(w, 16) for w in out.split("#")[-1].replace(",", " ").split()]
 
 
-def full_screen_windows(pid):
-    found = []
-    for window in xdotool("search", "--onlyvisible", "--pid", pid, check=False).split():
-        state = subprocess.run(["xprop", "-id", window, "_NET_WM_STATE"], capture_output=True, text=True).stdout
-        if "_NET_WM_STATE_FULLSCREEN" in state and "_NET_WM_STATE_ABOVE" in state:
-            found.append(int(window))
-    return found
+def overlays(pid):
+    """The program's windows that are full screen and above the others."""
+    state = lambda w: subprocess.run(["xprop", "-id", w, "_NET_WM_STATE"], capture_output=True, text=True).stdout
+    return [int(w) for w in xdotool("search", "--onlyvisible", "--pid", pid, check=False).split()
+            if "_NET_WM_STATE_FULLSCREEN" in state(w) and "_NET_WM_STATE_ABOVE" in state(w)]
 
 
 class WhiteDebug(unittest.TestCase):
@@ -42,37 +36,27 @@ class WhiteDebug(unittest.TestCase):
             program.enter_script("Function(Main);\nOrigionalPlayTime(1.0);\nSetPausePercent(100);\n"
                                  "Pause(6000);\nEndFunction();")
             program.to_basic_mode()
-            # From Record, four Tabs pass Save, Open... and Advanced Mode to
-            # Correct Time.
+            # From Record, four Tabs pass Save, Open... and Advanced Mode to Correct Time.
             xdotool("key", *["Tab"] * 4, "space")
             xdotool("windowactivate", "--sync", window_named(r"White Debug mode\?"), "key", "Return")
-            overlay = wait_until(lambda: full_screen_windows(program.process.pid), 5)
-            self.assertTrue(overlay, "no overlay above the others, full screen")
-            self.assertFalse(windows_named("Tarvoke Basic Mode"))
+            overlay = wait_until(lambda: overlays(program.process.pid), 5)
+            self.assertTrue(overlay and not windows_named("Tarvoke Basic Mode"))
 
             top = int(target.ready["top"], 16)
             xdotool("windowactivate", top, check=False)
             xdotool("windowraise", top)
-            # The target's own request has been handled once it stands in the
-            # stacking list again; the overlay stays above it.
-            wait_until(lambda: top in stacking() and stacking().index(top) > 0, 2)
-            order = stacking()
-            self.assertGreater(order.index(overlay[0]), order.index(top))
-            # SetPausePercent counts twice: Function(Main), the two statements
-            # and the pause in hand make 5, drawn under "Line:".
+            wait_until(lambda: stacking().index(top) > 0, 2)
+            self.assertGreater(stacking().index(overlay[0]), stacking().index(top))
             pixel = screenshot()
-            child = target.point("child", 100, 50)
-            self.assertEqual(pixel(*child), 0xFFFFFF, "the black child window shows through")
-            for name, (x0, y0, x1, y1) in [("Time (seconds):", (8, 8, 120, 24)), ("the line count", (8, 88, 40, 104))]:
-                dark = [(x, y) for x in range(x0, x1) for y in range(y0, y1) if pixel(x, y) < 0x808080]
-                self.assertTrue(dark, "nothing drawn for " + name)
+            self.assertEqual(pixel(*target.point("child", 100, 50)), 0xFFFFFF, "the black child shows through")
+            # "Time (seconds):" and the statement count under "Line:" are drawn.
+            for x0, y0, x1, y1 in [(8, 8, 120, 24), (8, 88, 40, 104)]:
+                self.assertTrue(any(pixel(x, y) < 0x808080 for x in range(x0, x1) for y in range(y0, y1)))
 
-            # The report, then the calling window and no overlay.
             report = wait_until(lambda: program.windows("DIALOG"), 15)
-            self.assertTrue(report, "no report")
             xdotool("windowactivate", "--sync", report[0], "key", "Return")
             self.assertTrue(wait_until(lambda: windows_named("Tarvoke Basic Mode"), 2))
-            self.assertFalse(full_screen_windows(program.process.pid))
+            self.assertFalse(overlays(program.process.pid))
 
 
 if __name__ == "__main__":
