@@ -94,7 +94,6 @@ void WhiteDebugWindow::startRun(const CallingWindow& caller) {
 }
 
 void WhiteDebugWindow::timedRun() {
-    m_inRun = true;
     currentTime->setText("0");
     lineCount->setText("0");
     m_run.begin(m_app.scriptText);
@@ -111,7 +110,6 @@ void WhiteDebugWindow::timedRun() {
     m_hotkeyPoll.stop();
     m_mouseTimer.stop();
     hide();
-    m_inRun = false;
     if (!m_stopped) {
         m_app.dialogs().tell("", QString::fromStdString(playback::timeReport(calibration)));
         giveBackCaller();

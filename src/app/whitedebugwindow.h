@@ -21,7 +21,6 @@ public:
     // Shows the overlay and starts the timed run; the calling window is
     // hidden already and comes back at the end or on Ctrl+0.
     void startRun(const CallingWindow& caller);
-    bool runOn() const { return m_runTimer.isActive() || m_inRun; }
 
     QLabel *timeCaption, *currentTime, *divider, *totalTime, *lineCaption, *lineCount, *mousePosition;
 
@@ -44,7 +43,6 @@ private:
     QTimer m_hotkeyPoll;
     QTimer m_secondsTimer;
     QTimer m_mouseTimer;
-    bool m_inRun = false;
     bool m_stopped = false;  // Ctrl+0 ended the run: no report
 };
 
