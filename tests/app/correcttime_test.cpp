@@ -61,8 +61,8 @@ private slots:
         const QString text = debug.dumps->toPlainText();
         QCOMPARE(text.count("Printing Code:\nCommand: function; Parameters: main"), 31);
         QVERIFY(text.endsWith("Printing Found Variables:\n\n\n\n"));
-        QScrollBar* bar = debug.dumps->verticalScrollBar();
-        QVERIFY(bar->maximum() > 0 && bar->value() == bar->maximum());
+        QVERIFY(debug.dumps->verticalScrollBar()->maximum() > 0);
+        QCOMPARE(debug.dumps->verticalScrollBar()->value(), debug.dumps->verticalScrollBar()->maximum());
     }
 };
 

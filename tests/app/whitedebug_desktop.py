@@ -19,15 +19,17 @@ def screenshot():
 
 
 def stacking():
-    out = subprocess.run(["xprop", "-root", "_NET_CLIENT_LIST_STACKING"], capture_output=True, text=True).stdout
-    return [int(w, 16) for w in out.split("#")[-1].replace(",", " ").split()]
+    return [int(w, 16) for w in xprop("-root", "_NET_CLIENT_LIST_STACKING").split("#")[-1].replace(",", " ").split()]
+
+
+def xprop(*args):
+    return subprocess.run(["xprop", *args], capture_output=True, text=True).stdout
 
 
 def overlays(pid):
     """The program's windows that are full screen and above the others."""
-    state = lambda w: subprocess.run(["xprop", "-id", w, "_NET_WM_STATE"], capture_output=True, text=True).stdout
     return [int(w) for w in xdotool("search", "--onlyvisible", "--pid", pid, check=False).split()
-            if "_NET_WM_STATE_FULLSCREEN" in state(w) and "_NET_WM_STATE_ABOVE" in state(w)]
+            if {"_NET_WM_STATE_FULLSCREEN", "_NET_WM_STATE_ABOVE"} <= set(xprop("-id", w, "_NET_WM_STATE").replace(",", " ").split())]
 
 
 class WhiteDebug(unittest.TestCase):
