@@ -9,6 +9,7 @@
 
 #include "app/app.h"
 #include "app/basicwindow.h"
+#include "app/debugwindow.h"
 #include "app/finddialog.h"
 #include "app/manifest.h"
 #include "app/paths.h"
@@ -54,7 +55,12 @@ AdvancedWindow::AdvancedWindow(App& app) : m_app(app) {
         app, *this,
         HotkeyActions{[this] { stopScript(); }, [this] { m_app.playback.pauseScript(); }, hotkeyRecord,
                       [this] { playScript(); }});
+    m_correctTime = std::make_unique<CorrectTimeRun>(
+        app, CallingWindow{[this] { stopScript(); }, [this] { return text(); },
+                           [this](const QString& t) { editText(t); }, m_timers.get(), false});
+    m_timers->isCorrectTimeOn = [this] { return m_correctTime->on(); };
     m_timers->onAfterStop = [this] {
+        m_correctTime->turnOff();
         closeRecording();
         repeatAction->setChecked(m_app.session.repeat);
     };
@@ -122,8 +128,8 @@ void AdvancedWindow::buildMenus() {
     script->addSeparator();
     stopAction = add(script, "Stop", QKeySequence(), [this] { stopScript(); });
     script->addSeparator();
-    correctTimeAction = later(script, "Correct Time");
-    debugAction = later(script, "Debug");
+    correctTimeAction = add(script, "Correct Time", QKeySequence(), [this] { correctTime(); });
+    debugAction = add(script, "Debug", QKeySequence(), [this] { showDebug(); });
 
     QMenu* help = menuBar()->addMenu("Help");
     aboutAction = add(help, "About", QKeySequence(), [this] { m_app.showAbout(); });
@@ -309,6 +315,15 @@ void AdvancedWindow::toggleRepeat() {
 }
 
 void AdvancedWindow::stopScript() { m_app.playback.stopPlay(); }
+
+void AdvancedWindow::correctTime() { m_correctTime->start(); }
+
+void AdvancedWindow::showDebug() {
+    DebugWindow& debug = m_app.debugWindow();
+    debug.show();
+    debug.raise();
+    debug.appendDump();
+}
 
 void AdvancedWindow::recordScript() {
     m_app.recorder.startedByHotkey = false;

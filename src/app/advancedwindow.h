@@ -6,6 +6,7 @@
 #include <QTextCursor>
 #include <memory>
 
+#include "app/correcttimerun.h"
 #include "app/findtext.h"
 #include "app/playtimers.h"
 #include "app/recordtimers.h"
@@ -54,6 +55,8 @@ public:
     void toggleRepeat();
     void recordScript();
     void stopScript();
+    void correctTime();
+    void showDebug();
     // One search from the caret with the find state; says so when nothing is found.
     void search();
 
@@ -81,6 +84,7 @@ private:
     FindState m_find;
     std::unique_ptr<PlayTimers> m_timers;
     std::unique_ptr<RecordTimers> m_recordTimers;
+    std::unique_ptr<CorrectTimeRun> m_correctTime;
     QTextCursor m_keptLine;  // in the line whose layout is kept
 };
 

@@ -3,9 +3,11 @@
 #include "app/aboutdialog.h"
 #include "app/advancedwindow.h"
 #include "app/basicwindow.h"
+#include "app/debugwindow.h"
 #include "app/modechoicewindow.h"
 #include "app/settingsdialog.h"
 #include "app/splashwindow.h"
+#include "app/whitedebugwindow.h"
 
 namespace tarvoke::app {
 
@@ -54,6 +56,16 @@ AdvancedWindow& App::advancedWindow() {
 BasicWindow& App::basicWindow() {
     if (!m_basicWindow) m_basicWindow = std::make_unique<BasicWindow>(*this);
     return *m_basicWindow;
+}
+
+WhiteDebugWindow& App::whiteDebugWindow() {
+    if (!m_whiteDebugWindow) m_whiteDebugWindow = std::make_unique<WhiteDebugWindow>(*this);
+    return *m_whiteDebugWindow;
+}
+
+DebugWindow& App::debugWindow() {
+    if (!m_debugWindow) m_debugWindow = std::make_unique<DebugWindow>(*this);
+    return *m_debugWindow;
 }
 
 void App::showModeWindow() {

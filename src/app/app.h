@@ -24,6 +24,8 @@ class SplashWindow;
 class ModeChoiceWindow;
 class AdvancedWindow;
 class BasicWindow;
+class WhiteDebugWindow;
+class DebugWindow;
 
 // The new-script template.
 inline const QString kTemplate = QStringLiteral("Function(Main);\n\nEndFunction();");
@@ -81,6 +83,8 @@ public:
     ModeChoiceWindow& modeChoiceWindow();
     AdvancedWindow& advancedWindow();
     BasicWindow& basicWindow();
+    WhiteDebugWindow& whiteDebugWindow();
+    DebugWindow& debugWindow();
     // Shows the window of the saved mode, with Basic Mode's hotkey poll on.
     void showModeWindow();
     bool advancedWindowLoaded() const { return m_advancedWindow != nullptr; }
@@ -98,6 +102,8 @@ private:
     std::unique_ptr<ModeChoiceWindow> m_modeChoiceWindow;
     std::unique_ptr<AdvancedWindow> m_advancedWindow;
     std::unique_ptr<BasicWindow> m_basicWindow;
+    std::unique_ptr<WhiteDebugWindow> m_whiteDebugWindow;
+    std::unique_ptr<DebugWindow> m_debugWindow;
 };
 
 }  // namespace tarvoke::app

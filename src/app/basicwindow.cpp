@@ -42,7 +42,19 @@ BasicWindow::BasicWindow(App& app) : m_app(app) {
         app, *this,
         HotkeyActions{[this] { stopScript(); }, [this] { m_app.playback.pauseScript(); }, [this] { recordScript(); },
                       [this] { playScript(); }});
-    m_timers->onAfterStop = [this] { closeRecording(); };
+    // The script is not shown here: the calibrated text replaces it as it is.
+    m_correctTime = std::make_unique<CorrectTimeRun>(
+        app, CallingWindow{[this] { stopScript(); }, [this] { return text(); },
+                           [this](const QString& t) {
+                               if (t != m_text) setChanged(true);
+                               setText(t);
+                           },
+                           m_timers.get(), true});
+    m_timers->isCorrectTimeOn = [this] { return m_correctTime->on(); };
+    m_timers->onAfterStop = [this] {
+        m_correctTime->turnOff();
+        closeRecording();
+    };
     m_timers->isPlayXSelected = [this] { return playXOption->isChecked(); };
 
     // The controls show the settings as loaded.
@@ -71,11 +83,11 @@ QWidget* BasicWindow::buildMainFrame() {
     advancedModeButton = button("Advanced Mode");
     correctTimeButton = button("Correct Time");
     playButton = button("Play");
-    correctTimeButton->setEnabled(false);
     connect(recordButton, &QPushButton::clicked, this, [this] { recordScript(); });
     connect(saveButton, &QPushButton::clicked, this, [this] { saveScript(); });
     connect(openButton, &QPushButton::clicked, this, [this] { openScript(); });
     connect(advancedModeButton, &QPushButton::clicked, this, [this] { switchToAdvancedMode(); });
+    connect(correctTimeButton, &QPushButton::clicked, this, [this] { m_correctTime->start(); });
     connect(playButton, &QPushButton::clicked, this, [this] { playScript(); });
     return frame;
 }

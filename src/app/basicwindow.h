@@ -4,6 +4,7 @@
 #include <QWidget>
 #include <memory>
 
+#include "app/correcttimerun.h"
 #include "app/playtimers.h"
 #include "app/recordtimers.h"
 
@@ -64,6 +65,7 @@ private:
     QButtonGroup* m_playOptions = nullptr;
     std::unique_ptr<PlayTimers> m_timers;
     std::unique_ptr<RecordTimers> m_recordTimers;
+    std::unique_ptr<CorrectTimeRun> m_correctTime;
 };
 
 }  // namespace tarvoke::app

@@ -15,6 +15,11 @@ public:
     virtual void tell(const QString& title, const QString& text, Icon icon = Icon::None) = 0;
     // A Yes / No question; true for Yes.
     virtual bool askYesNo(const QString& title, const QString& text) = 0;
+    enum class Answer { Yes, No, Cancel };
+    // A Yes / No / Cancel question. A dialog that knows no Cancel asks Yes / No.
+    virtual Answer askYesNoCancel(const QString& title, const QString& text) {
+        return askYesNo(title, text) ? Answer::Yes : Answer::No;
+    }
     enum class SaveChoice { Save, Discard, Cancel };
     // Whether to save text that would otherwise be lost.
     virtual SaveChoice askSave(const QString& title, const QString& text) = 0;
@@ -31,6 +36,7 @@ class QtDialogs : public Dialogs {
 public:
     void tell(const QString& title, const QString& text, Icon icon) override;
     bool askYesNo(const QString& title, const QString& text) override;
+    Answer askYesNoCancel(const QString& title, const QString& text) override;
     SaveChoice askSave(const QString& title, const QString& text) override;
     QString openFileName(const QString& title, const QString& filter, const QString& defaultExtension) override;
     QString saveFileName(const QString& title, const QString& filter, const QString& defaultExtension) override;

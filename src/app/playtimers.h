@@ -30,11 +30,13 @@ public:
     void setHotkeyPoll(bool on);
     bool hotkeyPollOn() const { return m_hotkeyPoll.isActive(); }
     bool playTimerOn() const { return m_playTimer.isActive(); }
-    bool correctTimeTimerOn() const { return false; }
+    bool correctTimeTimerOn() const { return isCorrectTimeOn && isCorrectTimeOn(); }
 
     // The window's own steps of Stop and its Play X option.
     std::function<void()> onAfterStop;
     std::function<bool()> isPlayXSelected;
+    // Whether the window's Correct Time run is timed now (Ctrl+1 works then).
+    std::function<bool()> isCorrectTimeOn;
 
     // One poll of the hotkeys (the tick of the hotkey poll).
     void pollHotkeys();

@@ -89,6 +89,16 @@ void Playback::releaseHeld() {
     if (m_session.platform.input) m_session.platform.input->releaseAll();
 }
 
+void Playback::runTimed(std::string& script, engine::ExecuteType type) {
+    ++m_generation;
+    m_resumePending = false;  // a new load: nothing is left to resume
+    m_engine.setExecuteType(type);
+    m_engine.initialize(script);
+    run();
+    // Ctrl+1 keeps the run for the next Play, keys and all.
+    if (!m_resumePending) releaseHeld();
+}
+
 void Playback::pauseScript() {
     if (m_view) m_view->setPlayTimer(false);
     claimStopKey(false);

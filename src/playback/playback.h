@@ -66,6 +66,9 @@ public:
     void stopPlay();
     // Ends the run in hand and makes the next Play resume instead of reload.
     void pauseScript();
+    // The one run of Correct Time or White Debug mode: loads script with
+    // the run's type and runs it once, inside the caller's tick.
+    void runTimed(std::string& script, engine::ExecuteType type);
 
     bool resumePending() const { return m_resumePending; }
     bool inTick() const { return m_inTick; }

@@ -136,8 +136,8 @@ class Play(unittest.TestCase):
 
     def test_basic_mode_plays_x_times_or_repeatedly_until_ctrl_zero(self):
         # Basic Mode by keyboard. A fresh window has the focus on Record;
-        # five Tabs pass Save, Open..., Advanced Mode and Play (Correct Time
-        # is disabled) to the first option, Play Once. In a group of options
+        # six Tabs pass Save, Open..., Advanced Mode, Correct Time and Play
+        # to the first option, Play Once. In a group of options
         # an arrow key moves the focus, and selects the next option only
         # when the one it leaves was selected; Space selects the option in
         # focus. Shift+Tab from an option is Play.
@@ -148,7 +148,7 @@ class Play(unittest.TestCase):
                 # Runs apart in time, so that each click is one run.
                 program.enter_script(click_script(target, "Pause(150);\n"))
                 program.to_basic_mode()
-                xdotool("key", *["Tab"] * 5, *keys, "shift+Tab", "space")
+                xdotool("key", *["Tab"] * 6, *keys, "shift+Tab", "space")
                 self.assertGreaterEqual(len(target.wait_for(runs, "ButtonPress", timeout=10)), runs)
                 if stop:
                     hold("ctrl+0")
