@@ -70,12 +70,10 @@ TEST(DoubleToText, FifteenDigitsPlainOrExponent) {
         double value;
         const char* text;
     } cases[] = {
-        {0, "0"},          {5, "5"},           {5.5, "5.5"},         {-2.25, "-2.25"},
-        {0.1 + 0.2, "0.3"}, {1.0 / 3, "0.333333333333333"},      {1e-5, "0.00001"},
-        {1e-7, "1E-07"},   {1.5e20, "1.5E+20"}, {1e15, "1E+15"},  {999999999999999, "999999999999999"},
-        {123456789012345678.0, "1.23456789012346E+17"},            {2.0 / 3 * 1e-6, "6.66666666666667E-07"},
-        {std::numeric_limits<double>::infinity(), "inf"},           {-std::numeric_limits<double>::infinity(), "-inf"},
-        {std::nan(""), "nan"},
+        // More forms, nan and -inf: tests/scripts/engine/number_text.tk.
+        {0, "0"}, {5.5, "5.5"}, {-2.25, "-2.25"}, {1.0 / 3, "0.333333333333333"}, {1e-7, "1E-07"},
+        {999999999999999, "999999999999999"}, {123456789012345678.0, "1.23456789012346E+17"},
+        {2.0 / 3 * 1e-6, "6.66666666666667E-07"}, {std::numeric_limits<double>::infinity(), "inf"},
     };
     for (const Case& c : cases) EXPECT_EQ(doubleToText(c.value), c.text) << c.value;
 }
