@@ -110,10 +110,7 @@ TEST_F(HostTest, TargetWindow) { checkAll(kTargetWindow); }
 // Input may wait for the next command of another kind, which might be slow
 // (a file, a program's start, a wait), and is sent on before it.
 TEST_F(HostTest, HeldInputLeavesBeforeAnyOtherCommand) {
-    const struct {
-        const char* script;
-        int flushes;
-    } cases[] = {
+    const std::pair<const char*, int> cases[] = {
         {"LeftClick(); RightDown(); RightUp(); MiddleClick(); LeftDownEx(1, 2); MoveMouse(3, 4);", 0},
         {"KeyDown(65); KeyUp(65); SendKeys(ab);", 0},
         {"int(n, 1); add(n, 1); LeftClick();", 0},
@@ -121,10 +118,10 @@ TEST_F(HostTest, HeldInputLeavesBeforeAnyOtherCommand) {
         {"LeftClick(); Start(notes.txt); LeftClick(); SaveImage(1, x.bmp);", 2},
         {"SendKeys(a); SelectWindow(notepad, null); MsgBox(hi);", 2},
     };
-    for (const auto& c : cases) {
+    for (const auto& [script, flushes] : cases) {
         fake.input.flushes = 0;
-        run(std::string("function(main);") + c.script + "endfunction();");
-        EXPECT_EQ(fake.input.flushes, c.flushes) << c.script;
+        run(std::string("function(main);") + script + "endfunction();");
+        EXPECT_EQ(fake.input.flushes, flushes) << script;
     }
 }
 

@@ -114,15 +114,8 @@ TEST(ColorBox, BoundsBeyondBytesAndReversedBounds) {
     EXPECT_FALSE(screen::inBox(screen::byteBoxOf({}, {}), makePixel(0, 0, 1)));
 }
 
-TEST(Saturation, BrightnessFigures) {
-    const struct {
-        uint32_t pixel;
-        double saturation;
-    } cases[] = {{grey(128), 50.0}, {makePixel(200, 100, 50), 45.572916666666664}, {grey(255), 99.609375}, {0, 0.0}};
-    for (const auto& c : cases) {
-        const PixelGrid g = filledGrid(1, 1, c.pixel);
-        EXPECT_DOUBLE_EQ(screen::saturationOf(&g, {0, 0, 0, 0}), c.saturation);
-    }
+// The figures of single pixels: tests/scripts/screen/measure.tk.
+TEST(Saturation, TheMeanOfTheArea) {
     PixelGrid two = filledGrid(2, 1, 0);
     two.at(1, 0) = grey(128);
     EXPECT_EQ(screen::saturationOf(&two, {0, 0, 1, 0}), 25.0);

@@ -6,10 +6,7 @@ namespace tarvoke::engine {
 namespace {
 
 TEST(stripSource, CommentsQuotesBlanksAndCase) {
-    struct Case {
-        const char* text;
-        const char* stripped;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         // Lowering, tabs, UTF-8 and line ends: tests/scripts/engine/layout_crlf.tk.
         {"#a##b#", "#b"},
         {"a# comment #b", "ab"},
@@ -17,7 +14,7 @@ TEST(stripSource, CommentsQuotesBlanksAndCase) {
         {"\"\tA B\"", "\"A B\""},
         {"# open to the end", ""},
     };
-    for (const Case& c : cases) EXPECT_EQ(stripSource(c.text), c.stripped) << c.text;
+    for (const auto& [text, stripped] : cases) EXPECT_EQ(stripSource(text), stripped) << text;
 }
 
 }  // namespace

@@ -20,12 +20,7 @@ std::string describe(const std::optional<std::vector<platform::KeyStroke>>& stro
     return out;
 }
 
-struct Case {
-    const char* keys;
-    const char* strokes;
-};
-
-const Case kCases[] = {
+const std::pair<const char*, const char*> kCases[] = {
     {"", ""}, {"ab", "'a' 'b'"}, {"[x]", "'[' 'x' ']'"}, {"é€", "'é' '€'"}, {"+a", "v16 'a' ^16"},
     {"^(ab)c", "v17 'a' 'b' ^17 'c'"}, {"%{F4}", "v18 v115 ^115 ^18"}, {"+^a", "v16 v17 'a' ^17 ^16"},
     {"(ab)", "'a' 'b'"}, {"+()", "v16 ^16"}, {"~", "v13 ^13"}, {"^~", "v17 v13 ^13 ^17"},
@@ -36,7 +31,7 @@ const Case kCases[] = {
 };
 
 TEST(SendKeys, ParsesTheNotation) {
-    for (const Case& c : kCases) EXPECT_EQ(describe(host::parseSendKeys(c.keys)), c.strokes) << "keys: " << c.keys;
+    for (const auto& [keys, strokes] : kCases) EXPECT_EQ(describe(host::parseSendKeys(keys)), strokes) << "keys: " << keys;
     for (const char* keys : {"{FOO}", "{F17}", "{F0}", "{F01}", "{LEFT x}", "{LEFT 3 4}", "{LEFT", "{}", "a}", "(a",
                              "a)", "+", "a+", "+)", "ab{FOO}"})
         EXPECT_EQ(describe(host::parseSendKeys(keys)), "rejected") << "keys: " << keys;
