@@ -27,27 +27,21 @@ TEST_P(BuiltinCases, LeaveTheVariable) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Declarations, BuiltinCases, ::testing::Values(
-    Case{"int(x, 2.5);", "x", Long, "2"}, Case{"string(x, 5);", "x", Text, "5"},
-    Case{"double(x, abc);", "x", Double, "0"},
-    Case{"int(x);", "x", Long, "0"}, Case{"string(x, 0x4142);", "x", Text, "AB"},
-    Case{"string(x, \"0x4142\");", "x", Text, "AB"},
+    // More in tests/scripts/engine: number_text.tk (rounding), layout_crlf.tk (0x texts), variables_dump.tk.
+    Case{"string(x, 5);", "x", Text, "5"}, Case{"double(x, abc);", "x", Double, "0"}, Case{"int(x);", "x", Long, "0"},
     Case{"string(x, \"0X41\");", "x", Text, "0X41"},  // hex only after a lower-case 0x
     Case{"int(x, 9); int(x, 3);", "x", Long, "3"}, Case{"set(x, 5);", "x", Long, "5"},
-    Case{"set(x, 2.5);", "x", Double, "2.5"},
-    Case{"set(x, abc);", "x", Text, "abc"}, Case{"set(x, \"5\");", "x", Long, "5"},
-    Case{"int(x, 1); set(x, abc);", "x", Text, "abc"},   // a string x now hides the long
+    Case{"set(x, 2.5);", "x", Double, "2.5"}, Case{"set(x, abc);", "x", Text, "abc"}, Case{"set(x, \"5\");", "x", Long, "5"},
     Case{"int(x, 1); set(x, 2.5);", "x", Long, "1"},     // the double stands behind the long
     Case{"string(x, a); set(x, 5);", "x", Text, "a"}, Case{"double(b, 5.5); set(a, b);", "a", Double, "5.5"},
-    Case{"double(b, 5); set(a, b);", "a", Long, "5"},
-    Case{"int(x, 99999999999);", "x", Long, "0"}));
+    Case{"double(b, 5); set(a, b);", "a", Long, "5"}, Case{"int(x, 99999999999);", "x", Long, "0"}));
 
 INSTANTIATE_TEST_SUITE_P(Arithmetic, BuiltinCases, ::testing::Values(
     Case{"add(u, 1); add(u, 1);", "u", Text, "11"}, Case{"int(x, 10); add(x, 2.5);", "x", Long, "12"},
     Case{"int(x, 7); divide(x, 2);", "x", Long, "4"}, Case{"int(x, 5); divide(x, 2);", "x", Long, "2"},
     Case{"int(x, 5); divide(x, 0);", "x", Long, "5"}, Case{"int(x, 2147483647); add(x, 1);", "x", Long, "2147483647"},
     Case{"int(x, 65536); multiply(x, 65536);", "x", Long, "65536"},
-    Case{"int(x, 10); subtract(x, 12abc);", "x", Long, "-2"}, Case{"double(d, 1); divide(d, 0);", "d", Double, "inf"},
-    Case{"double(d, 0); divide(d, 0);", "d", Double, "nan"},
+    Case{"int(x, 10); subtract(x, 12abc);", "x", Long, "-2"},
     Case{"double(d, 1.0e300); multiply(d, 1.0e300);", "d", Double, "inf"},
     Case{"double(d, 1.5); multiply(d, 2);", "d", Double, "3"}, Case{"int(x, 3); power(x, 2);", "x", Long, "9"},
     Case{"int(x, 9); power(x, 0.5);", "x", Long, "1"}, Case{"double(d, 9); power(d, 0.5);", "d", Double, "3"},
@@ -60,8 +54,7 @@ INSTANTIATE_TEST_SUITE_P(Arithmetic, BuiltinCases, ::testing::Values(
     Case{"string(s, banana); divide(s, \"a\");", "s", Text, "bnn"},
     Case{"string(s, ab); subtract(s, \"\");", "s", Text, "ab"},
     Case{"string(s, x); combine(s, 2.5);", "s", Text, "x2.5"},
-    Case{"string(s, \"aXa\"); removeall(s, a);", "s", Text, "X"},
-    Case{"add(5, 1);", "5", Long, "1"}));
+    Case{"string(s, \"aXa\"); removeall(s, a);", "s", Text, "X"}));
 
 INSTANTIATE_TEST_SUITE_P(Functions, BuiltinCases, ::testing::Values(
     Case{"int(x, 5); factorial(x);", "x", Long, "120"}, Case{"int(x, 0); factorial(x);", "x", Long, "1"},

@@ -110,10 +110,7 @@ TEST_F(HostTest, TargetWindow) { checkAll(kTargetWindow); }
 // Input may wait for the next command of another kind, which might be slow
 // (a file, a program's start, a wait), and is sent on before it.
 TEST_F(HostTest, HeldInputLeavesBeforeAnyOtherCommand) {
-    const struct {
-        const char* script;
-        int flushes;
-    } cases[] = {
+    const std::pair<const char*, int> cases[] = {
         {"LeftClick(); RightDown(); RightUp(); MiddleClick(); LeftDownEx(1, 2); MoveMouse(3, 4);", 0},
         {"KeyDown(65); KeyUp(65); SendKeys(ab);", 0},
         {"int(n, 1); add(n, 1); LeftClick();", 0},
@@ -121,10 +118,10 @@ TEST_F(HostTest, HeldInputLeavesBeforeAnyOtherCommand) {
         {"LeftClick(); Start(notes.txt); LeftClick(); SaveImage(1, x.bmp);", 2},
         {"SendKeys(a); SelectWindow(notepad, null); MsgBox(hi);", 2},
     };
-    for (const auto& c : cases) {
+    for (const auto& [script, flushes] : cases) {
         fake.input.flushes = 0;
-        run(std::string("function(main);") + c.script + "endfunction();");
-        EXPECT_EQ(fake.input.flushes, c.flushes) << c.script;
+        run(std::string("function(main);") + script + "endfunction();");
+        EXPECT_EQ(fake.input.flushes, flushes) << script;
     }
 }
 
@@ -134,20 +131,26 @@ TEST_F(HostTest, AClosedTargetIsStillUsed) {
     EXPECT_EQ(play("KeyDown(1);"), (Lines{"SendMessage 1001 256 1 0x00010001"}));
 }
 
-const Case kPrograms[] = {
+const Case kProgramsAndMessages[] = {
     {"quoted or not", "Start(notepad.exe); Start(\"My Notes.txt\");",
      {"ShellExecute \"Open\" \"notepad.exe\" \"\" 1", "ShellExecute \"Open\" \"My Notes.txt\" \"\" 1"}},
     {"no file opens nothing", "Start(); StartEx(, , normal);", {}},
     {"window states", "StartEx(a, , normal); StartEx(a, , Minimized); StartEx(a, \"-x y\", maximized);",
      {"ShellExecute \"Open\" \"a\" \"\" 1", "ShellExecute \"Open\" \"a\" \"\" 2", "ShellExecute \"Open\" \"a\" \"-x y\" 3"}},
     {"other states start nothing", "StartEx(a, , hidden); StartEx(a, , \"Minimized\"); StartEx(a);", {}},
+    {"msgbox: flags 0, empty title", "MsgBox(0x41); MsgBox(); MsgBox(\"a\", \"b\");",
+     {"MessageBox 0 \"\" \"0x41\"", "MessageBox 0 \"\" \"\"", "MessageBox 0 \"\" \"a\""}},
+    {"unknown commands and OrigionalPlayTime do nothing", "Foo(1,2); OrigionalPlayTime(12.5); Timer(); KeyDown(1);",
+     {"keybd_event 1 0"}},
 };
 
-TEST_F(HostTest, Programs) { checkAll(kPrograms); }
+TEST_F(HostTest, ProgramsAndMessages) { checkAll(kProgramsAndMessages); }
 
 // Pieces of long pauses, scaled seconds and hours: tests/scripts/host/pause_pieces.tk.
 const Case kPauses[] = {
-    {"nothing positive, nothing waited", "Pause(0); Pause(-5); Pause(abc); Pause(); Pause(0.4);", {}},
+    {"nothing positive, nothing waited", "Pause(0); Pause(-5); Pause(abc); Pause(); Pause(0.4); PauseS(-1); PauseM(abc);",
+     {}},
+    {"a minute is sixty waits of a second", "PauseM(1);", Lines(60, "Wait 1000")},
     {"9999 is one wait", "Pause(9999);", {"Wait 9999"}},
     {"one over the piece", "Pause(10000);", {"Wait 9999", "Wait 1"}},
     {"the guard rounds the unscaled value", "Pause(0.6);", {"Wait 1"}},
@@ -163,19 +166,9 @@ const Case kPauses[] = {
 
 TEST_F(HostTest, Pauses) { checkAll(kPauses); }
 
-TEST_F(HostTest, AMinuteIsSixtyWaitsOfASecond) {
-    EXPECT_EQ(play("PauseM(1);"), Lines(60, "Wait 1000"));
-    EXPECT_EQ(play("PauseS(-1); PauseM(abc);"), Lines{});
-}
-
 TEST_F(HostTest, TheFactorOutlivesTheRun) {
     run("SetPausePercent(10);");
     EXPECT_EQ(play("Pause(100);"), (Lines{"Wait 10"}));
-}
-
-TEST_F(HostTest, AFixedFactorPassesOverSetPausePercent) {
-    session.fixedPauseFactor = session.pauseFactor = 2.0;
-    EXPECT_EQ(play("SetPausePercent(50); Pause(100);"), (Lines{"Wait 200"}));
 }
 
 TEST_F(HostTest, SetPausePercentByExecuteType) {
@@ -209,15 +202,6 @@ TEST_F(HostTest, StopwatchesReadTheClock) {
     EXPECT_EQ(host::readEventClock(session), 30);
     EXPECT_EQ(host::readRunClock(session), 5);
 }
-
-const Case kMisc[] = {
-    {"msgbox: flags 0, empty title", "MsgBox(0x41); MsgBox(); MsgBox(\"a\", \"b\");",
-     {"MessageBox 0 \"\" \"0x41\"", "MessageBox 0 \"\" \"\"", "MessageBox 0 \"\" \"a\""}},
-    {"unknown commands and OrigionalPlayTime do nothing", "Foo(1,2); OrigionalPlayTime(12.5); Timer(); KeyDown(1);",
-     {"keybd_event 1 0"}},
-};
-
-TEST_F(HostTest, Misc) { checkAll(kMisc); }
 
 TEST_F(HostTest, ModeSwitches) {
     run("DisableRepeat(); RandomFindMode();");

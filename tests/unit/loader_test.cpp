@@ -86,16 +86,13 @@ TEST_F(LoaderTest, NamesAndNumbers) {
 }
 
 TEST_F(LoaderTest, HexToText) {
-    struct Case {
-        const char* hex;
-        std::string text;
-    } cases[] = {
+    const std::pair<const char*, std::string> cases[] = {
         {"414243", "ABC"}, {"41 42", "AB"}, {"4", std::string("\x04", 1)}, {"2041", "A"},
         {"zz41", std::string("\0A", 2)}, {"", ""},
     };
-    for (const Case& c : cases) {
-        std::string hex = c.hex;
-        EXPECT_EQ(engine::SC::hexToAscii(hex), c.text) << c.hex;
+    for (const auto& [hex, text] : cases) {
+        std::string copy = hex;
+        EXPECT_EQ(engine::SC::hexToAscii(copy), text) << hex;
     }
 }
 

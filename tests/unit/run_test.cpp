@@ -106,13 +106,6 @@ TEST_F(RunTest, ACallBeyondTheDeepestFailsAndTheRunGoesOn) {
     EXPECT_EQ(engine.callDepth(), 0);
 }
 
-TEST_F(RunTest, RunsAgainOnOneLoadWithItsVariables) {
-    load("function(main); add(n, 1); endfunction();");
-    engine.execute();
-    engine.execute();
-    EXPECT_EQ(valueOf("n"), "11");  // never declared: a text that grows
-}
-
 // A hotkey handled inside a yield: a stop before int(b) moves the line back
 // to main's function statement, which runs instead; a pause before int(a)
 // lets it run and ends the run on the line after it.

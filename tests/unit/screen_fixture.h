@@ -41,6 +41,21 @@ protected:
     }
     // Runs the statements as the body of Main.
     void runBody(const std::string& body) { run("Function(Main);\n" + body + "\nEndFunction();"); }
+    // A test answering in r, and the position it notes (-1, -1 when none), from the first find mode.
+    struct Answer {
+        const char* statement;
+        const char* answer;
+        std::pair<int, int> last;
+    };
+    void checkAnswers(std::initializer_list<Answer> cases) {
+        for (const Answer& c : cases) {
+            session.lastX = session.lastY = -1;
+            session.firstFind = true;
+            runBody(c.statement);
+            EXPECT_EQ(valueOf("r"), c.answer) << c.statement;
+            EXPECT_EQ(std::make_pair(int(session.lastX), int(session.lastY)), c.last) << c.statement;
+        }
+    }
     const platform::PixelGrid* slot(int index) const { return session.imageTable.image(index); }
 
     platform::fake::FakePictures files;

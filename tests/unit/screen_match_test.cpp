@@ -37,10 +37,7 @@ TEST_F(MatchTest, PointCommandsCompareOnePixelWithSubImagePixel11) {
     image.at(2, 0) = grey(128);
     image.at(3, 0) = withSum(385);
     putImage(0, image);
-    const struct {
-        const char* statement;
-        const char* answer;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"IsImage(r, 0, 1, 0, 0);", "True"},
         {"IsImage(r, 0, 1, 1, 0);", "False"},
         {"IsImageEx(r, 0, 1, 1, 0, 1);", "True"},
@@ -51,7 +48,7 @@ TEST_F(MatchTest, PointCommandsCompareOnePixelWithSubImagePixel11) {
         {"IsImage(r, 0, 1, x, 0);", "True"},          // a coordinate that is no number
         {"IsImage(r, 0, nothing, 2, 0);", "False"},
     };
-    for (const auto& c : cases) EXPECT_EQ(answerOf(c.statement), c.answer) << c.statement;
+    for (const auto& [statement, answer] : cases) EXPECT_EQ(answerOf(statement), answer) << statement;
 }
 
 TEST_F(MatchTest, RedMatchesGreenOfEqualBrightness) {

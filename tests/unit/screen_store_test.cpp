@@ -19,25 +19,19 @@ using platform::makePixel;
 using platform::PixelGrid;
 
 TEST(ImageName, FollowsTheRemovalAndNumberRule) {
-    const struct {
-        const char* name;
-        std::optional<int16_t> index;
-    } cases[] = {
+    const std::pair<const char*, std::optional<int16_t>> cases[] = {
         {"imagesave7", 7},      {"7", 7},           {"imagesave7.5", 8},   {"imagesave6.5", 6},
         {"imagesave50", 50},    {"imagesave51", 51}, {"imagesaveimagesave3", 3},
         {"ImageSave7", std::nullopt}, {"imagesave", std::nullopt}, {"", std::nullopt},
         {"imagesave99999", std::nullopt}, {"picture", std::nullopt}, {"imagesave-1", -1},
     };
-    for (const auto& c : cases) EXPECT_EQ(host::imageSlot(c.name), c.index) << c.name;
+    for (const auto& [name, index] : cases) EXPECT_EQ(host::imageSlot(name), index) << name;
 }
 
 TEST(RangeName, ReadsTheEleventhCharacterOnly) {
-    const struct {
-        const char* name;
-        std::optional<int16_t> index;
-    } cases[] = {{"colorrange0", 0}, {"colorrange9", 9}, {"colorrange10", 1}, {"colorrange12", 1},
+    const std::pair<const char*, std::optional<int16_t>> cases[] = {{"colorrange0", 0}, {"colorrange9", 9}, {"colorrange10", 1}, {"colorrange12", 1},
                  {"abcdefghij5", 5}, {"colorrange", std::nullopt}, {"colorrangex", std::nullopt}};
-    for (const auto& c : cases) EXPECT_EQ(host::rangeSlot(c.name), c.index) << c.name;
+    for (const auto& [name, index] : cases) EXPECT_EQ(host::rangeSlot(name), index) << name;
 }
 
 class StoreTest : public ScreenTest {};

@@ -85,12 +85,5 @@ TEST_F(VariablesTest, ATooLargeNumberKeepsTheLastLong) {
     EXPECT_EQ(engine.valueSlot().integer, 5);
 }
 
-TEST_F(VariablesTest, AQuotedLiteralChangesItsStatementOnTheFirstRun) {
-    load("function(main); set(x, \"5\"); endfunction();");
-    engine.execute();
-    EXPECT_EQ(engine.statement(2).parameters[1], "5");
-    EXPECT_EQ(typeOf("x"), engine::ValueKind::Long);
-}
-
 }  // namespace
 }  // namespace tarvoke::test
