@@ -5,7 +5,6 @@
 //   ready top=0x400001 child=0x400002 x=100 y=100 width=600 height=400 childx=150 childy=150
 //   ButtonPress win=child sent=0 time=1234 x=10 y=20 root=160,170 button=1 state=0x0
 //   KeyPress win=top sent=1 time=0 x=0 y=0 root=0,0 keycode=38 keysym=0x61 state=0x0
-//   MotionNotify win=top sent=0 time=1240 x=5 y=6 root=105,106 state=0x0
 //
 // "ready" comes once the top-level window is mapped and has the focus; x and
 // y are the root positions of the windows' insides. Positions of the child
@@ -14,8 +13,7 @@
 // handled.
 //
 // usage: tarvoke-testwindow [--class C] [--title T] [--child-class C]
-//                           [--child-title T] [--geometry WxH+X+Y] [--log FILE]
-//                           [--pid no]
+//                           [--geometry WxH+X+Y] [--log FILE] [--pid no]
 
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
@@ -33,7 +31,6 @@ struct Options {
     std::string windowClass = "TarvokeTest";
     std::string title = "Tarvoke Test Window";
     std::string childClass = "TarvokeChild";
-    std::string childTitle = "Tarvoke Child";
     int x = 100, y = 100, width = 600, height = 400;
     const char* log = nullptr;
     bool publishPid = true;  // "--pid no" leaves _NET_WM_PID out, as plain Xt programs do
@@ -45,7 +42,7 @@ Options parseOptions(int argc, char** argv) {
         const std::string name = argv[i];
         const char* value = argv[i + 1];
         std::string* text = name == "--class" ? &o.windowClass : name == "--title" ? &o.title
-                          : name == "--child-class" ? &o.childClass : name == "--child-title" ? &o.childTitle : nullptr;
+                          : name == "--child-class" ? &o.childClass : nullptr;
         if (text) *text = value;
         else if (name == "--log") o.log = value;
         else if (name == "--pid") o.publishPid = std::strcmp(value, "no") != 0;
@@ -160,7 +157,7 @@ int main(int argc, char** argv) {
                                     options.height, WhitePixel(display, screen));
     const Window child = createWindow(display, top, 50, 50, 200, 100, BlackPixel(display, screen));
     setNames(display, top, options.windowClass, options.title);
-    setNames(display, child, options.childClass, options.childTitle);
+    setNames(display, child, options.childClass, "Tarvoke Child");
     askForPosition(display, top, options);
     const long pid = getpid();
     if (options.publishPid)

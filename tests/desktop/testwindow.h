@@ -27,7 +27,6 @@ struct Event {
         auto it = fields.find(key);
         return it == fields.end() ? std::string() : it->second;
     }
-    int number(const std::string& key) const { return static_cast<int>(std::strtol((*this)[key].c_str(), nullptr, 0)); }
 };
 
 class TestWindow {
@@ -55,11 +54,11 @@ public:
         std::filesystem::remove(m_log);
     }
 
-    unsigned long top() const { return std::strtoul(m_ready["top"].c_str(), nullptr, 16); }
-    unsigned long child() const { return std::strtoul(m_ready["child"].c_str(), nullptr, 16); }
+    unsigned long top() const { return std::stoul(m_ready["top"], nullptr, 16); }
+    unsigned long child() const { return std::stoul(m_ready["child"], nullptr, 16); }
     // Root position of a point inside the top-level window or the child.
-    int rootX(bool child, int x) const { return m_ready.number(child ? "childx" : "x") + x; }
-    int rootY(bool child, int y) const { return m_ready.number(child ? "childy" : "y") + y; }
+    int rootX(bool child, int x) const { return std::stoi(m_ready[child ? "childx" : "x"]) + x; }
+    int rootY(bool child, int y) const { return std::stoi(m_ready[child ? "childy" : "y"]) + y; }
 
     // The logged events of the given types, after the ready line (or the
     // ready line itself).

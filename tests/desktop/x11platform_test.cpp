@@ -371,31 +371,9 @@ TEST_F(X11Test, StartRunsAProgramAndItsWindowAppears) {
     std::system(("xdotool windowkill " + std::to_string(found)).c_str());
 }
 
-// A borderless window that the window manager leaves where it is put, of
-// one colour, with a 6 x 4 square of another colour inside; the server
-// paints both from their background pixels. A client of its own, as another
-// program would be.
-struct PaintedWindow {
-    PaintedWindow(int x, int y, unsigned long colour, unsigned long innerColour) : display(XOpenDisplay(nullptr)) {
-        XSetWindowAttributes attributes{};
-        attributes.override_redirect = True;
-        attributes.background_pixel = colour;
-        window = XCreateWindow(display, DefaultRootWindow(display), x, y, 120, 80, 0, CopyFromParent, InputOutput,
-                               CopyFromParent, CWOverrideRedirect | CWBackPixel, &attributes);
-        attributes.background_pixel = innerColour;
-        inner = XCreateWindow(display, window, 50, 30, 6, 4, 0, CopyFromParent, InputOutput, CopyFromParent,
-                              CWBackPixel, &attributes);
-        XMapWindow(display, inner);
-        XMapRaised(display, window);
-        XSync(display, False);
-    }
-    ~PaintedWindow() { XCloseDisplay(display); }
-    Display* display;
-    Window window, inner;
-};
-
-// A capture shows a painted window at its place on the screen, and a
-// capture again sees a change in the same buffer.
+// A capture shows the test window's child, painted by the server from a
+// background pixel that another client sets, at its place on the screen, and
+// a capture again sees a change in the same buffer.
 TEST_F(X11Test, CaptureShowsAPaintedWindowAtItsPlace) {
     screen::ImageStore store;
     // Captures until the colour shows: the server paints on its own time.
@@ -405,23 +383,29 @@ TEST_F(X11Test, CaptureShowsAPaintedWindowAtItsPlace) {
             return store.image(0) && store.image(0)->at(x, y) == pixel;
         });
     };
-    PaintedWindow window(300, 200, 0x204060, 0xC86432);  // inner: red 200, green 100, blue 50
-    ASSERT_TRUE(captureShowing(0xC86432, 350, 230));
+    TestWindow window;
+    Display* other = XOpenDisplay(nullptr);
+    ASSERT_NE(other, nullptr);
+    XSetWindowBackground(other, window.child(), 0xC86432);  // red 200, green 100, blue 50
+    XClearWindow(other, window.child());
+    XSync(other, False);
+    const int x = window.rootX(true, 0), y = window.rootY(true, 0);
+    ASSERT_TRUE(captureShowing(0xC86432, x, y));
     const PixelGrid& grid = *store.image(0);
     const Size size = m_platform.screen->screenSize();
     EXPECT_EQ(grid.width, size.width);
     EXPECT_EQ(grid.height, size.height);
-    EXPECT_EQ(grid.at(300, 200), 0x204060u);
-    EXPECT_EQ(grid.at(419, 279), 0x204060u);
-    EXPECT_EQ(grid.at(355, 233), 0xC86432u);
-    EXPECT_NE(grid.at(356, 234), 0xC86432u);
+    EXPECT_EQ(grid.at(x - 1, y - 1), 0xFFFFFFu);
+    EXPECT_EQ(grid.at(x + 199, y + 99), 0xC86432u);
+    EXPECT_NE(grid.at(x + 200, y + 100), 0xC86432u);
 
     const uint32_t* buffer = grid.pixels.data();
-    XMoveWindow(window.display, window.inner, 70, 60);
-    XSync(window.display, False);
-    ASSERT_TRUE(captureShowing(0xC86432, 370, 260));
+    XMoveWindow(other, window.child(), 70, 60);
+    XSync(other, False);
+    ASSERT_TRUE(captureShowing(0xC86432, x + 219, y + 109));
     EXPECT_EQ(store.image(0)->pixels.data(), buffer);
-    EXPECT_EQ(store.image(0)->at(350, 230), 0x204060u);
+    EXPECT_EQ(store.image(0)->at(x, y), 0xFFFFFFu);
+    XCloseDisplay(other);
 }
 
 // A timer may end itself from its own tick, as the poll loop's may; Qt's

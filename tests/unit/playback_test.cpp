@@ -79,17 +79,6 @@ const std::string kOneMessage = "Function(Main);\nMessage(run, normal, t);\nEndF
 
 // A play hides the windows and turns the timer on; nothing runs before the
 // first tick. Play forgets the target window, playing a selection keeps it.
-TEST_F(PlaybackTest, StartLoadsHidesAndTurnsTheTimerOn) {
-    for (const bool clearTarget : {true, false}) {
-        session.targetWindow = 42;
-        start(kOneMessage, clearTarget);
-        EXPECT_FALSE(shown);
-        EXPECT_TRUE(timer);
-        EXPECT_EQ(session.targetWindow, clearTarget ? 0u : 42u);
-        EXPECT_TRUE(transcript.empty());
-    }
-}
-
 TEST_F(PlaybackTest, RunCountsFollowRepeatAndPlayX) {
     struct Case {
         const char* name;
@@ -97,19 +86,25 @@ TEST_F(PlaybackTest, RunCountsFollowRepeatAndPlayX) {
         bool playX;
         int target;
         int runs;  // -1: still running after the bound
+        bool clearTarget = true;
     };
     const Case cases[] = {
         {"once", false, false, 0, 1},        {"repeat runs on", true, false, 0, -1},
         {"play X three", true, true, 3, 3},  {"play X zero runs once", true, true, 0, 1},
-        {"play X one", true, true, 1, 1},
+        {"play X one, a selection", true, true, 1, 1, false},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         transcript.clear();
         session.repeat = c.repeat;
+        session.targetWindow = 42;
         playX = c.playX;
         if (c.playX) playback.setPlayTarget(c.target);
-        start(kOneMessage);
+        start(kOneMessage, c.clearTarget);
+        EXPECT_FALSE(shown);
+        EXPECT_TRUE(timer);
+        EXPECT_EQ(session.targetWindow, c.clearTarget ? 0u : 42u);
+        EXPECT_TRUE(transcript.empty());
         const int ticks = tickWhileOn(20);
         EXPECT_EQ(linesStartingWith("MessageBox"), c.runs < 0 ? 20 : c.runs);
         EXPECT_EQ(timer, c.runs < 0);
