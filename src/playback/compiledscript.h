@@ -17,6 +17,9 @@
 
 namespace tarvoke::playback {
 
+// The runtime, in the folder of the programs.
+inline constexpr const char* kRuntimeFileName = "Compiler.dll";
+
 inline constexpr char kRepeatFlag = '1';
 inline constexpr char kOnceFlag = '0';
 

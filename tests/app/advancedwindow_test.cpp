@@ -283,7 +283,7 @@ private slots:
             {w.playSelectionAction, "Ctrl+E"}, {w.playAction, ""},  {w.stopAction, ""}};
         for (const auto& [action, keys] : expected) QCOMPARE(action->shortcut(), QKeySequence(keys));
         QVERIFY(w.recordAction->isEnabled());
-        for (QAction* later : {w.compileAction, w.correctTimeAction, w.debugAction}) QVERIFY(!later->isEnabled());
+        for (QAction* later : {w.correctTimeAction, w.debugAction}) QVERIFY(!later->isEnabled());
         w.readmeAction->trigger();  // the guide beside the program
         QCOMPARE(f.dialogs.opened, QStringList{f.qpath("readme.txt")});
     }

@@ -92,7 +92,7 @@ int play(int argc, char** argv) {
     if (!options.compileTarget.empty()) {
         script = readScript(options.file);
         if (script.index() == 1) return fail(std::get<1>(script));
-        const std::string problem = playback::compileScript(player::programFolder() + "/" + player::kRuntimeName,
+        const std::string problem = playback::compileScript(player::programFolder() + "/" + playback::kRuntimeFileName,
                                                             options.compileTarget, std::get<0>(script), options.compileRepeat);
         return problem.empty() ? 0 : fail(problem);
     }

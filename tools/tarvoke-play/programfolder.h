@@ -6,9 +6,6 @@
 
 namespace tarvoke::player {
 
-// The runtime of compiled programs, beside the programs.
-inline constexpr const char* kRuntimeName = "Compiler.dll";
-
 // Without a trailing "/"; "." when the executable's path cannot be read.
 std::string programFolder();
 // The running executable's own path; empty when it cannot be read.
