@@ -12,13 +12,12 @@ class CompileTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void compileWritesTheProgramAndSaysSo() {
+    void compileWritesTheProgramAndOpenReadsItBack() {
         struct Row {
             const char* name;
-            QString path;            // from the dialog; "" is Cancel
+            QString path;  // from the dialog; "" is Cancel
             bool runtime, repeat;
-            QString told;            // the last box
-            QString file;            // the file expected, "" none
+            QString told, file;  // the box, and the file expected ("" none)
         };
         const Row rows[] = {
             {"Cancel", "", true, true, "Error: Invalid Filename!", ""},
@@ -51,16 +50,13 @@ private slots:
             QCOMPARE(w.windowTitle(), "Tarvoke");
             QVERIFY(f.app->filePath.empty());
         }
-    }
-
-    void openOfAFileWithoutATailSaysSo() {
+        // A file whose length field is out of range holds no script.
         AppFixture f;
         f.writeFile("tool.exe", QByteArray("binary\xff\xff\xff\x7f"));
         f.dialogs.paths = {f.qpath("tool.exe")};
-        AdvancedWindow& w = f.app->advancedWindow();
-        w.openScript();
+        f.app->advancedWindow().openScript();
         QCOMPARE(f.dialogs.told, QStringList{"Tarvoke: This file holds no compiled script."});
-        QCOMPARE(w.text(), kTemplate);
+        QCOMPARE(f.app->advancedWindow().text(), kTemplate);
     }
 };
 

@@ -1,10 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <unistd.h>
-#include <sys/stat.h>
-
 #include "engine/scripttext.h"
 #include "playback/compiledscript.h"
 
@@ -51,24 +46,4 @@ TEST(CompiledScript, TailOutOfRangeIsNoScript) {
                                    std::string("xy\xff\xff\xff\xff", 6), "plain script text;"};
     for (const std::string& file : corrupt) EXPECT_FALSE(compiledTailOf(file)) << file.size();
     EXPECT_TRUE(compiledTailOf(std::string("xy\x02\x00\x00\x00", 6)));  // an empty body
-}
-
-TEST(CompiledScript, CompileWritesAnExecutableAndReadsBack) {
-    const auto folder = std::filesystem::temp_directory_path() / ("compiled-" + std::to_string(::getpid()));
-    std::filesystem::create_directories(folder);
-    const std::string runtime = (folder / "runtime").string(), target = (folder / "out.exe").string();
-    std::ofstream(runtime) << "#!runtime";
-    EXPECT_EQ(compileScript(runtime, target, "Pause( 5 );", true), "");
-    struct stat status {};
-    ASSERT_EQ(::stat(target.c_str(), &status), 0);
-    EXPECT_TRUE(status.st_mode & S_IXUSR);
-    const auto tail = readCompiledTail(target);
-    ASSERT_TRUE(tail);
-    EXPECT_EQ(tail->flag, '1');
-    EXPECT_EQ(tail->body, "pause(5);");
-    // A failed compile leaves the file that was there.
-    EXPECT_NE(compileScript((folder / "missing").string(), target, "x();", false), "");
-    EXPECT_EQ(readCompiledTail(target)->body, "pause(5);");
-    EXPECT_FALSE(readCompiledTail(runtime));
-    std::filesystem::remove_all(folder);
 }
