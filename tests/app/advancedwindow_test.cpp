@@ -41,7 +41,7 @@ private slots:
         AdvancedWindow& window = f.app->advancedWindow();
         QCOMPARE(window.windowTitle(), "Tarvoke");
         QCOMPARE(window.text(), kTemplate);
-        // A compiled script is not read; a name in capitals is a script.
+        // A file that holds no compiled script opens nothing; a name in capitals is a script.
         f.writeFile("tool.exe", "binary");
         f.writeFile("first.TK.EXE", "Function(Main);\r\nPause(5);\r\nEndFunction();\r\n");
         f.dialogs.paths = {f.qpath("tool.exe"), f.qpath("first.TK.EXE")};
