@@ -36,6 +36,8 @@ if ! command -v xauth >/dev/null; then  # xvfb-run needs it
   $sudo apt-get install -y -qq --no-install-recommends xauth
 fi
 python3 bench/headless_start.py "$build/bin/tarvoke-play" 20
+echo "== compiled programs: from the start to the first action, beside tarvoke-play; the size"
+.ci/with-desktop.sh --no-wm python3 bench/compiled_start.py "$build/bin/tarvoke-play" 20
 echo "== the windows: play start, editor keystroke, hotkey"
 cmake --build "$build" --target app_bench >/dev/null
 .ci/with-desktop.sh "$build/bin/app_bench"

@@ -23,8 +23,8 @@ file(MAKE_DIRECTORY ${generated})
 install(TARGETS tarvoke tarvoke-play tarvoke-message RUNTIME DESTINATION ${TARVOKE_PROGRAM_FOLDER})
 install(TARGETS tarvoke-pictures LIBRARY DESTINATION ${TARVOKE_PROGRAM_FOLDER})
 install(FILES ${CMAKE_SOURCE_DIR}/docs/readme.txt DESTINATION ${TARVOKE_PROGRAM_FOLDER})
-# The runtime, once the build makes it.
-install(PROGRAMS ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/Compiler.dll DESTINATION ${TARVOKE_PROGRAM_FOLDER} OPTIONAL)
+# The runtime that Compile and tarvoke-play --compile copy.
+install(PROGRAMS ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/Compiler.dll DESTINATION ${TARVOKE_PROGRAM_FOLDER})
 
 # Relative links, so that the installed tree can move (a DESTDIR, a package).
 foreach(program tarvoke tarvoke-play)

@@ -15,6 +15,7 @@
 #include "app/paths.h"
 #include "app/replacedialog.h"
 #include "app/scriptfile.h"
+#include "playback/compiledscript.h"
 
 namespace tarvoke::app {
 
@@ -84,11 +85,6 @@ void AdvancedWindow::buildMenus() {
         QObject::connect(action, &QAction::triggered, this, handler);
         return action;
     };
-    auto later = [](QMenu* menu, const char* caption) {
-        QAction* action = menu->addAction(caption);
-        action->setEnabled(false);
-        return action;
-    };
 
     QMenu* file = menuBar()->addMenu("File");
     newAction = add(file, "New", QKeySequence("Ctrl+N"), [this] { newScript(); });
@@ -96,7 +92,7 @@ void AdvancedWindow::buildMenus() {
     openAction = add(file, "Open", QKeySequence("Ctrl+O"), [this] { openScript(); });
     saveAction = add(file, "Save", QKeySequence("Ctrl+S"), [this] { saveScript(); });
     saveAsAction = add(file, "Save As", QKeySequence(), [this] { saveScriptAs(); });
-    compileAction = later(file, "Compile");
+    compileAction = add(file, "Compile", QKeySequence(), [this] { compileScript(); });
     file->addSeparator();
     basicModeAction = add(file, "Basic Mode", QKeySequence(), [this] { switchToBasicMode(); });
     file->addSeparator();
@@ -192,9 +188,12 @@ void AdvancedWindow::openScript() {
     std::string path = localPath(m_app.dialogs().openFileName("Open Tarvoke script file", kOpenFilter, "tk"));
     if (!isValidPath(path) || path.empty()) return;
     m_app.session.scriptFolder = folderOf(path);
-    // A compiled script: read back once compiling exists; a name in capitals
+    // A compiled program: its body, one statement a line. A name in capitals
     // ("EXE") is read as a script.
-    if (path.ends_with("exe")) return;
+    if (path.ends_with("exe")) {
+        openCompiledScript(path);
+        return;
+    }
     const auto content = readScriptFile(path);
     if (!content) return;
     setWindowTitle(captionWith(kAdvancedCaption, displayFileName(path)));
@@ -202,6 +201,40 @@ void AdvancedWindow::openScript() {
     setText(*content);
     setChanged(false);
     m_app.scriptText = text().toStdString();
+}
+
+void AdvancedWindow::openCompiledScript(const std::string& path) {
+    // What is read back is the compact body; the caption and the path stay
+    // as New left them, so a Save asks for a name.
+    const auto tail = playback::readCompiledTail(path);
+    if (!tail) {
+        m_app.dialogs().tell("Tarvoke", "This file holds no compiled script.", Dialogs::Icon::Stop);
+        return;
+    }
+    setText(decodeScriptBytes(QByteArray::fromStdString(playback::bodyAsLines(tail->body))));
+    setChanged(false);
+    m_app.scriptText = text().toStdString();
+}
+
+void AdvancedWindow::compileScript() {
+    std::string path = localPath(
+        m_app.dialogs().saveFileName("Save Executable", "Executable Files|*.exe|All Files|*.*", "exe"));
+    if (!path.ends_with(".exe")) path += ".exe";
+    // Cancel gives ".exe", which holds no folder: it is told as a bad name.
+    if (!isValidPath(path)) {
+        m_app.dialogs().tell("Error", "Invalid Filename!", Dialogs::Icon::Stop);
+        return;
+    }
+    if (path.empty()) return;
+    const bool repeat = m_app.dialogs().askYesNo("Repeat?", "Would you like the script to repeat infinitely until stopped?");
+    // Written beside the target and renamed over it: a failed compile leaves
+    // what was there.
+    const std::string runtime = (m_app.programFolder() / playback::kRuntimeFileName).string();
+    if (!playback::compileScript(runtime, path, text().toStdString(), repeat).empty()) {
+        m_app.dialogs().tell("Error", "Could not create exectuable!", Dialogs::Icon::Stop);
+        return;
+    }
+    m_app.dialogs().tell("Compiled", "Tarvoke executable was compiled.", Dialogs::Icon::Exclamation);
 }
 
 bool AdvancedWindow::saveScript() {

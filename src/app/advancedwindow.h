@@ -41,8 +41,11 @@ public:
     // Returns false when the user answered No to the question.
     bool newScript();
     void openScript();
+    void openCompiledScript(const std::string& path);
     // Return whether the script was saved.
     bool saveScript();
+    // Compile: the text behind a copy of the runtime, as a program of its own.
+    void compileScript();
     bool saveScriptAs();
     void switchToBasicMode();
     void exitProgram();

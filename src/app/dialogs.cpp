@@ -20,6 +20,7 @@ QString qtFilter(const QString& filter) {
 void QtDialogs::tell(const QString& title, const QString& text, Icon icon) {
     QMessageBox box(icon == Icon::Stop          ? QMessageBox::Critical
                     : icon == Icon::Information ? QMessageBox::Information
+                    : icon == Icon::Exclamation ? QMessageBox::Warning
                                                 : QMessageBox::NoIcon,
                     title, text, QMessageBox::Ok);
     box.exec();

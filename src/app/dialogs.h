@@ -10,7 +10,7 @@ namespace tarvoke::app {
 class Dialogs {
 public:
     virtual ~Dialogs() = default;
-    enum class Icon { None, Stop, Information };
+    enum class Icon { None, Stop, Information, Exclamation };
     // A box with an OK button.
     virtual void tell(const QString& title, const QString& text, Icon icon = Icon::None) = 0;
     // A Yes / No question; true for Yes.

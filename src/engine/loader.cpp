@@ -30,13 +30,13 @@ void SC::resetTables() {
     m_names[""] = NameSlots{0, 0, 0};
 }
 
-void SC::initialize(std::string& inputCode) {
+void SC::initialize(std::string& inputCode, SourceForm form) {
     m_running = true;
     resetTables();
     int32_t functionsSeen = 0;
     int32_t ordinalOfMain = 0;
 
-    std::string normalised = stripSource(inputCode);
+    std::string normalised = stripSource(inputCode, form);
     std::erase_if(normalised, [](char c) { return c == '\n' || c == '\r'; });  // removeLineBreaks, in place
     inputCode = std::move(normalised);
     reserveTables(inputCode);

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "engine/environment.h"
+#include "engine/scripttext.h"
 #include "engine/statement.h"
 
 namespace tarvoke::engine {
@@ -65,7 +66,7 @@ public:
     SC& operator=(const SC&) = delete;
 
     // Load. inputCode receives the normalised text.
-    void initialize(std::string& inputCode);
+    void initialize(std::string& inputCode, SourceForm form = SourceForm::Text);
     std::string getDebug() const;
     // The dump, piece after piece, without building it whole; false when a
     // stop came before its end.

@@ -2,12 +2,13 @@
 
 namespace tarvoke::engine {
 
-std::string stripSource(std::string_view text) {
+std::string stripSource(std::string_view text, SourceForm form) {
     // Written through a pointer into a buffer of the full size: this runs
     // over every byte of multi-megabyte recordings.
     std::string out(text.size(), '\0');
     char* write = out.data();
-    bool inQuotes = false;
+    const bool compact = form == SourceForm::Compact;
+    bool inQuotes = compact;
     bool inComment = false;
     for (size_t i = 0; i < text.size(); ++i) {
         char c = text[i];
@@ -27,7 +28,7 @@ std::string stripSource(std::string_view text) {
             }
         }
         if (inComment) continue;
-        if (c == '"') {
+        if (c == '"' && !compact) {
             inQuotes = !inQuotes;
             *write++ = c;
         } else if (inQuotes) {

@@ -8,9 +8,17 @@
 
 namespace tarvoke::engine {
 
+// The form of a text handed to the load.
+enum class SourceForm {
+    Text,     // as written
+    Compact,  // a compiled program's body: blanks and case already settled, quotes gone
+};
+
 // Drops tabs and comments ("#" to the next "#", quotes or not), and outside
-// double quotes drops blanks and lower-cases ASCII letters.
-std::string stripSource(std::string_view text);
+// double quotes drops blanks and lower-cases ASCII letters. A compact body
+// lost its quotes when it was compiled, so all of it is kept as if quoted:
+// folding it again would fold the text that was quoted.
+std::string stripSource(std::string_view text, SourceForm form = SourceForm::Text);
 // Drops every CR and LF, inside quotes as well.
 std::string removeLineBreaks(std::string_view text);
 

@@ -2,9 +2,9 @@
 
 namespace tarvoke::playback {
 
-void Playback::load(std::string scriptText) {
+void Playback::load(std::string scriptText, engine::SourceForm form) {
     m_engine.setExecuteType(engine::ExecuteType::Play);
-    m_engine.initialize(scriptText);
+    m_engine.initialize(scriptText, form);
 }
 
 void Playback::run(int count) {

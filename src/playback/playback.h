@@ -37,7 +37,7 @@ public:
     Playback(engine::SC& engine, host::Session& session) : m_engine(engine), m_session(session) {}
 
     // Loads a copy of the text; the caller's text stays as it is.
-    void load(std::string scriptText);
+    void load(std::string scriptText, engine::SourceForm form = engine::SourceForm::Text);
     // Runs the loaded script count times (Play X), with the variables kept
     // between runs; a stop ends the run in hand and the rest.
     void run(int count = 1);

@@ -28,14 +28,15 @@ std::string waylandNotice() {
     return isSet("WAYLAND_DISPLAY") ? "this is a Wayland session: tarvoke-play acts on X11 windows only" : "";
 }
 
-std::unique_ptr<Desktop> Desktop::open(platform::EventLoop& loop) {
-    std::unique_ptr<Desktop> desktop(new Desktop(loop));
+std::unique_ptr<Desktop> Desktop::open(platform::EventLoop& loop, std::string messageHelper, std::string messageMarker) {
+    std::unique_ptr<Desktop> desktop(new Desktop(loop, std::move(messageHelper), std::move(messageMarker)));
     desktop->m_x11 = platform::x11::X11Platform::open(loop);
     if (!desktop->m_x11) return nullptr;
     return desktop;
 }
 
-Desktop::Desktop(platform::EventLoop& loop) : m_loop(loop), m_messages(loop) {}
+Desktop::Desktop(platform::EventLoop& loop, std::string messageHelper, std::string messageMarker)
+    : m_loop(loop), m_messages(loop, std::move(messageHelper), std::move(messageMarker)) {}
 
 // Also on the way out of an error.
 Desktop::~Desktop() {

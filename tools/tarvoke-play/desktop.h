@@ -27,8 +27,11 @@ std::string waylandNotice();
 
 class Desktop {
 public:
-    // nullptr when the display cannot be opened. The loop outlives the desktop.
-    static std::unique_ptr<Desktop> open(platform::EventLoop& loop);
+    // nullptr when the display cannot be opened. The loop outlives the
+    // desktop. Message boxes are shown by messageHelper, run with
+    // messageMarker in its environment (HelperMessageBoxes).
+    static std::unique_ptr<Desktop> open(platform::EventLoop& loop, std::string messageHelper = {},
+                                         std::string messageMarker = {});
     ~Desktop();
 
     platform::Platform platform();
@@ -45,7 +48,7 @@ public:
     void closeMessages() { m_messages.closeAll(); }
 
 private:
-    explicit Desktop(platform::EventLoop& loop);
+    Desktop(platform::EventLoop& loop, std::string messageHelper, std::string messageMarker);
     platform::EventLoop& m_loop;
     std::unique_ptr<platform::x11::X11Platform> m_x11;
     HelperMessageBoxes m_messages;

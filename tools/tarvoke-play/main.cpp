@@ -19,7 +19,9 @@
 #include "platform/fileread.h"
 #include "platform/loop/pollloop.h"
 #include "platform/turnpacer.h"
+#include "playback/compiledscript.h"
 #include "playback/playback.h"
+#include "programfolder.h"
 #include "record.h"
 #include "signals.h"
 
@@ -87,6 +89,13 @@ int play(int argc, char** argv) {
     const auto& options = std::get<player::Options>(parsed);
 
     std::variant<std::string, std::string> script;
+    if (!options.compileTarget.empty()) {
+        script = readScript(options.file);
+        if (script.index() == 1) return fail(std::get<1>(script));
+        const std::string problem = playback::compileScript(player::programFolder() + "/" + playback::kRuntimeFileName,
+                                                            options.compileTarget, std::get<0>(script), options.compileRepeat);
+        return problem.empty() ? 0 : fail(problem);
+    }
     if (options.record) {
         if (const std::string problem = player::recordingProblem(options); !problem.empty()) return fail(problem);
     } else {

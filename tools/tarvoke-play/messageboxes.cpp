@@ -20,26 +20,31 @@ extern char** environ;
 namespace tarvoke::player {
 namespace {
 
-std::string helperPath() { return programFolder() + "/tarvoke-message"; }
-
 // The player's environment, where the box belongs on the X display the run
 // acts on, whatever Qt platform the environment names.
-std::vector<std::string> helperEnvironment() {
+std::vector<std::string> helperEnvironment(const std::string& marker) {
     std::vector<std::string> result;
     for (char** entry = environ; *entry; ++entry)
         if (std::strncmp(*entry, "QT_QPA_PLATFORM=", 16) != 0) result.emplace_back(*entry);
     result.emplace_back("QT_QPA_PLATFORM=xcb");
     // The helper ends with the player; it checks that the player is still its parent.
     result.emplace_back("TARVOKE_MESSAGE_PARENT=" + std::to_string(::getpid()));
+    if (!marker.empty()) result.push_back(marker);
     return result;
 }
 
+}  // namespace
+
+HelperMessageBoxes::HelperMessageBoxes(platform::EventLoop& loop, std::string helper, std::string marker)
+    : m_loop(loop), m_helper(helper.empty() ? programFolder() + "/tarvoke-message" : std::move(helper)),
+      m_marker(std::move(marker)) {}
+
 // Starts the helper with its standard input on socket; the process id, or
 // -1 with errno set.
-pid_t startHelper(uint32_t flags, int socket) {
-    const std::string path = helperPath();
+pid_t HelperMessageBoxes::startHelper(uint32_t flags, int socket) {
+    const std::string& path = m_helper;
     const std::string flagsText = std::to_string(flags);
-    std::vector<std::string> environment = helperEnvironment();
+    std::vector<std::string> environment = helperEnvironment(m_marker);
     std::vector<char*> envp;
     for (std::string& entry : environment) envp.push_back(entry.data());
     envp.push_back(nullptr);
@@ -56,6 +61,8 @@ pid_t startHelper(uint32_t flags, int socket) {
     }
     return pid;
 }
+
+namespace {
 
 // The title, a zero byte and the text, then the end of the input.
 void sendBox(int socket, const std::string& title, const std::string& text) {
@@ -76,7 +83,7 @@ void sendBox(int socket, const std::string& title, const std::string& text) {
 void HelperMessageBoxes::show(uint32_t flags, const std::string& title, const std::string& text) {
     int ends[2];
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
-        std::fprintf(stderr, "tarvoke-play: cannot show a message box (%s); its text: %s\n", std::strerror(errno),
+        std::fprintf(stderr, "%s: cannot show a message box (%s); its text: %s\n", programName(), std::strerror(errno),
                      text.c_str());
         return;
     }
@@ -85,7 +92,7 @@ void HelperMessageBoxes::show(uint32_t flags, const std::string& title, const st
     ::close(ends[1]);
     if (pid < 0) {
         ::close(ends[0]);
-        std::fprintf(stderr, "tarvoke-play: cannot show a message box (%s: %s); its text: %s\n", helperPath().c_str(),
+        std::fprintf(stderr, "%s: cannot show a message box (%s: %s); its text: %s\n", programName(), m_helper.c_str(),
                      std::strerror(startError), text.c_str());
         return;
     }

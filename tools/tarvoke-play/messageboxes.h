@@ -5,6 +5,7 @@
 
 #include <sys/types.h>
 
+#include <string>
 #include <vector>
 
 #include "platform/eventloop.h"
@@ -14,7 +15,9 @@ namespace tarvoke::player {
 
 class HelperMessageBoxes : public platform::MessageBoxes {
 public:
-    explicit HelperMessageBoxes(platform::EventLoop& loop) : m_loop(loop) {}
+    // helper: the program that shows one box (tarvoke-message beside the
+    // player when empty); marker: an environment entry added for it.
+    explicit HelperMessageBoxes(platform::EventLoop& loop, std::string helper = {}, std::string marker = {});
     // Waits in the event loop until the box is closed, so that Ctrl+0 and
     // the stop signals are handled meanwhile. When the helper cannot start,
     // says so on standard error with the box's text, and returns.
@@ -23,7 +26,10 @@ public:
     void closeAll();
 
 private:
+    pid_t startHelper(uint32_t flags, int socket);
     platform::EventLoop& m_loop;
+    std::string m_helper;
+    std::string m_marker;
     std::vector<pid_t> m_open;
 };
 

@@ -13,6 +13,7 @@ const char* const kUsage =
     "                    FILE.tk | -\n"
     "       tarvoke-play --record FILE.tk [--force] [--no-mouse-move] [--no-extended-clicks]\n"
     "       tarvoke-play --headless[=WxH] [--wm PROGRAM] [--screenshot FILE.png] [OPTIONS] FILE.tk | -\n"
+    "       tarvoke-play --compile FILE.tk PROGRAM [--repeat]\n"
     "\n"
     "Runs a Tarvoke script, or records one.\n"
     "  --dry-run        act on nothing: print one line for every action, wait on a virtual clock\n"
@@ -34,6 +35,8 @@ const char* const kUsage =
     "  --headless[=WxH] play on a private virtual screen (Xvfb, default 1920x1080) that ends with the run\n"
     "  --wm PROGRAM     with --headless: start this window manager (such as openbox) on that screen first\n"
     "  --screenshot FILE.png  with --headless: save the screen as it is at the end of the run\n"
+    "  --compile FILE.tk PROGRAM  write a stand-alone program that plays the script (- for standard\n"
+    "                   input); with --repeat it plays it over and over until Ctrl+0\n"
     "  --version        print the version\n"
     "Stop a run or a recording with Ctrl+0, Ctrl+C or SIGTERM.\n";
 
@@ -83,7 +86,31 @@ std::optional<uint64_t> byteSize(const std::string& text) {
 
 }  // namespace
 
+namespace {
+
+// --compile IN OUT with --repeat as a flag, and nothing else.
+ParseResult parseCompile(const std::vector<std::string>& args) {
+    Options options;
+    std::vector<std::string> files;
+    for (const std::string& arg : args) {
+        if (arg == "--compile") continue;
+        if (arg == "--repeat") options.compileRepeat = true;
+        else if (arg.size() > 1 && arg[0] == '-') return UsageError{"--compile takes only --repeat, not '" + arg + "'"};
+        else files.push_back(arg);
+    }
+    if (files.size() != 2 || files[1].empty() || files[1] == "-")
+        return UsageError{"--compile needs the script and the program to write: --compile FILE.tk PROGRAM"};
+    options.file = files[0];
+    options.compileTarget = files[1];
+    return options;
+}
+
+}  // namespace
+
 ParseResult parseOptions(const std::vector<std::string>& args) {
+    if (std::find(args.begin(), args.end(), "--compile") != args.end() &&
+        std::find(args.begin(), args.end(), "--help") == args.end())
+        return parseCompile(args);
     Options options;
     bool haveFile = false;
     for (size_t i = 0; i < args.size(); ++i) {

@@ -35,6 +35,10 @@ struct Options {
     std::optional<std::pair<int32_t, int32_t>> headless;
     std::string windowManager;  // --wm PROGRAM on that screen
     std::string screenshot;     // --screenshot FILE.png: the screen at the end
+
+    // --compile IN OUT [--repeat]: write a compiled program instead of playing.
+    std::string compileTarget;  // OUT; file is IN
+    bool compileRepeat = false;
 };
 
 struct ShowHelp {};

@@ -18,11 +18,11 @@ PictureModule::~PictureModule() {
 platform::Pictures* PictureModule::reader() {
     if (m_tried) return m_reader.get();
     m_tried = true;
-    const std::string path = programFolder() + "/tarvoke-pictures.so";
+    const std::string path = m_modulePath ? m_modulePath() : programFolder() + "/tarvoke-pictures.so";
     m_handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     const auto create = m_handle ? reinterpret_cast<platform::qimage::NewPictures>(dlsym(m_handle, platform::qimage::kNewPicturesSymbol)) : nullptr;
     if (create) m_reader.reset(create());
-    else std::fprintf(stderr, "tarvoke-play: cannot read pictures: %s\n", dlerror());
+    else std::fprintf(stderr, "%s: cannot read pictures: %s\n", programName(), dlerror());
     return m_reader.get();
 }
 

@@ -4,7 +4,9 @@
 // player, loaded at the first read, so that a run without pictures starts
 // without Qt.
 
+#include <functional>
 #include <memory>
+#include <string>
 
 #include "platform/pictures.h"
 
@@ -12,6 +14,9 @@ namespace tarvoke::player {
 
 class PictureModule : public platform::Pictures {
 public:
+    // modulePath names the module when it is first needed; by default the
+    // file beside the program.
+    explicit PictureModule(std::function<std::string()> modulePath = {}) : m_modulePath(std::move(modulePath)) {}
     ~PictureModule() override;
     // When the module cannot be loaded, says so once on standard error, and
     // every read fails as a missing picture does.
@@ -21,6 +26,7 @@ public:
 private:
     platform::Pictures* reader();
 
+    std::function<std::string()> m_modulePath;
     void* m_handle = nullptr;
     std::unique_ptr<platform::Pictures> m_reader;
     bool m_tried = false;
