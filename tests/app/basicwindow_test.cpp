@@ -167,9 +167,21 @@ private slots:
         QVERIFY(!basic.timers().playTimerOn());
     }
 
-    void playOptionsSetRepeat() {
+    // The keyboard's way: a fresh window has the focus on Record, and Tab
+    // passes the buttons in their row to the play options.
+    void playOptionsSetRepeatAndTabReachesThem() {
         AppFixture f;
         BasicWindow& basic = f.app->basicWindow();
+        basic.show();
+        basic.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&basic));
+        QCOMPARE(QApplication::focusWidget(), static_cast<QWidget*>(basic.recordButton));
+        for (QWidget* next : QList<QWidget*>{basic.saveButton, basic.openButton, basic.advancedModeButton,
+                                             basic.correctTimeButton, basic.playButton, basic.playOnceOption}) {
+            if (!next->isEnabled()) continue;
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            QCOMPARE(QApplication::focusWidget(), next);
+        }
         for (const auto& [option, repeat] : {std::pair{basic.playOnceOption, false}, {basic.repeatOption, true},
                                              {basic.playXOption, false}}) {
             option->click();

@@ -1,6 +1,5 @@
-"""The program on a real desktop: the first window for each settings.dat, a
-play that hides the window and clicks the test window, the hotkeys Ctrl+0,
-Ctrl+8 and Ctrl+9, the play options of Basic Mode, and a save that fails."""
+"""The program on a real desktop: a play that hides the window and clicks the
+test window, the hotkeys Ctrl+0, Ctrl+8 and Ctrl+9, and a save that fails."""
 
 import contextlib
 import os
@@ -23,14 +22,10 @@ def hold(keys, ms=100):
 class Program:
     """tarvoke started with its own settings folder."""
 
-    def __init__(self, settings="1,1,1,0,0,"):
-        self.folder = tempfile.TemporaryDirectory(prefix="tarvoke-app-")
-        self.settings = os.path.join(self.folder.name, "settings.dat")
-        if settings is not None:
-            with open(self.settings, "w") as f:
-                f.write(settings)
-
     def __enter__(self):
+        self.folder = tempfile.TemporaryDirectory(prefix="tarvoke-app-")
+        with open(os.path.join(self.folder.name, "settings.dat"), "w") as f:
+            f.write("1,1,1,0,0,")
         env = dict(os.environ, TARVOKE_SETTINGS_DIR=self.folder.name)
         env.pop("QT_QPA_PLATFORM", None)
         self.process = subprocess.Popen([os.environ["TARVOKE_APP"]], env=env)
@@ -41,17 +36,13 @@ class Program:
         self.process.wait()
         self.folder.cleanup()
 
-    def windows(self, kind, title=None):
-        """Its visible windows whose _NET_WM_WINDOW_TYPE includes kind (DIALOG,
-        DROPDOWN_MENU ...), and whose title is title when one is given."""
-        found = []
-        for window in xdotool("search", "--onlyvisible", "--pid", self.process.pid, check=False).split():
-            props = subprocess.run(["xprop", "-id", window, "_NET_WM_WINDOW_TYPE", "_NET_WM_NAME"],
-                                   capture_output=True, text=True).stdout
-            if "_NET_WM_WINDOW_TYPE_" + kind in props and (
-                    title is None or '_NET_WM_NAME(UTF8_STRING) = "%s"' % title in props.splitlines()):
-                found.append(window)
-        return found
+    def dialogs(self, title):
+        """Its visible windows of type DIALOG with that title."""
+        props = lambda window: subprocess.run(["xprop", "-id", window, "_NET_WM_WINDOW_TYPE", "_NET_WM_NAME"],
+                                              capture_output=True, text=True).stdout
+        return [window for window in xdotool("search", "--onlyvisible", "--pid", self.process.pid, check=False).split()
+                if "_NET_WM_WINDOW_TYPE_DIALOG" in props(window)
+                and '_NET_WM_NAME(UTF8_STRING) = "%s"' % title in props(window).splitlines()]
 
     def enter_script(self, text):
         """Replaces the editor's text of Advanced Mode by typing. The editor
@@ -73,25 +64,9 @@ class Program:
         xdotool("key", "Return")
         return window_named("Tarvoke - " + os.path.basename(path))
 
-    def to_basic_mode(self):
-        """File, Basic Mode in Advanced Mode: the editor's script goes along."""
-        window = window_named("Tarvoke")
-        xdotool("windowactivate", "--sync", window)
-        # The menu bar's first title, File; from the foot of the menu, Up
-        # passes Exit and Settings.
-        xdotool("mousemove", "--window", window, 20, 10, "click", 1)
-        assert wait_until(lambda: self.windows("DROPDOWN_MENU")), "no File menu"
-        xdotool("key", "Up", "Up", "Up", "Return")
-        xdotool("windowactivate", "--sync", window_named("Tarvoke Basic Mode"))
-
 
 def click_script(target, tail=""):
     return "Function(Main);\nMoveMouse(%d, %d);\nLeftClick();\n%sEndFunction();" % (*target.point("top", 30, 30), tail)
-
-
-def clicks(target):
-    """Where the target window was clicked (button 1)."""
-    return [(p["win"], p["x"], p["y"]) for p in target.events("ButtonPress") if p["button"] == "1"]
 
 
 def settled(target):
@@ -101,16 +76,7 @@ def settled(target):
     count = len(marks()) + 1
     xdotool("mousemove", *target.point("top", 5, 5), "click", 2)
     assert wait_until(lambda: len(marks()) >= count), "the mark did not arrive"
-    return clicks(target)
-
-
-class StartWindow(unittest.TestCase):
-    def test_each_settings_file_shows_its_window(self):
-        for settings, title in [(None, "Tarvoke Start"), ("1,1,1,0,1,", "Tarvoke Basic Mode"),
-                                ("0,0,0,1,0,", "Tarvoke")]:
-            with self.subTest(settings=settings), Program(settings) as program:
-                window_named(title)
-                self.assertTrue(os.path.exists(program.settings))
+    return [(p["win"], p["x"], p["y"]) for p in target.events("ButtonPress") if p["button"] == "1"]
 
 
 class Play(unittest.TestCase):
@@ -133,31 +99,6 @@ class Play(unittest.TestCase):
                     hold("ctrl+0")
                 self.assertTrue(wait_until(lambda: windows_named("Tarvoke"), 1 if stop else 5))
                 self.assertEqual(settled(target), [("top", "30", "30")] * count)
-
-    def test_basic_mode_plays_x_times_or_repeatedly_until_ctrl_zero(self):
-        # Basic Mode by keyboard. A fresh window has the focus on Record;
-        # six Tabs pass Save, Open..., Advanced Mode, Correct Time and Play
-        # to the first option, Play Once. In a group of options
-        # an arrow key moves the focus, and selects the next option only
-        # when the one it leaves was selected; Space selects the option in
-        # focus. Shift+Tab from an option is Play.
-        rows = [("Play X", ["Down", "Down", "space", "Tab", "ctrl+a", "3", "shift+Tab"], 3, False),
-                ("Play Repeatedly", ["Down", "space"], 3, True)]
-        for name, keys, runs, stop in rows:
-            with self.subTest(name), TestWindow() as target, Program() as program:
-                # Runs apart in time, so that each click is one run.
-                program.enter_script(click_script(target, "Pause(150);\n"))
-                program.to_basic_mode()
-                xdotool("key", *["Tab"] * 6, *keys, "shift+Tab", "space")
-                self.assertGreaterEqual(len(target.wait_for(runs, "ButtonPress", timeout=10)), runs)
-                if stop:
-                    hold("ctrl+0")
-                self.assertTrue(wait_until(lambda: windows_named("Tarvoke Basic Mode"), 2 if stop else 10))
-                stopped_at = settled(target)
-                self.assertTrue(len(stopped_at) >= runs if stop else stopped_at == [("top", "30", "30")] * runs)
-                # Nothing plays on.
-                time.sleep(1.0)
-                self.assertEqual(clicks(target), stopped_at)
 
 
 @contextlib.contextmanager
@@ -195,14 +136,13 @@ class Files(unittest.TestCase):
             xdotool("key", "--clearmodifiers", "ctrl+a", "Delete", "type", "--delay", "1", new)
             with read_only_folder(folder):
                 xdotool("key", "--clearmodifiers", "ctrl+s")
-                boxes = wait_until(lambda: program.windows("DIALOG", "Tarvoke"))
+                boxes = wait_until(lambda: program.dialogs("Tarvoke"))
                 self.assertTrue(boxes, "no message box titled Tarvoke")
-                # The box's text is drawn, not published on the window, so
-                # only its title is seen here; frmmain_test reads the text.
+                # The box's text is drawn, not published on the window: advancedwindow_test reads it.
                 self.assertEqual(read_file(path), old)
                 self.assertEqual(xdotool("getwindowname", main).strip(), caption)
                 xdotool("windowactivate", "--sync", boxes[0], "key", "Return")
-                self.assertTrue(wait_until(lambda: not program.windows("DIALOG", "Tarvoke")))
+                self.assertTrue(wait_until(lambda: not program.dialogs("Tarvoke")))
                 self.assertEqual(xdotool("getwindowname", main).strip(), caption)
                 self.assertEqual(os.listdir(folder), ["script.tk"])
             # The script kept its path: once the folder takes files again,
@@ -210,7 +150,7 @@ class Files(unittest.TestCase):
             xdotool("windowactivate", "--sync", main, "key", "--clearmodifiers", "ctrl+s")
             self.assertTrue(wait_until(lambda: read_file(path) == new.encode()))
             self.assertEqual(sorted(os.listdir(folder)), ["script.tk"])
-            self.assertFalse(program.windows("DIALOG", "Tarvoke") or windows_named("Save Tarvoke script file"))
+            self.assertFalse(program.dialogs("Tarvoke") or windows_named("Save Tarvoke script file"))
 
     def test_ctrl8_records_until_ctrl0_and_the_editor_plays_it_back(self):
         # The Ctrl+0 that ends the playback can fall between the KeyDown and

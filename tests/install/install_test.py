@@ -1,9 +1,5 @@
-"""Tarvoke installed: into a scratch prefix (cmake --install), as a Debian
-package (cpack -G DEB, unpacked with dpkg-deb -x), and as a container image
-that plays a script headless. The installed programs run through their links
-in bin/ and find what they load in the program folder; settings go to
-$XDG_CONFIG_HOME when that folder cannot be written. And the built player's
-headless runs, on private X servers of their own.
+"""Tarvoke installed into a scratch prefix, as a Debian package and as a
+container image; the built player's headless runs on private X servers.
 
 usage: install_test.py BUILD_FOLDER SOURCE_FOLDER [TEST CLASSES...]"""
 
@@ -24,7 +20,6 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 from testwindow import wait_until  # noqa: E402
 
 BUILD = SOURCE = VERSION = None
-
 PROGRAM_FOLDER = ["Compiler.dll", "readme.txt", "tarvoke", "tarvoke-message", "tarvoke-pictures.so", "tarvoke-play"]
 # Under the prefix, beside lib/tarvoke/ and the links in bin/.
 SHARED = ["applications/tarvoke.desktop", "bash-completion/completions/tarvoke-play", "doc/tarvoke/changelog.gz",
@@ -49,8 +44,7 @@ def png(path):
         assert zlib.crc32(kind + body) == struct.unpack(">I", data[pos + 8 + length:pos + 12 + length])[0]
         if kind == b"IHDR":
             width, height, depth, colour = struct.unpack(">IIBB", body[:10])
-        packed += body if kind == b"IDAT" else b""
-        pos += 12 + length
+        packed, pos = packed + (body if kind == b"IDAT" else b""), pos + 12 + length
     if (depth, colour) == (8, 2):
         raw, stride = zlib.decompress(packed), 1 + 3 * width
         rows = [raw[y * stride:(y + 1) * stride] for y in range(height)]
@@ -74,8 +68,8 @@ class Installed(unittest.TestCase):
             self.assertEqual(os.readlink(os.path.join(prefix, "bin", program)), "../lib/tarvoke/" + program)
             out = run(os.path.join(prefix, "bin", program), "--version")
             self.assertEqual((out.returncode, out.stdout), (0, "%s %s\n" % (program, VERSION)), out.stderr)
-        # A dry run that needs the picture module: found only if the player
-        # finds its program folder through the link it was started by.
+        # The picture module is found only if the player finds its program
+        # folder through the link it was started by.
         picture = os.path.join(SOURCE, "tests/scripts/screen/screen.png")
         out = run(os.path.join(prefix, "bin/tarvoke-play"), "--dry-run", "--screen-image", picture, "-",
                   input="Function(Main);\nMoveMouseToCenterScreen();\nMessage(hi, normal, t);\nEndFunction();\n")
@@ -93,8 +87,7 @@ class Installed(unittest.TestCase):
 class InstallTest(Installed):
     def test_install_into_a_prefix(self):
         with tempfile.TemporaryDirectory() as prefix:
-            out = run("cmake", "--install", BUILD, "--prefix", prefix)
-            self.assertEqual(out.returncode, 0, out.stderr)
+            self.assertEqual(run("cmake", "--install", BUILD, "--prefix", prefix).returncode, 0)
             self.check_layout(prefix)
             share = os.path.join(prefix, "share")
             out = run("desktop-file-validate", os.path.join(share, SHARED[0]))
@@ -112,12 +105,11 @@ class InstallTest(Installed):
             for words, expected in [(["--sc"], ["--screen", "--screen-image", "--screenshot"]),
                                     (["--screenshot", ""], ["end.png"]),
                                     (["--headless=1"], ["1024x768", "1280x1024", "1920x1080"])]:
-                line = "tarvoke-play " + " ".join(words)
-                shell = ('source /usr/share/bash-completion/bash_completion; source "%s"; '
-                         'COMP_WORDS=(tarvoke-play %s); COMP_CWORD=%d; COMP_LINE="%s"; COMP_POINT=${#COMP_LINE}; '
-                         '_tarvoke_play tarvoke-play "${COMP_WORDS[-1]}" "${COMP_WORDS[-2]}"; '
-                         'printf "%%s\\n" "${COMPREPLY[@]}"' % (os.path.join(share, SHARED[1]),
-                                                              " ".join('"%s"' % w for w in words), len(words), line))
+                shell = ('source /usr/share/bash-completion/bash_completion; source "%s"; COMP_WORDS=(tarvoke-play %s); '
+                         'COMP_CWORD=%d; COMP_LINE="%s"; COMP_POINT=${#COMP_LINE}; _tarvoke_play tarvoke-play '
+                         '"${COMP_WORDS[-1]}" "${COMP_WORDS[-2]}"; printf "%%s\\n" "${COMPREPLY[@]}"'
+                         % (os.path.join(share, SHARED[1]), " ".join('"%s"' % w for w in words), len(words),
+                            "tarvoke-play " + " ".join(words)))
                 out = run("bash", "-c", shell, cwd=shots,
                           env=dict(os.environ, PATH=os.path.join(prefix, "bin") + ":" + os.environ["PATH"]))
                 self.assertEqual(sorted(out.stdout.split()), expected, (words, out.stderr))
@@ -149,10 +141,9 @@ class SettingsTest(unittest.TestCase):
 
     def test_settings_go_to_the_config_folder(self):
         with tempfile.TemporaryDirectory() as work:
-            prefix = os.path.join(work, "usr")
+            prefix, config = os.path.join(work, "usr"), os.path.join(work, "config")
             self.assertEqual(run("cmake", "--install", BUILD, "--prefix", prefix).returncode, 0)
             folder = os.path.join(prefix, "lib/tarvoke")
-            config = os.path.join(work, "config")
             # Root writes anywhere but into an immutable folder.
             root = os.geteuid() == 0
             self.assertEqual(run(*(["chattr", "+i"] if root else ["chmod", "a-w"]), folder).returncode, 0)
@@ -174,39 +165,34 @@ class SettingsTest(unittest.TestCase):
 class ContainerTest(unittest.TestCase):
     """The image of the Containerfile plays a script headless, where podman works."""
 
-    BASE = "docker.io/library/debian:12"
-
-    def podman_options(self):
-        """The options podman needs to run a container here; skips the test, saying why, where it cannot."""
+    def test_image_plays_a_script(self):
         if not shutil.which("podman"):
             self.skipTest("podman is not installed")
-        tries = [[]]
-        if shutil.which("runc"):
-            # crun refuses cgroups v1 and v2 mixed, and raising limits without
-            # the right to: runc, within the limits the machine allows.
-            tries.append(["--runtime", "runc", "--ulimit", "nofile=1024:1024", "--ulimit", "nproc=1024:1024"])
+        # crun refuses cgroups v1 and v2 mixed, and raising limits without the
+        # right to: then runc, within the limits the machine allows.
+        tries = [[]] + [["--runtime", "runc", "--ulimit", "nofile=1024:1024", "--ulimit", "nproc=1024:1024"]] * bool(
+            shutil.which("runc"))
+        podman = lambda *args, **kw: run("podman", args[0], *options, *args[1:], **kw)
         for options in tries:
-            out = run("podman", "run", *options, "--rm", "--network=none", self.BASE, "true")
+            out = podman("run", "--rm", "--network=none", "docker.io/library/debian:12", "true")
             if out.returncode == 0:
-                return options
-        self.skipTest("podman cannot run the Debian 12 base image here: " +
-                      (out.stderr.strip().splitlines() or ["no reason given"])[-1])
-
-    def test_image_plays_a_script(self):
-        options = self.podman_options()
+                break
+        else:
+            self.skipTest("podman cannot run the Debian 12 base image here: " +
+                          (out.stderr.strip().splitlines() or ["no reason given"])[-1])
         with tempfile.TemporaryDirectory() as context:
             build_package(context)
             shutil.copy(os.path.join(SOURCE, "Containerfile"), context)
             shutil.rmtree(os.path.join(context, "_CPack_Packages"))
             tag = "localhost/tarvoke-test:%d" % os.getpid()
             # The build installs the package and Xvfb from the Debian archive.
-            out = run("podman", "build", *options, "--network=host", "-t", tag, context, timeout=900)
+            out = podman("build", "--network=host", "-t", tag, context, timeout=900)
             self.assertEqual(out.returncode, 0, out.stdout[-3000:] + out.stderr[-3000:])
             try:
                 with open(os.path.join(context, "move.tk"), "w") as f:
                     f.write("Function(Main);\nMoveMouse(10, 20);\nEndFunction();\n")
-                out = run("podman", "run", *options, "--rm", "--network=none", "-v", context + ":/work", tag,
-                          "--wm", "openbox", "--screenshot", "end.png", "move.tk")
+                out = podman("run", "--rm", "--network=none", "-v", context + ":/work", tag,
+                             "--wm", "openbox", "--screenshot", "end.png", "move.tk")
                 self.assertEqual(out.returncode, 0, out.stderr)
                 self.assertEqual(png(os.path.join(context, "end.png"))[:2], (1920, 1080))
             finally:
@@ -231,7 +217,6 @@ HEADLESS_SCRIPT = """Function(Main);
   PauseS(600);
 EndFunction();
 """
-MOVED = "MotionNotify win=child"
 
 
 class Headless:
@@ -249,7 +234,7 @@ class Headless:
         """The window's log lines of the pointer's move into the child, once there is one."""
         def logged():
             with contextlib.suppress(FileNotFoundError), open(self.log) as log:
-                return [line for line in log if line.startswith(MOVED)]
+                return [line for line in log if line.startswith("MotionNotify win=child")]
         return wait_until(logged, 120)
 
     def processes(self):
@@ -274,12 +259,10 @@ def still_running(pids, timeout=15):
     """The pids of the list still running after timeout seconds."""
     left = []
     for pid in pids:
-        try:
+        with contextlib.suppress(ProcessLookupError):
             fd = os.pidfd_open(pid)
-        except ProcessLookupError:
-            continue
-        left += [] if select.select([fd], [], [], timeout)[0] else [pid]
-        os.close(fd)
+            left += [] if select.select([fd], [], [], timeout)[0] else [pid]
+            os.close(fd)
     return left
 
 
@@ -307,11 +290,11 @@ class HeadlessTest(unittest.TestCase):
                     if number == signal.SIGKILL:
                         self.assertFalse(os.path.exists(run.shot))
                         continue
-                    width, height, rows_ = png(run.shot)
+                    width, height, pixels = png(run.shot)
                     self.assertEqual((width, height), (640, 480))
                     for (x, y), colour in {(120, 120): 255, (480, 380): 255, (300, 200): 0, (600, 450): 0,
                                            (20, 20): 0}.items():
-                        self.assertEqual(tuple(rows_[y][3 * x:3 * x + 3]), (colour,) * 3, (x, y))
+                        self.assertEqual(tuple(pixels[y][3 * x:3 * x + 3]), (colour,) * 3, (x, y))
         finally:
             for run in runs:
                 run.close()
@@ -323,8 +306,7 @@ class HeadlessTest(unittest.TestCase):
             with open(script, "w") as f:
                 f.write("Function(Main);\nEndFunction();\n")
             out = run(play, "--headless=320x200", "--screenshot", shot, script, timeout=120)
-            self.assertEqual((out.returncode, out.stderr), (0, ""))
-            self.assertEqual(png(shot)[:2], (320, 200))
+            self.assertEqual((out.returncode, out.stderr, png(shot)[:2]), (0, "", (320, 200)))
             # (environment, options, the words of the one line on standard error)
             for env, options, words in [({"PATH": empty}, [], "Xvfb is not installed (on Debian: apt install xvfb)"),
                                         ({}, ["--wm", "no-such-window-manager"],
@@ -332,8 +314,7 @@ class HeadlessTest(unittest.TestCase):
                                         ({}, ["--wm", "false"], "the window manager 'false' ended before it was ready")]:
                 with self.subTest(words=words):
                     out = run(play, "--headless=320x200", *options, script, env=dict(os.environ, **env), timeout=60)
-                    self.assertEqual(out.returncode, 2)
-                    self.assertEqual(out.stderr.splitlines(), [out.stderr.strip()])
+                    self.assertEqual((out.returncode, out.stderr.splitlines()), (2, [out.stderr.strip()]))
                     self.assertIn(words, out.stderr)
 
 
