@@ -67,7 +67,7 @@ void BM_MoveMouseToColorRangeAbsent(benchmark::State& state) {
     screen::ColorRanges ranges;
     ranges.colorRangeMin[3] = ranges.colorRangeMax[3] = {1, 2, 3};  // red 1, blue 2, green 3: nowhere in the picture
     for (auto _ : state) {
-        auto found = screen::MoveMouseToColorRange(store(), ranges, "imagesave0", "colorrange3");
+        auto found = screen::firstInColorRange(store(), ranges, int16_t{0}, 3);
         if (found) state.SkipWithError("the colour is in the picture");
         benchmark::DoNotOptimize(found);
     }
@@ -93,7 +93,7 @@ void BM_IsImageInAreaEx(benchmark::State& state) {
     store().sums(0);  // the brightness planes are kept per slot
     store().sums(1);
     for (auto _ : state) {
-        const bool found = screen::FindImage(store(), "imagesave0", "imagesave1", "2", {0, 0, 1846, 1046}, true, {x, y});
+        const bool found = screen::findSubImage(store(), int16_t{0}, int16_t{1}, 2, {0, 0, 1846, 1046}, true, {x, y});
         if (!found || x != 1801 || y != 1001) state.SkipWithError("the sub-image was not found at (1801, 1001)");
     }
 }
@@ -101,7 +101,7 @@ BENCHMARK(BM_IsImageInAreaEx)->Unit(benchmark::kMillisecond);
 
 void BM_GetSaturationInWholeScreen(benchmark::State& state) {
     for (auto _ : state)
-        benchmark::DoNotOptimize(screen::GetSaturation(store(), "imagesave0", {0, 0, kWidth - 1, kHeight - 1}));
+        benchmark::DoNotOptimize(screen::getSaturation(store(), int16_t{0}, {0, 0, kWidth - 1, kHeight - 1}));
 }
 BENCHMARK(BM_GetSaturationInWholeScreen)->Unit(benchmark::kMillisecond);
 

@@ -36,13 +36,14 @@ class Program:
         self.process.wait()
         self.folder.cleanup()
 
-    def dialogs(self, title):
-        """Its visible windows of type DIALOG with that title."""
+    def windows(self, kind, title=None):
+        """Its visible windows whose _NET_WM_WINDOW_TYPE includes kind (DIALOG,
+        DROPDOWN_MENU ...), and whose title is title when one is given."""
         props = lambda window: subprocess.run(["xprop", "-id", window, "_NET_WM_WINDOW_TYPE", "_NET_WM_NAME"],
                                               capture_output=True, text=True).stdout
         return [window for window in xdotool("search", "--onlyvisible", "--pid", self.process.pid, check=False).split()
-                if "_NET_WM_WINDOW_TYPE_DIALOG" in props(window)
-                and '_NET_WM_NAME(UTF8_STRING) = "%s"' % title in props(window).splitlines()]
+                if "_NET_WM_WINDOW_TYPE_" + kind in props(window)
+                and (title is None or '_NET_WM_NAME(UTF8_STRING) = "%s"' % title in props(window).splitlines())]
 
     def enter_script(self, text):
         """Replaces the editor's text of Advanced Mode by typing. The editor
@@ -63,6 +64,17 @@ class Program:
         xdotool("type", "--delay", "1", path)
         xdotool("key", "Return")
         return window_named("Tarvoke - " + os.path.basename(path))
+
+    def to_basic_mode(self):
+        """File, Basic Mode in Advanced Mode: the editor's script goes along."""
+        window = window_named("Tarvoke")
+        xdotool("windowactivate", "--sync", window)
+        # The menu bar's first title, File; from the foot of the menu, Up
+        # passes Exit and Settings.
+        xdotool("mousemove", "--window", window, 20, 10, "click", 1)
+        assert wait_until(lambda: self.windows("DROPDOWN_MENU")), "no File menu"
+        xdotool("key", "Up", "Up", "Up", "Return")
+        xdotool("windowactivate", "--sync", window_named("Tarvoke Basic Mode"))
 
 
 def click_script(target, tail=""):
@@ -136,13 +148,13 @@ class Files(unittest.TestCase):
             xdotool("key", "--clearmodifiers", "ctrl+a", "Delete", "type", "--delay", "1", new)
             with read_only_folder(folder):
                 xdotool("key", "--clearmodifiers", "ctrl+s")
-                boxes = wait_until(lambda: program.dialogs("Tarvoke"))
+                boxes = wait_until(lambda: program.windows("DIALOG", "Tarvoke"))
                 self.assertTrue(boxes, "no message box titled Tarvoke")
                 # The box's text is drawn, not published on the window: advancedwindow_test reads it.
                 self.assertEqual(read_file(path), old)
                 self.assertEqual(xdotool("getwindowname", main).strip(), caption)
                 xdotool("windowactivate", "--sync", boxes[0], "key", "Return")
-                self.assertTrue(wait_until(lambda: not program.dialogs("Tarvoke")))
+                self.assertTrue(wait_until(lambda: not program.windows("DIALOG", "Tarvoke")))
                 self.assertEqual(xdotool("getwindowname", main).strip(), caption)
                 self.assertEqual(os.listdir(folder), ["script.tk"])
             # The script kept its path: once the folder takes files again,
@@ -150,7 +162,7 @@ class Files(unittest.TestCase):
             xdotool("windowactivate", "--sync", main, "key", "--clearmodifiers", "ctrl+s")
             self.assertTrue(wait_until(lambda: read_file(path) == new.encode()))
             self.assertEqual(sorted(os.listdir(folder)), ["script.tk"])
-            self.assertFalse(program.dialogs("Tarvoke") or windows_named("Save Tarvoke script file"))
+            self.assertFalse(program.windows("DIALOG", "Tarvoke") or windows_named("Save Tarvoke script file"))
 
     def test_ctrl8_records_until_ctrl0_and_the_editor_plays_it_back(self):
         # The Ctrl+0 that ends the playback can fall between the KeyDown and
