@@ -37,7 +37,7 @@ void SC::initialize(std::string& inputCode, SourceForm form) {
     int32_t ordinalOfMain = 0;
 
     std::string normalised = stripSource(inputCode, form);
-    std::erase_if(normalised, [](char c) { return c == '\n' || c == '\r'; });  // removeLineBreaks, in place
+    std::erase_if(normalised, [](char c) { return c == '\n' || c == '\r'; });  // every CR and LF, inside quotes too
     inputCode = std::move(normalised);
     reserveTables(inputCode);
 

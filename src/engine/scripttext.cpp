@@ -41,14 +41,6 @@ std::string stripSource(std::string_view text, SourceForm form) {
     return out;
 }
 
-std::string removeLineBreaks(std::string_view text) {
-    std::string out;
-    out.reserve(text.size());
-    for (char c : text)
-        if (c != '\n' && c != '\r') out += c;
-    return out;
-}
-
 std::string_view getCommandName(std::string_view buffer) {
     return buffer.substr(0, std::min(buffer.find('('), buffer.size()));
 }
@@ -66,21 +58,6 @@ int countParameters(std::string_view parameterText) {
     for (char c : parameterText)
         if (c == ',') ++commas;
     return commas + 1;
-}
-
-std::vector<std::string_view> splitParameters(std::string_view parameterText) {
-    std::vector<std::string_view> pieces;
-    if (parameterText.empty()) return pieces;
-    size_t start = 0;
-    for (;;) {
-        const size_t comma = parameterText.find(',', start);
-        if (comma == std::string_view::npos) {
-            pieces.push_back(parameterText.substr(start));
-            return pieces;
-        }
-        pieces.push_back(parameterText.substr(start, comma - start));
-        start = comma + 1;
-    }
 }
 
 bool isHexText(std::string_view text) { return text.size() >= 2 && text[0] == '0' && text[1] == 'x'; }

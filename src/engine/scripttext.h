@@ -19,8 +19,6 @@ enum class SourceForm {
 // lost its quotes when it was compiled, so all of it is kept as if quoted:
 // folding it again would fold the text that was quoted.
 std::string stripSource(std::string_view text, SourceForm form = SourceForm::Text);
-// Drops every CR and LF, inside quotes as well.
-std::string removeLineBreaks(std::string_view text);
 
 // The parts of one statement buffer such as "name(a,b)".
 std::string_view getCommandName(std::string_view buffer);
@@ -28,9 +26,7 @@ std::string_view getCommandName(std::string_view buffer);
 std::string_view getParameterText(std::string_view buffer);
 // 0 for an empty text, else one more than the commas (quoted ones too).
 int countParameters(std::string_view parameterText);
-// Splits at every comma.
-std::vector<std::string_view> splitParameters(std::string_view parameterText);
-// Hands each piece splitParameters gives to `take`, in order, without a vector.
+// Hands each piece between commas to `take`, in order, without a vector.
 template <typename Take>
 void forEachParameter(std::string_view parameterText, Take&& take) {
     if (parameterText.empty()) return;
