@@ -31,11 +31,12 @@ std::string closeRecording(RecorderState& state, const Stopwatches& clocks) {
     const int32_t sinceLastLine = clocks.readEventClock();
     const int32_t milliseconds = clocks.readRunClock();
     state.recording = false;
-    state.script += "Pause(" + std::to_string(sinceLastLine) + ");\n";
+    using engine::Command;
+    state.script += call(Command::Pause) + std::to_string(sinceLastLine) + ");\n";
     // The milliseconds stand without leading zeros: 12 s 45 ms is "12.45".
-    state.script = "Function(Main);\nOrigionalPlayTime(" + std::to_string(state.seconds) + "." +
-                        std::to_string(milliseconds) + ");\nSetPausePercent(100);\n\n" + state.script +
-                        "\nEndFunction();";
+    state.script = call(Command::Function) + "Main);\n" + call(Command::OrigionalPlayTime) +
+                   std::to_string(state.seconds) + "." + std::to_string(milliseconds) + ");\n" +
+                   call(Command::SetPausePercent) + "100);\n\n" + state.script + "\n" + call(Command::EndFunction) + ");";
     removeLastCtrlDown(state.script);
     return state.script;
 }

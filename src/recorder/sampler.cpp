@@ -37,9 +37,6 @@ using engine::Command;
 
 std::string pointText(platform::Point point) { return std::to_string(point.x) + "," + std::to_string(point.y); }
 
-// The start of a statement: the command's name as scripts write it and "(".
-std::string call(Command command) { return std::string(engine::scriptName(command)) + "("; }
-
 }  // namespace
 
 void removeLastCtrlDown(std::string& text) {

@@ -63,4 +63,8 @@ private:
 // "KeyDown(162);", each with its line end; the Pause before it stays.
 void removeLastCtrlDown(std::string& text);
 
+// The start of a statement as a recording writes it: the command's name as
+// scripts spell it, and "(".
+inline std::string call(engine::Command command) { return std::string(engine::scriptName(command)) + "("; }
+
 }  // namespace tarvoke::recorder
