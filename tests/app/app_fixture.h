@@ -35,6 +35,7 @@ public:
     Icon lastIcon = Icon::None;
     std::vector<QString> asked;
     std::deque<bool> answers;            // Yes / No, in order; Yes when empty
+    std::deque<Answer> threeWay;         // Yes / No / Cancel; from answers when empty
     std::deque<SaveChoice> saveChoices;  // Cancel when empty
     std::deque<QString> paths;           // what the file dialogs return; "" (Cancel) when empty
     QStringList opened;
@@ -44,6 +45,10 @@ public:
         lastIcon = icon;
     }
     bool askYesNo(const QString&, const QString& text) override { return asked.push_back(text), next(answers, true); }
+    Answer askYesNoCancel(const QString& title, const QString& text) override {
+        if (threeWay.empty()) return Dialogs::askYesNoCancel(title, text);
+        return asked.push_back(text), next(threeWay, Answer::Yes);
+    }
     SaveChoice askSave(const QString&, const QString& text) override {
         return asked.push_back(text), next(saveChoices, SaveChoice::Cancel);
     }

@@ -49,6 +49,24 @@ private slots:
         }
     }
 
+    // Cancel in the question leaves the window, its text and its timers as they were.
+    void cancelChangesNothing() {
+        for (bool basic : {false, true}) {
+            AppFixture f;
+            Window w = windowOf(*f.app, basic);
+            w.widget->show();
+            w.setText("Function(Main);\nOrigionalPlayTime(0.5);\nSetPausePercent(100);\nEndFunction();");
+            const QString before = w.text();
+            f.dialogs.threeWay = {Dialogs::Answer::Cancel};
+            basic ? f.app->basicWindow().correctTimeButton->click() : f.app->advancedWindow().correctTimeAction->trigger();
+            QCOMPARE(f.dialogs.asked.size(), size_t{1});
+            QVERIFY(w.widget->isVisible() && !f.app->whiteDebugWindow().isVisible());
+            QVERIFY(!w.timers->correctTimeTimerOn() && !w.timers->playTimerOn());
+            QCOMPARE(w.text(), before);
+            QVERIFY(f.dialogs.told.isEmpty());
+        }
+    }
+
     // Each Get Debug appends a dump and scrolls to its end.
     void debugWindowAppendsDumps() {
         AppFixture f;
