@@ -23,6 +23,7 @@
 #include "playback/playback.h"
 #include "programfolder.h"
 #include "record.h"
+#include "runstops.h"
 #include "signals.h"
 
 namespace {
@@ -33,7 +34,6 @@ constexpr int kUsageStatus = 2;
 constexpr int kInternalErrorStatus = 70;
 
 // A run ended by a signal exits as a shell reports it: 128 and the signal's number.
-int signalStatus(int number) { return 128 + number; }
 
 int fail(const std::string& message) {
     std::fprintf(stderr, "tarvoke-play: %s\n", message.c_str());
@@ -154,7 +154,7 @@ int play(int argc, char** argv) {
     if (options.record) {
         player::CommandLineRecorder recorder(options, session, loop);
         player::StopSignals stopSignals(loop, [&](int number) {
-            status = signalStatus(number);
+            status = player::signalStatus(number);
             recorder.stop();
         });
         // The hotkeys are looked at after each key the recorder takes in:
@@ -168,25 +168,10 @@ int play(int argc, char** argv) {
     engine.setMaxTextMemory(static_cast<size_t>(options.maxTextMemory));
     playback::Playback playback(engine, session);
 
-    // A stopped run does not wait for a message box left open.
-    const auto stopRun = [&] {
-        playback.stop();
-        if (desktop) desktop->closeMessages();
-    };
-    player::StopSignals stopSignals(loop, [&](int number) {
-        status = signalStatus(number);
-        stopRun();
-    });
-
-    // Ctrl+0 stops the run with status 0.
-    if (desktop) desktop->pollHotkeys(stopRun);
-    // A long step looks for a stop that the loop has not seen yet.
-    session.stopRequested = [&desktop] { return player::StopSignals::count() != 0 || (desktop && desktop->stopKeysDown()); };
-
+    player::RunStops stops(loop, desktop.get(), session, playback);
     playback.load(std::move(std::get<0>(script)));
     if (!options.loadOnly) playback.run(options.repeat);
-    // A signal that a long step saw may have come after the loop's last turn.
-    if (status == 0 && player::StopSignals::count() != 0) status = signalStatus(player::StopSignals::last());
+    status = stops.status();
     if (desktop) desktop->releaseAll();
     // Also after a failed or stopped run: it shows where the run ended.
     if (desktop && !options.screenshot.empty())
@@ -196,7 +181,7 @@ int play(int argc, char** argv) {
         // The dump of a stopped run is still printed; a stop during the dump ends it.
         session.stopRequested = [before = player::StopSignals::count()] { return player::StopSignals::count() != before; };
         if (!engine.writeDebug([](std::string_view piece) { std::fwrite(piece.data(), 1, piece.size(), stdout); }))
-            status = signalStatus(player::StopSignals::last());
+            status = player::signalStatus(player::StopSignals::last());
     }
     std::fflush(stdout);
     return status;

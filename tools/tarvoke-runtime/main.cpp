@@ -33,6 +33,7 @@
 #include "playback/playback.h"
 #include "programfolder.h"
 #include "runtimemodule.h"
+#include "runstops.h"
 #include "signals.h"
 
 namespace {
@@ -43,8 +44,6 @@ constexpr int kFailureStatus = 2;
 constexpr int kInternalErrorStatus = 70;
 // Set for the copy of the program that shows one message box.
 constexpr const char* kMessageMarker = "TARVOKE_RUNTIME_MESSAGE";
-
-int signalStatus(int number) { return 128 + number; }
 
 int fail(const std::string& message) {
     std::fprintf(stderr, "%s: %s\n", player::programName(), message.c_str());
@@ -131,20 +130,10 @@ int run() {
     // The program's own folder holds its pictures.
     session.scriptFolder = player::programFolder() + "/";
 
-    int status = 0;
     host::HostCommands commands(session);
     engine::SC engine(commands);
     playback::Playback playback(engine, session);
-    const auto stopRun = [&] {
-        playback.stop();
-        if (desktop) desktop->closeMessages();
-    };
-    player::StopSignals stopSignals(loop, [&](int number) {
-        status = signalStatus(number);
-        stopRun();
-    });
-    if (desktop) desktop->pollHotkeys(stopRun);
-    session.stopRequested = [&desktop] { return player::StopSignals::count() != 0 || (desktop && desktop->stopKeysDown()); };
+    player::RunStops stops(loop, desktop.get(), session, playback);
 
     // Compiling settled blanks and case outside the quotes and dropped the
     // quotes: what is left is loaded as it stands.
@@ -161,7 +150,7 @@ int run() {
     } else {
         playback.run();
     }
-    if (status == 0 && player::StopSignals::count() != 0) status = signalStatus(player::StopSignals::last());
+    const int status = stops.status();
     if (desktop) desktop->releaseAll();
     std::fflush(stdout);
     return status;
