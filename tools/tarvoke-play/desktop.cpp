@@ -28,10 +28,15 @@ std::string waylandNotice() {
     return isSet("WAYLAND_DISPLAY") ? "this is a Wayland session: tarvoke-play acts on X11 windows only" : "";
 }
 
+namespace {
+Desktop* g_open = nullptr;
+}  // namespace
+
 std::unique_ptr<Desktop> Desktop::open(platform::EventLoop& loop, std::string messageHelper, std::string messageMarker) {
     std::unique_ptr<Desktop> desktop(new Desktop(loop, std::move(messageHelper), std::move(messageMarker)));
     desktop->m_x11 = platform::x11::X11Platform::open(loop);
     if (!desktop->m_x11) return nullptr;
+    g_open = desktop.get();
     return desktop;
 }
 
@@ -40,6 +45,7 @@ Desktop::Desktop(platform::EventLoop& loop, std::string messageHelper, std::stri
 
 // Also on the way out of an error.
 Desktop::~Desktop() {
+    if (g_open == this) g_open = nullptr;
     if (m_x11) m_x11->input().releaseAll();
 }
 
@@ -68,5 +74,9 @@ bool Desktop::stopKeysDown() {
 }
 
 void Desktop::releaseAll() { m_x11->input().releaseAll(); }
+
+void Desktop::releaseAllOfOpen() {
+    if (g_open) g_open->releaseAll();
+}
 
 }  // namespace tarvoke::player

@@ -44,6 +44,9 @@ public:
     bool stopKeysDown();
     // Releases every key and button that the run pressed and did not release.
     void releaseAll();
+    // The same for the desktop open now, if one is: for an end that cannot
+    // unwind to its owner.
+    static void releaseAllOfOpen();
     // Closes the message boxes of the run that are still open.
     void closeMessages() { m_messages.closeAll(); }
 

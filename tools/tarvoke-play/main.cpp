@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <exception>
 #include <filesystem>
 #include <variant>
 
@@ -25,13 +24,13 @@
 #include "record.h"
 #include "runstops.h"
 #include "signals.h"
+#include "guarded.h"
 
 namespace {
 
 using namespace tarvoke;
 
 constexpr int kUsageStatus = 2;
-constexpr int kInternalErrorStatus = 70;
 
 // A run ended by a signal exits as a shell reports it: 128 and the signal's number.
 
@@ -65,8 +64,6 @@ std::string scriptFolder(const std::string& file) {
 }
 
 // For the last resort of std::terminate, which runs no destructor.
-player::Desktop* g_desktop = nullptr;
-
 void printLine(std::string_view line) {
     std::fwrite(line.data(), 1, line.size(), stdout);
     std::fputc('\n', stdout);
@@ -123,10 +120,6 @@ int play(int argc, char** argv) {
     std::unique_ptr<player::Desktop> desktop;
     if (onDesktop && !(desktop = player::Desktop::open(loop)))
         return fail(std::string("cannot open the display '") + std::getenv("DISPLAY") + "'");
-    struct ForgetDesktop {
-        ~ForgetDesktop() { g_desktop = nullptr; }
-    } forgetDesktop;
-    g_desktop = desktop.get();
 
     host::Session session;
     platform::TurnPacer pacer;
@@ -188,22 +181,5 @@ int play(int argc, char** argv) {
 }
 
 int main(int argc, char** argv) {
-    // An exception thrown where it cannot unwind ends the player as one that escapes.
-    std::set_terminate([] {
-        if (g_desktop) g_desktop->releaseAll();
-        std::fputs("tarvoke-play: internal error\n", stderr);
-        std::fflush(stdout);
-        std::_Exit(kInternalErrorStatus);
-    });
-    // Whatever escapes (memory that ran out where no step could fail) ends
-    // the player with one line; the desktop let go of the keys on the way out.
-    try {
-        return play(argc, argv);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "tarvoke-play: internal error: %s\n", error.what());
-    } catch (...) {
-        std::fprintf(stderr, "tarvoke-play: internal error\n");
-    }
-    std::fflush(stdout);
-    return kInternalErrorStatus;
+    return player::runGuarded("tarvoke-play", [&] { return play(argc, argv); });
 }

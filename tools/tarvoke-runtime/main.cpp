@@ -14,7 +14,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <exception>
 #include <iostream>
 #include <iterator>
 #include <memory>
@@ -35,13 +34,13 @@
 #include "runtimemodule.h"
 #include "runstops.h"
 #include "signals.h"
+#include "guarded.h"
 
 namespace {
 
 using namespace tarvoke;
 
 constexpr int kFailureStatus = 2;
-constexpr int kInternalErrorStatus = 70;
 // Set for the copy of the program that shows one message box.
 constexpr const char* kMessageMarker = "TARVOKE_RUNTIME_MESSAGE";
 
@@ -92,8 +91,6 @@ int showMessage(int argc, char** argv) {
     return 0;
 }
 
-player::Desktop* g_desktop = nullptr;
-
 void printLine(std::string_view line) {
     std::fwrite(line.data(), 1, line.size(), stdout);
     std::fputc('\n', stdout);
@@ -113,10 +110,6 @@ int run() {
         if (!(desktop = player::Desktop::open(loop, self, marker)))
             return fail(std::string("cannot open the display '") + std::getenv("DISPLAY") + "'");
     }
-    struct ForgetDesktop {
-        ~ForgetDesktop() { g_desktop = nullptr; }
-    } forgetDesktop;
-    g_desktop = desktop.get();
 
     host::Session session;
     platform::TurnPacer pacer;
@@ -160,19 +153,5 @@ int run() {
 
 int main(int argc, char** argv) {
     if (isSet(kMessageMarker)) return showMessage(argc, argv);
-    std::set_terminate([] {
-        if (g_desktop) g_desktop->releaseAll();
-        std::fprintf(stderr, "%s: internal error\n", tarvoke::player::programName());
-        std::fflush(stdout);
-        std::_Exit(kInternalErrorStatus);
-    });
-    try {
-        return run();
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s: internal error: %s\n", tarvoke::player::programName(), error.what());
-    } catch (...) {
-        std::fprintf(stderr, "%s: internal error\n", tarvoke::player::programName());
-    }
-    std::fflush(stdout);
-    return kInternalErrorStatus;
+    return player::runGuarded(tarvoke::player::programName(), [&] { return run(); });
 }
