@@ -1,6 +1,8 @@
 #include "playback/correcttime.h"
 
+#include "engine/commands.h"
 #include "engine/numeric.h"
+#include "engine/scripttext.h"
 #include "host/timing.h"
 
 namespace tarvoke::playback {
@@ -9,12 +11,10 @@ namespace {
 
 constexpr std::string_view kPlayTimeWord = "origionalplaytime(";
 
-char lowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
 bool equalsIgnoringCase(std::string_view a, std::string_view b) {
     if (a.size() != b.size()) return false;
     for (size_t i = 0; i < a.size(); ++i)
-        if (lowerAscii(a[i]) != lowerAscii(b[i])) return false;
+        if (engine::lowerAscii(a[i]) != engine::lowerAscii(b[i])) return false;
     return true;
 }
 
@@ -56,8 +56,9 @@ double newPausePercent(double measured, double recorded) {
 }
 
 std::string replacePausePercent(std::string_view text, std::string_view oldPercent, double percent) {
-    const std::string find = "SetPausePercent(" + std::string(oldPercent) + ");";
-    const std::string with = "SetPausePercent(" + engine::doubleToText(percent) + ");";
+    const std::string name(engine::scriptName(engine::Command::SetPausePercent));
+    const std::string find = name + "(" + std::string(oldPercent) + ");";
+    const std::string with = name + "(" + engine::doubleToText(percent) + ");";
     std::string result;
     result.reserve(text.size());
     size_t at = 0;
@@ -91,9 +92,7 @@ void TimedRun::countOne() {
 void TimedRun::begin(const std::string& scriptText) {
     m_seconds = 0;
     m_statements = 0;
-    std::string lower = scriptText;
-    for (char& c : lower) c = lowerAscii(c);
-    m_recorded = origionalPlayTime(lower);
+    m_recorded = origionalPlayTime(engine::lowerAscii(scriptText));
     host::startRunClock(m_session);
 }
 
