@@ -36,35 +36,13 @@ void SC::initialize(std::string& inputCode, SourceForm form) {
     int32_t functionsSeen = 0;
     int32_t ordinalOfMain = 0;
 
-    std::string normalised = stripSource(inputCode, form);
-    std::erase_if(normalised, [](char c) { return c == '\n' || c == '\r'; });  // every CR and LF, inside quotes too
-    inputCode = std::move(normalised);
+    inputCode = normaliseSource(inputCode, form);
     reserveTables(inputCode);
-
-    // A ";" ends a statement only when the buffer holds both brackets
-    // somewhere; otherwise it is dropped and the text runs on. Quotes do not
-    // matter here, and text behind the last ";" is ignored. Most statements
-    // are one piece between two ";" and are parsed where they stand.
     std::string buffer;
-    bool hasOpen = false, hasClose = false;
-    const std::string_view code = inputCode;
-    for (size_t start = 0, end; (end = code.find(';', start)) != std::string_view::npos; start = end + 1) {
-        const std::string_view piece = code.substr(start, end - start);
-        hasOpen |= piece.find('(') != std::string_view::npos;
-        hasClose |= piece.find(')') != std::string_view::npos;
-        if (!(hasOpen && hasClose)) {
-            buffer += piece;
-            continue;
-        }
-        if (buffer.empty()) {
-            parseStatement(piece, functionsSeen, ordinalOfMain);
-        } else {
-            buffer += piece;
-            parseStatement(buffer, functionsSeen, ordinalOfMain);
-            buffer.clear();
-        }
-        hasOpen = hasClose = false;
-    }
+    splitStatements(
+        inputCode, buffer,
+        [&](std::string_view statement, size_t) { parseStatement(statement, functionsSeen, ordinalOfMain); },
+        [](size_t) {});
     findJumps();
     m_running = false;
 }

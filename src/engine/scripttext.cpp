@@ -1,12 +1,25 @@
 #include "engine/scripttext.h"
 
+#include <algorithm>
+
 namespace tarvoke::engine {
 
-std::string stripSource(std::string_view text, SourceForm form) {
-    // Written through a pointer into a buffer of the full size: this runs
-    // over every byte of multi-megabyte recordings.
+namespace {
+
+// One pass for the load and for tools that want origins; without them the
+// tracking compiles away, as this runs over every byte of multi-megabyte
+// recordings.
+template <bool kTrack>
+std::string strip(std::string_view text, SourceForm form, SourceOrigins* origins) {
+    // Written through a pointer into a buffer of the full size.
     std::string out(text.size(), '\0');
     char* write = out.data();
+    uint32_t* from = nullptr;
+    size_t commentStart = 0;
+    if constexpr (kTrack) {
+        origins->offsets.resize(text.size());
+        from = origins->offsets.data();
+    }
     const bool compact = form == SourceForm::Compact;
     bool inQuotes = compact;
     bool inComment = false;
@@ -25,20 +38,47 @@ std::string stripSource(std::string_view text, SourceForm form) {
                 c = text[i];
             } else {
                 inComment = true;
+                if constexpr (kTrack) commentStart = i;
             }
         }
         if (inComment) continue;
         if (c == '"' && !compact) {
             inQuotes = !inQuotes;
-            *write++ = c;
-        } else if (inQuotes) {
-            *write++ = c;
-        } else if (c != ' ') {
-            *write++ = lowerAscii(c);
+        } else if (!inQuotes) {
+            if (c == ' ') continue;
+            c = lowerAscii(c);
         }
+        if constexpr (kTrack) *from++ = static_cast<uint32_t>(i);
+        *write++ = c;
     }
     out.resize(static_cast<size_t>(write - out.data()));
+    if constexpr (kTrack) {
+        origins->offsets.resize(out.size());
+        origins->openComment = inComment ? std::optional<size_t>(commentStart) : std::nullopt;
+    }
     return out;
+}
+
+}  // namespace
+
+std::string stripSource(std::string_view text, SourceForm form) { return strip<false>(text, form, nullptr); }
+
+std::string normaliseSource(std::string_view text, SourceForm form, SourceOrigins* origins) {
+    if (!origins) {
+        std::string code = strip<false>(text, form, nullptr);
+        std::erase_if(code, [](char c) { return c == '\n' || c == '\r'; });
+        return code;
+    }
+    std::string code = strip<true>(text, form, origins);
+    size_t kept = 0;
+    for (size_t i = 0; i < code.size(); ++i) {
+        if (code[i] == '\n' || code[i] == '\r') continue;
+        code[kept] = code[i];
+        origins->offsets[kept++] = origins->offsets[i];
+    }
+    code.resize(kept);
+    origins->offsets.resize(kept);
+    return code;
 }
 
 std::string_view getCommandName(std::string_view buffer) {

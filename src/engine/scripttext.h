@@ -2,8 +2,11 @@
 // The text operations of the load: a few passes of plain replacement and
 // splitting whose quirks are the language's rules.
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tarvoke::engine {
 
@@ -18,6 +21,50 @@ enum class SourceForm {
 // lost its quotes when it was compiled, so all of it is kept as if quoted:
 // folding it again would fold the text that was quoted.
 std::string stripSource(std::string_view text, SourceForm form = SourceForm::Text);
+
+// Where the load's code came from, for tools that point into the text as
+// the user wrote it.
+struct SourceOrigins {
+    std::vector<uint32_t> offsets;      // for each byte of the code, its offset in the text
+    std::optional<size_t> openComment;  // the "#" of a comment never closed
+};
+// The code the load splits: stripSource, then every CR and LF removed,
+// inside quotes too. With origins, also where each byte came from.
+std::string normaliseSource(std::string_view text, SourceForm form, SourceOrigins* origins = nullptr);
+
+// The load's split of the code into statements. A ";" ends a statement only
+// when the text since the last statement holds both brackets somewhere;
+// otherwise it is dropped (dropped(offset)) and the text runs on. Quotes do
+// not matter here, and text behind the last ";" is ignored. take(statement,
+// start) gets each statement's text and the offset of its first byte; a
+// statement with dropped ";" is glued together in buffer. Returns the offset
+// behind the last ";".
+template <typename Take, typename Dropped>
+size_t splitStatements(std::string_view code, std::string& buffer, Take&& take, Dropped&& dropped) {
+    bool hasOpen = false, hasClose = false;
+    size_t start = 0, first = 0;
+    for (size_t end; (end = code.find(';', start)) != std::string_view::npos; start = end + 1) {
+        const std::string_view piece = code.substr(start, end - start);
+        if (buffer.empty()) first = start;
+        hasOpen |= piece.find('(') != std::string_view::npos;
+        hasClose |= piece.find(')') != std::string_view::npos;
+        if (!(hasOpen && hasClose)) {
+            buffer += piece;
+            dropped(end);
+            continue;
+        }
+        // Most statements are one piece between two ";", taken where they stand.
+        if (buffer.empty()) {
+            take(piece, start);
+        } else {
+            buffer += piece;
+            take(std::string_view(buffer), first);
+            buffer.clear();
+        }
+        hasOpen = hasClose = false;
+    }
+    return start;
+}
 
 // The parts of one statement buffer such as "name(a,b)".
 std::string_view getCommandName(std::string_view buffer);

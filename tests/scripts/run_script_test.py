@@ -10,7 +10,9 @@ A script test carries what it expects in comments of its own:
     #                                 the exact standard output, line by line
 
 The player runs in the script's own folder, so that options can name files
-beside it (--screen-image picture.png). The expectation block starts on the line after "# expect:" and ends before
+beside it (--screen-image picture.png). With --check the script is named by
+its file name alone, as its findings print it (findings.tk:3:1: ...).
+The expectation block starts on the line after "# expect:" and ends before
 the line that holds only "#". Lines may end in blanks that matter.
 """
 import difflib
@@ -34,7 +36,8 @@ def main():
     with open(script, encoding="utf-8", errors="surrogateescape") as f:
         text = f.read()
     args, want_status, want_output = expectations(text)
-    run = subprocess.run([player, *args, os.path.abspath(script)], capture_output=True, timeout=60,
+    name = os.path.basename(script) if "--check" in args else os.path.abspath(script)
+    run = subprocess.run([player, *args, name], capture_output=True, timeout=60,
                          cwd=os.path.dirname(os.path.abspath(script)))
     output = run.stdout.decode("utf-8", errors="surrogateescape")
     failed = False

@@ -8,6 +8,7 @@
 #include <variant>
 
 #include "desktop.h"
+#include "engine/check.h"
 #include "engine/sc.h"
 #include "headless.h"
 #include "host/dispatch.h"
@@ -21,6 +22,7 @@
 #include "playback/compiledscript.h"
 #include "playback/playback.h"
 #include "programfolder.h"
+#include "screen/imagefiles.h"
 #include "record.h"
 #include "runstops.h"
 #include "signals.h"
@@ -63,6 +65,24 @@ std::string scriptFolder(const std::string& file) {
     return text;
 }
 
+// One line per finding, as compilers write them, so that editors and CI jump
+// there; exit 1 when there is one.
+int checkScript(const std::string& file, const std::string& text) {
+    player::PictureModule pictures;
+    const std::string folder = scriptFolder(file);
+    const engine::PictureSize pictureSize = [&](const std::string& path) -> std::optional<std::pair<int, int>> {
+        platform::PixelGrid picture;
+        if (!pictures.load(screen::loadPath(folder, path), picture)) return std::nullopt;
+        return std::pair{picture.width, picture.height};
+    };
+    const std::vector<engine::Finding> findings = engine::checkScript(text, pictureSize);
+    const std::string name = file == "-" ? std::string("-") : file;
+    for (const engine::Finding& finding : findings)
+        std::printf("%s:%d:%d: %s\n", name.c_str(), finding.line, finding.column, finding.message.c_str());
+    std::fflush(stdout);
+    return findings.empty() ? 0 : 1;
+}
+
 // For the last resort of std::terminate, which runs no destructor.
 void printLine(std::string_view line) {
     std::fwrite(line.data(), 1, line.size(), stdout);
@@ -99,6 +119,8 @@ int play(int argc, char** argv) {
         script = readScript(options.file);
         if (script.index() == 1) return fail(std::get<1>(script));
     }
+
+    if (options.check) return checkScript(options.file, std::get<0>(script));
 
     std::unique_ptr<player::Headless> headless;
     if (options.headless) {

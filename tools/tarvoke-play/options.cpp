@@ -11,6 +11,7 @@ const char* const kUsage =
     "usage: tarvoke-play [--dry-run] [--dump] [--load-only] [--ignore-pauses] [--percent P] [--repeat N]\n"
     "                    [--screen WxH] [--screen-image FILE] [--write-pictures] [--max-text-memory SIZE]\n"
     "                    FILE.tk | -\n"
+    "       tarvoke-play --check FILE.tk | -\n"
     "       tarvoke-play --record FILE.tk [--force] [--no-mouse-move] [--no-extended-clicks]\n"
     "       tarvoke-play --headless[=WxH] [--wm PROGRAM] [--screenshot FILE.png] [OPTIONS] FILE.tk | -\n"
     "       tarvoke-play --compile FILE.tk PROGRAM [--repeat]\n"
@@ -19,6 +20,8 @@ const char* const kUsage =
     "  --dry-run        act on nothing: print one line for every action, wait on a virtual clock\n"
     "  --dump           print the engine's dump (statements, functions, variables) after the last run\n"
     "  --load-only      load the script and run nothing (with --dump: print the dump of the load)\n"
+    "  --check          run nothing: print FILE:LINE:COLUMN: and a message for each mistake the script\n"
+    "                   holds (unknown commands, dropped parameters, unclosed blocks, ...); exit 1 if any\n"
     "  --ignore-pauses  skip every Pause, PauseS, PauseM and PauseH\n"
     "  --percent P      scale every pause to P percent; SetPausePercent statements are passed over\n"
     "  --repeat N       run the script N times on one load, keeping its variables\n"
@@ -123,6 +126,8 @@ ParseResult parseOptions(const std::vector<std::string>& args) {
             options.dump = true;
         } else if (arg == "--load-only") {
             options.loadOnly = true;
+        } else if (arg == "--check") {
+            options.check = true;
         } else if (arg == "--ignore-pauses") {
             options.ignorePauses = true;
         } else if (auto percent = valueOf(args, i, "--percent")) {
@@ -177,6 +182,8 @@ ParseResult parseOptions(const std::vector<std::string>& args) {
         return UsageError{"--wm and --screenshot go with --headless"};
     if (options.headless && (options.record || options.dryRun || options.loadOnly))
         return UsageError{"--headless plays a script on a virtual screen: no --record, --dry-run or --load-only"};
+    if (options.check && (options.record || options.dryRun || options.loadOnly || options.dump))
+        return UsageError{"--check runs nothing: no --record, --dry-run, --load-only or --dump"};
     if (options.record) {
         if (haveFile) return UsageError{"--record writes a new script; it plays none, so leave out '" + options.file + "'"};
         if (options.dryRun || options.loadOnly) return UsageError{"--record records from the desktop: no --dry-run or --load-only"};

@@ -14,6 +14,7 @@ struct Options {
     bool dryRun = false;
     bool dump = false;
     bool loadOnly = false;
+    bool check = false;  // --check: report the script's mistakes, run nothing
     bool ignorePauses = false;
     std::optional<double> percent;
     int repeat = 1;
