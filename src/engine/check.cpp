@@ -99,7 +99,10 @@ bool converts(Param param, std::string_view text) {
 // A text to show in a message, cut where it would swamp the line.
 std::string shown(std::string_view text) {
     constexpr size_t kMost = 40;
-    return "`" + std::string(text.substr(0, kMost)) + (text.size() > kMost ? "...`" : "`");
+    if (text.size() <= kMost) return "`" + std::string(text) + "`";
+    size_t cut = kMost;
+    while (cut > 0 && (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80) --cut;  // not inside a UTF-8 sequence
+    return "`" + std::string(text.substr(0, cut)) + "...`";
 }
 
 // A parameter's text when it holds no variable the script writes: a quoted
@@ -177,7 +180,8 @@ private:
         const std::string_view name = getCommandName(statement);
         const int32_t number = static_cast<int32_t>(commandNumber(name));
         const std::string_view parameterText = getParameterText(statement);
-        std::vector<std::string_view> parameters;
+        std::vector<std::string_view>& parameters = m_parameters;  // kept: a recording has a million statements
+        parameters.clear();
         forEachParameter(parameterText, [&](std::string_view piece) { parameters.push_back(piece); });
         auto at = [&](std::string_view where) { return fileOffset(first, statement, where); };
         // A parameter that is not there is pointed at by the ")" it is missing before.
@@ -241,20 +245,20 @@ private:
         for (size_t k = 0; k < row->shape.count; ++k) {
             if (!isNumericParam(row->shape.params[k])) continue;
             const std::string_view raw = k < parameters.size() ? parameters[k] : std::string_view();
-            const std::string where = "parameter " + std::to_string(k + 1) + " of " + shown(name);
+            auto where = [&] { return "parameter " + std::to_string(k + 1) + " of " + shown(name); };
             if (raw.empty()) {
-                add(parameterAt(k), where + " is empty, so the step is skipped");
+                add(parameterAt(k), where() + " is empty, so the step is skipped");
                 continue;
             }
             const auto value = literalValue(raw, m_written, false);
             if (!value) {
                 if (raw != "lx" && raw != "ly")
                     m_unwritten.push_back({at(raw), std::string(raw),
-                                           where + ": " + shown(raw) + " is no number, and no variable of that name is ever written"});
+                                           where() + ": " + shown(raw) + " is no number, and no variable of that name is ever written"});
                 continue;
             }
             if (converts(row->shape.params[k], *value)) continue;
-            add(at(raw), where + ": " + shown(*value) + (isNumericText(*value) ? " is out of its range" : " is no number"));
+            add(at(raw), where() + ": " + shown(*value) + (isNumericText(*value) ? " is out of its range" : " is no number"));
         }
         checkPictures(*row, parameters, at(statement));
     }
@@ -358,6 +362,7 @@ private:
     std::unordered_set<std::string> m_written;
     std::unordered_map<int, std::pair<int, int>> m_sizes;
     std::unordered_map<std::string, std::string> m_suggestions;
+    std::vector<std::string_view> m_parameters;
 };
 
 }  // namespace
