@@ -105,16 +105,33 @@ std::string shown(std::string_view text) {
     return "`" + std::string(text.substr(0, cut)) + "...`";
 }
 
+std::string_view unquoted(std::string_view text) {
+    if (text.empty() || text[0] != '"') return text;
+    return text.size() < 2 ? std::string_view() : text.substr(1, text.size() - 2);
+}
+
 // A parameter's text when it holds no variable the script writes: a quoted
 // text without its quotes, "$name" as "name", a number, or (with
 // wordsToo) a word no one has written yet.
 std::optional<std::string> literalValue(std::string_view raw, const std::unordered_set<std::string>& written,
                                         bool wordsToo) {
-    if (!raw.empty() && raw[0] == '"') return std::string(raw.size() < 2 ? std::string_view() : raw.substr(1, raw.size() - 2));
+    if (!raw.empty() && raw[0] == '"') return std::string(unquoted(raw));
     if (!raw.empty() && raw[0] == '$') return std::string(raw.substr(1));
     if (isNumericText(raw)) return std::string(raw);
     if (!wordsToo || raw == "lx" || raw == "ly" || written.count(std::string(raw))) return std::nullopt;
     return std::string(raw);
+}
+
+// True also for a text that is no "0x" text: only those are decoded.
+bool isEvenHexRun(std::string_view text) {
+    if (!isHexText(text)) return true;
+    size_t digits = 0;
+    for (char c : text.substr(2)) {
+        if (c == ' ') continue;  // the decoding drops blanks before it pairs the digits
+        if (!((c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'))) return false;
+        ++digits;
+    }
+    return digits % 2 == 0;
 }
 
 // The slot an image parameter names, as the image commands read it.
@@ -209,8 +226,12 @@ private:
         }
         const bool condition = number == static_cast<int32_t>(Command::If) || number == static_cast<int32_t>(Command::While);
         if (!condition)
-            for (std::string_view piece : parameters) checkHexText(piece, at(piece));
-        if (parameters.size() > kSlots) return;
+            for (std::string_view piece : parameters)
+                if (const std::string_view text = unquoted(piece); !isEvenHexRun(text))
+                    add(at(piece), shown(text) + " starts with `0x` but is no even run of hex digits");
+        // The statement still counts (an if still opens), with no parameter.
+        const bool dropped = parameters.size() > kSlots;
+        if (dropped) parameters.clear();
 
         const std::string firstParameter(parameters.empty() ? std::string_view() : parameters[0]);
         switch (static_cast<Command>(number)) {
@@ -240,7 +261,7 @@ private:
         if (writesFirst(number) || (row && row->shape.count > 0 &&
                                     (row->shape.params[0] == Param::Test || row->shape.params[0] == Param::Measure)))
             m_written.insert(firstParameter);
-        if (!row) return;
+        if (!row || dropped) return;
 
         for (size_t k = 0; k < row->shape.count; ++k) {
             if (!isNumericParam(row->shape.params[k])) continue;
@@ -268,20 +289,6 @@ private:
         auto [known, added] = m_suggestions.try_emplace(std::string(name));
         if (added) known->second = nearestName(name);
         return known->second;
-    }
-
-    void checkHexText(std::string_view piece, size_t offset) {
-        std::string_view text = piece;
-        if (!text.empty() && text[0] == '"') text = text.size() < 2 ? std::string_view() : text.substr(1, text.size() - 2);
-        if (!isHexText(text)) return;
-        size_t digits = 0;
-        bool hex = true;
-        for (char c : text.substr(2)) {
-            if (c == ' ') continue;  // the decoding drops blanks before it pairs the digits
-            hex &= (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-            ++digits;
-        }
-        if (!hex || digits % 2 != 0) add(offset, shown(text) + " starts with `0x` but is no even run of hex digits");
     }
 
     // Which picture each slot holds, as far as literal loads tell, and the
