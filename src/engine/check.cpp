@@ -113,13 +113,13 @@ std::string_view unquoted(std::string_view text) {
 // A parameter's text when it holds no variable the script writes: a quoted
 // text without its quotes, "$name" as "name", a number, or (with
 // wordsToo) a word no one has written yet.
-std::optional<std::string> literalValue(std::string_view raw, const std::unordered_set<std::string>& written,
-                                        bool wordsToo) {
-    if (!raw.empty() && raw[0] == '"') return std::string(unquoted(raw));
-    if (!raw.empty() && raw[0] == '$') return std::string(raw.substr(1));
-    if (isNumericText(raw)) return std::string(raw);
+std::optional<std::string_view> literalValue(std::string_view raw, const std::unordered_set<std::string>& written,
+                                             bool wordsToo) {
+    if (!raw.empty() && raw[0] == '"') return unquoted(raw);
+    if (!raw.empty() && raw[0] == '$') return raw.substr(1);
+    if (isNumericText(raw)) return raw;
     if (!wordsToo || raw == "lx" || raw == "ly" || written.count(std::string(raw))) return std::nullopt;
-    return std::string(raw);
+    return raw;
 }
 
 // True also for a text that is no "0x" text: only those are decoded.
@@ -135,7 +135,8 @@ bool isEvenHexRun(std::string_view text) {
 }
 
 // The slot an image parameter names, as the image commands read it.
-std::optional<int> imageSlotOf(std::string text) {
+std::optional<int> imageSlotOf(std::string_view value) {
+    std::string text(value);
     for (size_t hit; (hit = text.find("imagesave")) != std::string::npos;) text.erase(hit, 9);
     if (!isNumericText(text)) return std::nullopt;
     const auto slot = textToInt16(text);
@@ -149,27 +150,28 @@ public:
     Checker(std::string_view text, const PictureSize* pictureSize) : m_text(text), m_pictureSize(pictureSize) {}
 
     std::vector<Finding> run() {
-        m_code = normaliseSource(m_text, SourceForm::Text, &m_origins);
+        m_code = normaliseSource(m_text, SourceForm::Text, &m_openComment);
         std::string buffer;
         const size_t rest = splitStatements(
             m_code, buffer, [this](std::string_view statement, size_t first) { check(statement, first); },
             [this, &buffer](size_t offset) {
                 m_dropped.push_back(offset);
                 if (!buffer.empty())
-                    addAt(offset, "`;` dropped: no `(` and `)` since the last statement, so the text runs on");
+                    add(offset, "`;` dropped: no `(` and `)` since the last statement, so the text runs on");
             });
-        if (rest < m_code.size()) addAt(rest, "text after the last `;` is ignored");
-        if (m_origins.openComment)
-            add(*m_origins.openComment, "comment never closed: the rest of the file is ignored");
+        if (rest < m_code.size()) add(rest, "text after the last `;` is ignored");
+        if (m_openComment)
+            m_findings.push_back({*m_openComment, "comment never closed: the rest of the file is ignored", {}, true});
         finish();
         return located();
     }
 
 private:
     struct Pending {
-        size_t offset;  // in the file
+        size_t offset;  // in the code, until located() finds it in the file
         std::string message;
         std::optional<size_t> related;  // a place whose line ends the message
+        bool inFile = false;
     };
     struct Unwritten {
         size_t offset;
@@ -177,20 +179,17 @@ private:
         std::string message;
     };
 
-    void add(size_t fileOffset, std::string message, std::optional<size_t> related = std::nullopt) {
-        m_findings.push_back({fileOffset, std::move(message), related});
-    }
-    void addAt(size_t codeOffset, std::string message) { add(fileOffset(codeOffset), std::move(message)); }
-    size_t fileOffset(size_t codeOffset) const {
-        if (m_code.empty()) return 0;
-        return m_origins.offsets[std::min(codeOffset, m_code.size() - 1)];
+    // Findings keep their place in the code; the file is looked at once, at
+    // the end, so that a script without findings costs no more than a load.
+    void add(size_t codeOffset, std::string message, std::optional<size_t> related = std::nullopt) {
+        m_findings.push_back({codeOffset, std::move(message), related});
     }
     // A place in a statement, counting the ";" that were dropped inside it.
-    size_t fileOffset(size_t first, std::string_view statement, std::string_view at) const {
+    size_t placeOf(size_t first, std::string_view statement, std::string_view at) const {
         size_t offset = first + static_cast<size_t>(at.data() - statement.data());
         for (auto d = std::lower_bound(m_dropped.begin(), m_dropped.end(), first); d != m_dropped.end() && *d <= offset; ++d)
             ++offset;
-        return fileOffset(offset);
+        return offset;
     }
 
     void check(std::string_view statement, size_t first) {
@@ -200,7 +199,7 @@ private:
         std::vector<std::string_view>& parameters = m_parameters;  // kept: a recording has a million statements
         parameters.clear();
         forEachParameter(parameterText, [&](std::string_view piece) { parameters.push_back(piece); });
-        auto at = [&](std::string_view where) { return fileOffset(first, statement, where); };
+        auto at = [&](std::string_view where) { return placeOf(first, statement, where); };
         // A parameter that is not there is pointed at by the ")" it is missing before.
         auto parameterAt = [&](size_t k) {
             return k < parameters.size() ? at(parameters[k]) : at(statement.substr(std::min(statement.rfind(')'), statement.size() - 1)));
@@ -233,7 +232,7 @@ private:
         const bool dropped = parameters.size() > kSlots;
         if (dropped) parameters.clear();
 
-        const std::string firstParameter(parameters.empty() ? std::string_view() : parameters[0]);
+        const std::string_view firstParameter = parameters.empty() ? std::string_view() : parameters[0];
         switch (static_cast<Command>(number)) {
         case Command::If: m_openIfs.push_back(at(statement)); break;
         case Command::While: m_openWhiles.push_back(at(statement)); break;
@@ -249,18 +248,18 @@ private:
             else m_openWhiles.pop_back();
             break;
         case Command::Function: {
-            const auto [known, added] = m_functions.emplace(firstParameter, parameterAt(0));
+            const auto [known, added] = m_functions.emplace(std::string(firstParameter), parameterAt(0));
             if (!added)
                 add(parameterAt(0), "function " + shown(firstParameter) + " is defined twice; `call` enters the first, on line ",
                     known->second);
             break;
         }
-        case Command::Call: m_calls.push_back({parameterAt(0), firstParameter, {}}); break;
+        case Command::Call: m_calls.push_back({parameterAt(0), std::string(firstParameter), {}}); break;
         default: break;
         }
         if (writesFirst(number) || (row && row->shape.count > 0 &&
                                     (row->shape.params[0] == Param::Test || row->shape.params[0] == Param::Measure)))
-            m_written.insert(firstParameter);
+            m_written.emplace(firstParameter);
         if (!row || dropped) return;
 
         for (size_t k = 0; k < row->shape.count; ++k) {
@@ -305,7 +304,7 @@ private:
             m_sizes.erase(*filled);
             if (row.command != Command::LoadImage || !m_pictureSize || !*m_pictureSize || parameters.size() < 2) return;
             if (const auto path = literalValue(parameters[1], m_written, true))
-                if (const auto size = (*m_pictureSize)(*path)) m_sizes[*filled] = *size;
+                if (const auto size = (*m_pictureSize)(std::string(*path))) m_sizes[*filled] = *size;
             return;
         }
         if (row.command != Command::IsImageInArea && row.command != Command::IsImageInAreaEx) return;
@@ -335,8 +334,25 @@ private:
             if (!m_written.count(word.name)) add(word.offset, std::move(word.message));
     }
 
-    // Offsets to lines and columns, in file order.
+    // Places in the code to places in the file, then to lines and columns, in file order.
     std::vector<Finding> located() {
+        std::vector<size_t> places;
+        for (const Pending& pending : m_findings) {
+            if (!pending.inFile) places.push_back(pending.offset);
+            if (pending.related) places.push_back(*pending.related);
+        }
+        std::sort(places.begin(), places.end());
+        places.erase(std::unique(places.begin(), places.end()), places.end());
+        const std::vector<size_t> inFile = places.empty() ? places : sourceOffsets(m_text, SourceForm::Text, places);
+        auto fileOffset = [&](size_t place) {
+            const size_t offset = inFile[static_cast<size_t>(std::lower_bound(places.begin(), places.end(), place) - places.begin())];
+            return std::min(offset, m_text.empty() ? 0 : m_text.size() - 1);
+        };
+        for (Pending& pending : m_findings) {
+            if (!pending.inFile) pending.offset = fileOffset(pending.offset);
+            if (pending.related) pending.related = fileOffset(*pending.related);
+        }
+
         std::vector<size_t> lineStarts{0};
         for (const char* p = m_text.data(); (p = static_cast<const char*>(std::memchr(p, '\n', m_text.data() + m_text.size() - p)));)
             lineStarts.push_back(static_cast<size_t>(++p - m_text.data()));
@@ -359,7 +375,7 @@ private:
     std::string_view m_text;
     const PictureSize* m_pictureSize;
     std::string m_code;
-    SourceOrigins m_origins;
+    std::optional<size_t> m_openComment;  // in the file
     std::vector<size_t> m_dropped;  // offsets in the code, ascending
     std::vector<Pending> m_findings;
     std::vector<size_t> m_openIfs, m_openWhiles;
