@@ -134,10 +134,15 @@ bool isEvenHexRun(std::string_view text) {
     return digits % 2 == 0;
 }
 
-// The slot an image parameter names, as the image commands read it.
+// The slot an image parameter names, as the image commands read it: every
+// "imagesave" taken out of the text, then a number.
 std::optional<int> imageSlotOf(std::string_view value) {
-    std::string text(value);
-    for (size_t hit; (hit = text.find("imagesave")) != std::string::npos;) text.erase(hit, 9);
+    static constexpr std::string_view kPrefix = "imagesave";
+    std::string text;
+    size_t start = 0;
+    for (size_t hit; (hit = value.find(kPrefix, start)) != std::string_view::npos; start = hit + kPrefix.size())
+        text.append(value.substr(start, hit - start));
+    text.append(value.substr(start));
     if (!isNumericText(text)) return std::nullopt;
     const auto slot = textToInt16(text);
     return slot ? std::optional<int>(*slot) : std::nullopt;
@@ -267,7 +272,7 @@ private:
             const std::string_view raw = k < parameters.size() ? parameters[k] : std::string_view();
             auto where = [&] { return "parameter " + std::to_string(k + 1) + " of " + shown(name); };
             if (raw.empty()) {
-                add(parameterAt(k), where() + " is empty, so the step is skipped");
+                add(parameterAt(k), where() + " is missing: a number belongs there");
                 continue;
             }
             const auto value = literalValue(raw, m_written, false);
