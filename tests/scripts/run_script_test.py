@@ -3,11 +3,13 @@
 
 A script test carries what it expects in comments of its own:
 
-    # args: --dry-run --dump #        the player's options (default: --dry-run)
+    # args: --dry-run --dump #        the player's options (default: --dry-run);
+    #                                 {tmp} is a fresh folder, removed afterwards
     # status: 2 #                     the exit status (default: 0)
     # expect:
     SetCursorPos 10 20
-    #                                 the exact standard output, line by line
+    #                                 the exact standard output, line by line,
+    #                                 with the script's folder written {dir}
 
 The player runs in the script's own folder, so that options can name files
 beside it (--screen-image picture.png). The expectation block starts on the line after "# expect:" and ends before
@@ -18,6 +20,7 @@ import os
 import re
 import subprocess
 import sys
+import tempfile
 
 
 def expectations(text):
@@ -34,9 +37,11 @@ def main():
     with open(script, encoding="utf-8", errors="surrogateescape") as f:
         text = f.read()
     args, want_status, want_output = expectations(text)
-    run = subprocess.run([player, *args, os.path.abspath(script)], capture_output=True, timeout=60,
-                         cwd=os.path.dirname(os.path.abspath(script)))
-    output = run.stdout.decode("utf-8", errors="surrogateescape")
+    with tempfile.TemporaryDirectory() as tmp:
+        run = subprocess.run([player, *(a.replace("{tmp}", tmp) for a in args), os.path.abspath(script)],
+                             capture_output=True, timeout=60, cwd=os.path.dirname(os.path.abspath(script)))
+    output = run.stdout.decode("utf-8", errors="surrogateescape").replace(
+        os.path.dirname(os.path.abspath(script)), "{dir}")
     failed = False
     if run.returncode != want_status:
         print(f"exit status {run.returncode}, expected {want_status}")
