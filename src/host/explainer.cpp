@@ -41,7 +41,9 @@ std::string emptySlot(const char* what, std::optional<int16_t> slot) {
     return std::string(what) + " slot " + std::to_string(*slot) + " is empty";
 }
 
-std::string bounds(const char* name, int lo, int hi) { return std::string(name) + " " + std::to_string(lo) + "-" + std::to_string(hi); }
+std::string bounds(const char* name, int lo, int hi) {
+    return std::string(name) + " " + std::to_string(lo) + "-" + std::to_string(hi);
+}
 
 }  // namespace
 
@@ -72,7 +74,7 @@ void Explainer::imageMissed(const Call& call, double tolerance, Area area, scree
         if (miss.walksOn)
             line += "; the walk runs on past the sub-image to " + at({area.x2, area.y2}) +
                     ": LocateImage compares over the sub-image's size";
-        line += picture(*s.imageTable.image(*call.slot(1)), miss.searched, miss.compared, miss.mismatch);
+        line += picture(call, *s.imageTable.image(*call.slot(1)), miss.searched, miss.compared, miss.mismatch);
         break;
     }
     m_print(line);
@@ -99,15 +101,16 @@ void Explainer::colorMissed(const Call& call, int imageParameter, int range, std
                 std::to_string(platform::greenOf(miss.color)) + " at " + at(miss.at) + " is " +
                 std::to_string(miss.distance) + " from the range " + range3;
         const Area mark{miss.at.x, miss.at.y, miss.at.x, miss.at.y};
-        line += picture(*grid, area.value_or(screen::wholeImage(*grid)), mark, std::nullopt);
+        line += picture(call, *grid, area.value_or(screen::wholeImage(*grid)), mark, std::nullopt);
         break;
     }
     m_print(line);
 }
 
-std::string Explainer::picture(const platform::PixelGrid& grid, Area shown, Area mark,
+std::string Explainer::picture(const Call& call, const platform::PixelGrid& grid, Area shown, Area mark,
                                std::optional<Position> spot) {
-    const std::string name = "explain-" + std::to_string(++m_written) + ".png";
+    const int number = m_pictureOf.try_emplace(call.engine.currentLine(), int(m_pictureOf.size()) + 1).first->second;
+    const std::string name = "explain-" + std::to_string(number) + ".png";
     if (!m_pictures.savePng(m_folder + "/" + name, screen::markedPicture(grid, shown, mark, spot)))
         return "; could not write " + name;
     return "; " + name;

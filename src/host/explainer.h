@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 #include "platform/pictures.h"
 #include "screen/area.h"
@@ -22,7 +23,9 @@ struct Call;
 class Explainer {
 public:
     using LineSink = std::function<void(std::string_view)>;
-    // Pictures are written into folder as explain-1.png, explain-2.png ...
+    // Pictures are written into folder as explain-1.png, explain-2.png ...:
+    // one for each statement that misses, in the order they first miss,
+    // showing its latest miss (a search in a waiting loop may miss for hours).
     Explainer(std::string folder, platform::Pictures& pictures, LineSink print)
         : m_folder(std::move(folder)), m_pictures(pictures), m_print(std::move(print)) {}
 
@@ -35,13 +38,13 @@ public:
 
 private:
     // "; explain-N.png", or why it could not be written.
-    std::string picture(const platform::PixelGrid& grid, screen::Area shown, screen::Area mark,
+    std::string picture(const Call& call, const platform::PixelGrid& grid, screen::Area shown, screen::Area mark,
                         std::optional<screen::Position> spot);
 
     std::string m_folder;
     platform::Pictures& m_pictures;
     LineSink m_print;
-    int m_written = 0;
+    std::unordered_map<int32_t, int> m_pictureOf;  // by statement
 };
 
 }  // namespace tarvoke::host

@@ -52,7 +52,8 @@ Answer testPixel(Call& call, bool inArea) {
     const auto last = lastPosition(s);
     const Area area = inArea ? areaAt(call, 2) : pointAt(call, 2);
     const int range = rangeOf(call, inArea ? 6 : 4);
-    const bool found = screen::findPixelInArea(s.imageTable, s.colorRanges, call.slot(1), range, area, s.firstFind, last);
+    const bool found =
+        screen::findPixelInArea(s.imageTable, s.colorRanges, call.slot(1), range, area, s.firstFind, last);
     if (!found && s.explainer) s.explainer->colorMissed(call, 1, range, area, true);
     return Answer::test(found);
 }
