@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # The screen benchmarks beside their peers, on one private 1920x1080 Xvfb:
 # capture (ImageMagick's import and scrot to a file), the colour search
-# (one memchr pass over the same bytes), image matching (xautomation's
-# visgrep and OpenCV's matchTemplate on the same pictures), saturation.
+# (one memchr pass over the same bytes), image matching and LocateImage
+# (xautomation's visgrep and OpenCV's matchTemplate on the same pictures),
+# a finding search with and without --explain, saturation.
 # Usage: bench/screen/run.sh [extra Google Benchmark options]
 set -euo pipefail
 cd "$(dirname "$0")/../.."

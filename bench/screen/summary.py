@@ -72,6 +72,19 @@ def main():
         print(f"  OpenCV matchTemplate TM_SQDIFF {mode}: {t:.1f} ms (best at {where})"
               f" [target faster: {verdict(match < t)}]")
 
+    locate, absent = ms("BM_LocateImage/absent:0"), ms("BM_LocateImage/absent:1")
+    grey = opencv["grey"][0]
+    print(f"LocateImage 48x48 over the whole screen, tolerance 2, one true match near the end: {locate:.2f} ms"
+          f" [target < 5 ms: {verdict(locate < 5)}]; visgrep {visgrep / locate:.0f}x, OpenCV grey {grey / locate:.0f}x"
+          f" as long; absent {absent:.2f} ms; the first search after a capture adds"
+          f" {ms('BM_SumPlane'):.2f} ms for the colour sums")
+    plain, explained = ms("BM_LocateImageStatement/explain:0"), ms("BM_LocateImageStatement/explain:1")
+    change = explained / plain - 1
+    print(f"A LocateImage statement that finds: {plain:.3f} ms, with --explain {explained:.3f} ms"
+          f" ({change * 100:+.1f}%) [target within noise, 10%: {verdict(abs(change) < 0.1)}]")
+    print(f"A whole-screen LocateImage that misses, with its explanation: {ms('BM_ExplainMiss/noise:0'):.1f} ms"
+          f" (almost there), {ms('BM_ExplainMiss/noise:1'):.1f} ms (noise)")
+
     saturation = ms("BM_GetSaturationInWholeScreen")
     print(f"getsaturationin over the whole screen: {saturation:.2f} ms [target < 2 ms: {verdict(saturation < 2)}]")
 

@@ -45,7 +45,7 @@ namespace tarvoke::engine {
     X(For, "For", 24)                /* same as replace                  */ \
     X(Timer, "Timer", 25)            /* no effect                        */
 
-// Host commands (100..157); 129 and 134 have no name. Columns: id, name,
+// Host commands (100..158); 129 and 134 have no name. Columns: id, name,
 // number, its Effect, the handler
 // host defines, and the parameters in order (see Param).
 #define TARVOKE_HOST_COMMANDS(X)                                                                              \
@@ -112,7 +112,9 @@ namespace tarvoke::engine {
     X(IsImageInAreaEx, "IsImageInAreaEx", 155, Finds, isImageInAreaEx,                                        \
       (Test, Image, Image, Int16, Int16, Int16, Int16, Number))                                               \
     X(FirstFindMode, "FirstFindMode", 156, Other, firstFindMode, ())                                          \
-    X(RandomFindMode, "RandomFindMode", 157, Other, randomFindMode, ())
+    X(RandomFindMode, "RandomFindMode", 157, Other, randomFindMode, ())                                       \
+    X(LocateImage, "LocateImage", 158, Finds, locateImage,                                                    \
+      (Test, Image, Image, Int16, Int16, Int16, Int16, Number))             /* sub-image over its own size */
 
 enum class Command : int32_t {
     Unknown = -1,
@@ -122,7 +124,7 @@ enum class Command : int32_t {
 };
 
 constexpr int32_t kFirstHostCommand = 100;
-constexpr int32_t kLastHostCommand = 157;
+constexpr int32_t kLastHostCommand = 158;
 
 // Input: the command only makes input. Its input may wait in the platform's
 // buffer until the next command of another kind, or the event loop's next

@@ -7,6 +7,7 @@
 
 #include "engine/numeric.h"
 #include "host/call.h"
+#include "host/explainer.h"
 #include "screen/imagefiles.h"
 #include "screen/routines.h"
 
@@ -29,22 +30,32 @@ Area areaAt(const Call& call, int first) {
     return {call.int16(first), call.int16(first + 1), call.int16(first + 2), call.int16(first + 3)};
 }
 
-Answer moveTo(Session& session, std::optional<screen::Position> found) {
+int rangeOf(const Call& call, int k) { return call.slot(k).value_or(0); }  // no range name: range 0
+
+// A colour search that moves the cursor, over the whole image or an area.
+Answer moveTo(Call& call, std::optional<screen::Area> area = std::nullopt) {
+    Session& session = call.session;
+    const int range = rangeOf(call, 1);
+    const auto found = screen::firstInColorRange(session.imageTable, session.colorRanges, call.slot(0), range, area);
     screen::LastPosition last = lastPosition(session);
-    if (!found) return {};
+    if (!found) {
+        if (session.explainer) session.explainer->colorMissed(call, 0, range, area, false);
+        return {};
+    }
     last.note(*found);
     if (session.platform.input) session.platform.input->setCursorPos(found->x, found->y);
     return {};
 }
 
-int rangeOf(const Call& call, int k) { return call.slot(k).value_or(0); }  // no range name: range 0
-
 Answer testPixel(Call& call, bool inArea) {
     Session& s = call.session;
     const auto last = lastPosition(s);
     const Area area = inArea ? areaAt(call, 2) : pointAt(call, 2);
-    return Answer::test(screen::findPixelInArea(s.imageTable, s.colorRanges, call.slot(1),
-                                                rangeOf(call, inArea ? 6 : 4), area, s.firstFind, last));
+    const int range = rangeOf(call, inArea ? 6 : 4);
+    const bool found =
+        screen::findPixelInArea(s.imageTable, s.colorRanges, call.slot(1), range, area, s.firstFind, last);
+    if (!found && s.explainer) s.explainer->colorMissed(call, 1, range, area, true);
+    return Answer::test(found);
 }
 
 Answer testSaturation(Call& call, bool inArea, bool withTolerance) {
@@ -65,9 +76,12 @@ Answer testImage(Call& call, bool inArea, bool withTolerance) {
     Session& s = call.session;
     const auto last = lastPosition(s);
     const double tolerance = withTolerance ? call.number(inArea ? 7 : 5) : 0.0;
-    return Answer::test(screen::findSubImage(s.imageTable, call.slot(1), call.slot(2), tolerance,
-                                             inArea ? areaAt(call, 3) : pointAt(call, 3), s.firstFind, last,
-                                             [&s] { return s.stopPending(); }));
+    const Area area = inArea ? areaAt(call, 3) : pointAt(call, 3);
+    const bool found = screen::findSubImage(s.imageTable, call.slot(1), call.slot(2), tolerance, area, s.firstFind,
+                                            last, [&s] { return s.stopPending(); });
+    if (!found && s.explainer)
+        s.explainer->imageMissed(call, tolerance, area, inArea ? screen::ImageWalk::Area : screen::ImageWalk::Point);
+    return Answer::test(found);
 }
 
 }  // namespace
@@ -107,16 +121,9 @@ Answer createColorRange(Call& call) {
     return {};
 }
 
-Answer moveMouseToColorRange(Call& call) {
-    Session& s = call.session;
-    return moveTo(s, screen::firstInColorRange(s.imageTable, s.colorRanges, call.slot(0), rangeOf(call, 1)));
-}
+Answer moveMouseToColorRange(Call& call) { return moveTo(call); }
 
-Answer moveMouseToColorRangeEx(Call& call) {
-    Session& s = call.session;
-    return moveTo(s, screen::firstInColorRange(s.imageTable, s.colorRanges, call.slot(0), rangeOf(call, 1),
-                                               areaAt(call, 2)));
-}
+Answer moveMouseToColorRangeEx(Call& call) { return moveTo(call, areaAt(call, 2)); }
 
 // The four numbers are offsets from the middle of the screen: its size in
 // twips (15 to the pixel) divided by 15 and by 2, as floats.
@@ -132,8 +139,7 @@ Answer moveMouseToColorRangeFromCenterScreen(Call& call) {
         if (!coordinate) return {};
         corner[i] = *coordinate;
     }
-    return moveTo(s, screen::firstInColorRange(s.imageTable, s.colorRanges, call.slot(0), rangeOf(call, 1),
-                                               Area{corner[0], corner[1], corner[2], corner[3]}));
+    return moveTo(call, Area{corner[0], corner[1], corner[2], corner[3]});
 }
 
 Answer isPixel(Call& call) { return testPixel(call, false); }
@@ -148,6 +154,17 @@ Answer isImage(Call& call) { return testImage(call, false, false); }
 Answer isImageEx(Call& call) { return testImage(call, false, true); }
 Answer isImageInArea(Call& call) { return testImage(call, true, false); }
 Answer isImageInAreaEx(Call& call) { return testImage(call, true, true); }
+
+Answer locateImage(Call& call) {
+    Session& s = call.session;
+    const auto last = lastPosition(s);
+    const Area area = areaAt(call, 3);
+    const double tolerance = call.number(7);
+    const bool found = screen::locateSubImage(s.imageTable, call.slot(1), call.slot(2), tolerance, area, s.firstFind,
+                                              last, [&s] { return s.stopPending(); });
+    if (!found && s.explainer) s.explainer->imageMissed(call, tolerance, area, screen::ImageWalk::Whole);
+    return Answer::test(found);
+}
 
 }  // namespace handlers
 }  // namespace tarvoke::host

@@ -15,6 +15,8 @@
 
 namespace tarvoke::host {
 
+class Explainer;
+
 struct Session {
     platform::Platform platform;
 
@@ -58,6 +60,8 @@ struct Session {
     // The screen module: the image store and the colour ranges.
     screen::ImageStore imageTable;
     screen::ColorRanges colorRanges;
+    // The player's --explain: told of each search that found nothing.
+    Explainer* explainer = nullptr;
 };
 
 }  // namespace tarvoke::host

@@ -1,5 +1,6 @@
 #pragma once
-// Picture files: read into a pixel grid, written as Windows bitmaps.
+// Picture files: read into a pixel grid, written as Windows bitmaps (what
+// scripts save) or as PNG (pictures for a person to look at).
 
 #include <string>
 
@@ -16,6 +17,9 @@ public:
     // Writes grid to path as a bitmap, whatever the extension; on failure a
     // file already at path stays as it was.
     virtual bool save(const std::string& path, const PixelGrid& grid) = 0;
+    // Writes grid to path as PNG, beside and renamed over as save does: the
+    // same file for every implementation that writes to disk.
+    virtual bool savePng(const std::string& path, const PixelGrid& grid);
 };
 
 }  // namespace tarvoke::platform

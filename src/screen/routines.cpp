@@ -69,4 +69,12 @@ bool findSubImage(ImageStore& store, Slot image, Slot sub, double tolerance, Are
     return result.found;
 }
 
+bool locateSubImage(ImageStore& store, Slot image, Slot sub, double tolerance, Area area, bool firstFind,
+                    LastPosition last, const StopCheck& stopped) {
+    if (!image || !sub) return false;
+    const auto found = locateImage(store.sums(*image), store.sums(*sub), tolerance, area, firstFind, stopped);
+    if (found) last.note(*found);
+    return found.has_value();
+}
+
 }  // namespace tarvoke::screen

@@ -12,6 +12,7 @@
 #include "screen/colorrange.h"
 #include "screen/imagematch.h"
 #include "screen/imagestore.h"
+#include "screen/locate.h"
 
 namespace tarvoke::screen {
 
@@ -46,5 +47,11 @@ double getSaturation(const ImageStore& store, Slot image, Area area);
 // Whether sub lies in image with its pixel (1,1) at a position of area.
 bool findSubImage(ImageStore& store, Slot image, Slot sub, double tolerance, Area area, bool firstFind,
                   LastPosition last, const StopCheck& stopped = {});
+
+// Whether the whole of sub lies in image inside area, compared over its own
+// size; notes its top-left corner, the first or (random find mode) the last
+// in reading order.
+bool locateSubImage(ImageStore& store, Slot image, Slot sub, double tolerance, Area area, bool firstFind,
+                    LastPosition last, const StopCheck& stopped = {});
 
 }  // namespace tarvoke::screen

@@ -3,11 +3,13 @@
 
 A script test carries what it expects in comments of its own:
 
-    # args: --dry-run --dump #        the player's options (default: --dry-run)
+    # args: --dry-run --dump #        the player's options (default: --dry-run);
+    #                                 {tmp} is a fresh folder, removed afterwards
     # status: 2 #                     the exit status (default: 0)
     # expect:
     SetCursorPos 10 20
-    #                                 the exact standard output, line by line
+    #                                 the exact standard output, line by line,
+    #                                 with the script's folder written {dir}
 
 The player runs in the script's own folder, so that options can name files
 beside it (--screen-image picture.png). With --check the script is named by
@@ -20,6 +22,7 @@ import os
 import re
 import subprocess
 import sys
+import tempfile
 
 
 def expectations(text):
@@ -37,9 +40,11 @@ def main():
         text = f.read()
     args, want_status, want_output = expectations(text)
     name = os.path.basename(script) if "--check" in args else os.path.abspath(script)
-    run = subprocess.run([player, *args, name], capture_output=True, timeout=60,
-                         cwd=os.path.dirname(os.path.abspath(script)))
-    output = run.stdout.decode("utf-8", errors="surrogateescape")
+    with tempfile.TemporaryDirectory() as tmp:
+        run = subprocess.run([player, *(a.replace("{tmp}", tmp) for a in args), name],
+                             capture_output=True, timeout=60, cwd=os.path.dirname(os.path.abspath(script)))
+    output = run.stdout.decode("utf-8", errors="surrogateescape").replace(
+        os.path.dirname(os.path.abspath(script)), "{dir}")
     failed = False
     if run.returncode != want_status:
         print(f"exit status {run.returncode}, expected {want_status}")

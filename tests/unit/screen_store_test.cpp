@@ -9,7 +9,7 @@
 #include "platform/qimage/qimagepictures.h"
 #include "platform/bmpwriter.h"
 #include "host/call.h"
-#include "screen/pngwriter.h"
+#include "platform/pngwriter.h"
 #include "screen_fixture.h"
 
 namespace tarvoke::test {
@@ -133,7 +133,7 @@ protected:
 TEST_F(PictureFiles, WrittenPicturesReadBackPixelForPixel) {
     std::string error;
     ASSERT_TRUE(m_pictures.save(path("a.png"), pattern()));
-    ASSERT_TRUE(screen::savePngFile(path("shot.png"), pattern(), error)) << error;
+    ASSERT_TRUE(platform::savePngFile(path("shot.png"), pattern(), error)) << error;
     QImage image(7, 5, QImage::Format_RGB32);
     for (int32_t y = 0; y < 5; ++y)
         for (int32_t x = 0; x < 7; ++x) image.setPixel(x, y, pattern().at(x, y) | 0xFF000000u);

@@ -18,7 +18,7 @@
 #include <vector>
 
 #include "platform/x11/windowmanager.h"
-#include "screen/pngwriter.h"
+#include "platform/pngwriter.h"
 
 extern char** environ;
 
@@ -308,7 +308,7 @@ std::string writeScreenshot(platform::ScreenCapture& screen, const std::string& 
     platform::PixelGrid grid;
     if (!screen.capture(grid)) return "cannot read the screen for the screenshot";
     std::string error;
-    if (!screen::savePngFile(path, grid, error)) return "cannot write the screenshot '" + path + "': " + error;
+    if (!platform::savePngFile(path, grid, error)) return "cannot write the screenshot '" + path + "': " + error;
     return {};
 }
 

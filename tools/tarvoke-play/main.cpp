@@ -12,6 +12,7 @@
 #include "engine/sc.h"
 #include "headless.h"
 #include "host/dispatch.h"
+#include "host/explainer.h"
 #include "host/session.h"
 #include "options.h"
 #include "picturemodule.h"
@@ -164,6 +165,17 @@ int play(int argc, char** argv) {
     session.scriptFolder = scriptFolder(options.file);
     session.ignorePauses = options.ignorePauses;
     if (options.percent) session.fixedPauseFactor = session.pauseFactor = *options.percent / 100.0;
+    // Its pictures are written in a dry run too: they are what was asked for.
+    std::unique_ptr<host::Explainer> explainer;
+    if (!options.explain.empty()) {
+        std::error_code error, notThere;
+        std::filesystem::create_directories(options.explain, error);
+        if (!std::filesystem::is_directory(options.explain, notThere))
+            return fail("cannot make the folder '" + options.explain + "' for --explain: " +
+                        (error ? error.message() : "it is no folder"));
+        explainer = std::make_unique<host::Explainer>(options.explain, pictures, printLine);
+        session.explainer = explainer.get();
+    }
 
     int status = 0;
     if (options.record) {

@@ -10,7 +10,7 @@ namespace tarvoke::player {
 const char* const kUsage =
     "usage: tarvoke-play [--dry-run] [--dump] [--load-only] [--ignore-pauses] [--percent P] [--repeat N]\n"
     "                    [--screen WxH] [--screen-image FILE] [--write-pictures] [--max-text-memory SIZE]\n"
-    "                    FILE.tk | -\n"
+    "                    [--explain DIR] FILE.tk | -\n"
     "       tarvoke-play --check FILE.tk | -\n"
     "       tarvoke-play --record FILE.tk [--force] [--no-mouse-move] [--no-extended-clicks]\n"
     "       tarvoke-play --headless[=WxH] [--wm PROGRAM] [--screenshot FILE.png] [OPTIONS] FILE.tk | -\n"
@@ -28,6 +28,8 @@ const char* const kUsage =
     "  --screen WxH     the screen size of a dry run (default 1920x1080)\n"
     "  --screen-image FILE  in a dry run, every capture returns this picture and the screen has its size\n"
     "  --write-pictures in a dry run, let SaveImage write its picture (else it prints its line only)\n"
+    "  --explain DIR    after each picture or colour search that finds nothing, print why and write a\n"
+    "                   picture of the searched area with the closest place marked into DIR\n"
     "  --max-text-memory SIZE  the most the script's texts may hold together, in bytes or with K, M, G\n"
     "                   (default 1G); a step that would need more fails\n"
     "  -                read the script from standard input\n"
@@ -145,6 +147,9 @@ ParseResult parseOptions(const std::vector<std::string>& args) {
         } else if (auto picture = valueOf(args, i, "--screen-image")) {
             if (picture->empty()) return UsageError{"--screen-image needs a picture file"};
             options.screenImage = *picture;
+        } else if (auto folder = valueOf(args, i, "--explain")) {
+            if (folder->empty()) return UsageError{"--explain needs the folder to write its pictures to"};
+            options.explain = *folder;
         } else if (arg == "--write-pictures") {
             options.writePictures = true;
         } else if (auto memory = valueOf(args, i, "--max-text-memory")) {

@@ -22,6 +22,7 @@ struct Options {
     std::optional<std::pair<int32_t, int32_t>> screen;
     std::string screenImage;  // dry run: every capture returns this picture
     bool writePictures = false;  // dry run: saveimage really writes
+    std::string explain;  // --explain DIR: why each search found nothing, pictures into DIR
     // The most the script's texts may hold together, in bytes.
     uint64_t maxTextMemory = uint64_t{1} << 30;
     std::string file;  // "-" is standard input

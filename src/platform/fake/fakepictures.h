@@ -25,6 +25,7 @@ public:
         files[path] = grid;
         return true;
     }
+    bool savePng(const std::string& path, const PixelGrid& grid) override { return save(path, grid); }
 
     std::map<std::string, PixelGrid> files;
     std::map<std::string, bool> unwritable;

@@ -1,10 +1,11 @@
-#include "screen/pngwriter.h"
+#include "platform/pngwriter.h"
 
 #include <zlib.h>
 
+#include "platform/pictures.h"
 #include "platform/picturesave.h"
 
-namespace tarvoke::screen {
+namespace tarvoke::platform {
 namespace {
 
 void put32(std::vector<uint8_t>& out, uint32_t value) {
@@ -22,7 +23,7 @@ void chunk(std::vector<uint8_t>& out, const char* type, const std::vector<uint8_
 
 }  // namespace
 
-std::vector<uint8_t> encodePng(const platform::PixelGrid& grid) {
+std::vector<uint8_t> encodePng(const PixelGrid& grid) {
     if (grid.empty()) return {};
     // Each row: filter type 0 (none), then red, green, blue.
     const size_t rowBytes = 1 + static_cast<size_t>(grid.width) * 3;
@@ -32,9 +33,9 @@ std::vector<uint8_t> encodePng(const platform::PixelGrid& grid) {
         *out++ = 0;
         const uint32_t* in = grid.row(y);
         for (int32_t x = 0; x < grid.width; ++x, out += 3) {
-            out[0] = platform::redOf(in[x]);
-            out[1] = platform::greenOf(in[x]);
-            out[2] = platform::blueOf(in[x]);
+            out[0] = redOf(in[x]);
+            out[1] = greenOf(in[x]);
+            out[2] = blueOf(in[x]);
         }
     }
     uLongf packedSize = compressBound(static_cast<uLong>(raw.size()));
@@ -55,9 +56,14 @@ std::vector<uint8_t> encodePng(const platform::PixelGrid& grid) {
     return file;
 }
 
-bool savePngFile(const std::string& path, const platform::PixelGrid& grid, std::string& error) {
+bool savePngFile(const std::string& path, const PixelGrid& grid, std::string& error) {
     const char* whyEmpty = grid.empty() ? "there is no picture to save" : "the picture could not be compressed";
-    return platform::savePictureBytes(path, encodePng(grid), whyEmpty, error);
+    return savePictureBytes(path, encodePng(grid), whyEmpty, error);
 }
 
-}  // namespace tarvoke::screen
+bool Pictures::savePng(const std::string& path, const PixelGrid& grid) {
+    std::string error;
+    return savePngFile(path, grid, error);
+}
+
+}  // namespace tarvoke::platform

@@ -7,13 +7,13 @@
 
 #include "platform/pixelgrid.h"
 
-namespace tarvoke::screen {
+namespace tarvoke::platform {
 
 // The whole file in memory; empty when the grid is empty.
-std::vector<uint8_t> encodePng(const platform::PixelGrid& grid);
+std::vector<uint8_t> encodePng(const PixelGrid& grid);
 
 // Writes the picture beside path and renames it over, as saveBmpFile does.
 // error receives the reason of a failure.
-bool savePngFile(const std::string& path, const platform::PixelGrid& grid, std::string& error);
+bool savePngFile(const std::string& path, const PixelGrid& grid, std::string& error);
 
-}  // namespace tarvoke::screen
+}  // namespace tarvoke::platform
