@@ -82,7 +82,9 @@ TEST_F(LoaderTest, NamesAndNumbers) {
     // The dump's first names are checked by the builtins' dump test.
     EXPECT_EQ(engine::commandNumber("SelectWindow"), engine::Command::FindWindow);
     for (int32_t id = 100; id <= engine::kLastHostCommand; ++id)  // every host number but 129 and 134 reads back
-        if (id != 129 && id != 134) EXPECT_EQ(int32_t(engine::commandNumber(engine::commandName(id))), id) << id;
+        if (id != 129 && id != 134) {
+            EXPECT_EQ(int32_t(engine::commandNumber(engine::commandName(id))), id) << id;
+        }
 }
 
 TEST_F(LoaderTest, HexToText) {

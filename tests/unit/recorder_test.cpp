@@ -259,10 +259,11 @@ TEST_P(ChangeTest, WritesOneTickPerChange) {
     // The close counts on the local clock from the last change's stamp.
     clock.now += 7;
     const std::string script = recorder.close();
-    if (c.skew == 0)
+    if (c.skew == 0) {
         EXPECT_NE(script.find("Pause(" + std::to_string(clock.now - lastStamp) + ");\n\nEndFunction();"),
                   std::string::npos)
             << script;
+    }
     EXPECT_TRUE(engine::checkScript(script).empty()) << script;
     // After the close no change is taken.
     fake.keyboard.change(90, true, 5000);

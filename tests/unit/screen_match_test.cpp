@@ -226,8 +226,10 @@ TEST(ImageMatch, EqualsThePlainRuleOnRandomPictures) {
         const auto closest = screen::closestImage(image, sub, {0, 0, sub.width, sub.height}, area, true);
         const auto plainly = closestPlainly(image, sub, area);
         ASSERT_EQ(closest.has_value(), plainly.has_value()) << trial;
-        if (closest) ASSERT_EQ(std::make_pair(closest->at, closest->difference),
-                               std::make_pair(plainly->at, plainly->difference)) << trial;
+        if (closest) {
+            ASSERT_EQ(std::make_pair(closest->at, closest->difference),
+                      std::make_pair(plainly->at, plainly->difference)) << trial;
+        }
     }
     EXPECT_GT(matches, 100);  // the cases are not all misses
     EXPECT_GT(located, 100);
