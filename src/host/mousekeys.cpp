@@ -115,7 +115,9 @@ Answer keyUp(Call& call) {
 
 Answer sendKeys(Call& call) {
     const std::string& keys = call.text(0);
-    if (const auto strokes = parseSendKeys(keys)) call.session.platform.input->sendKeys(keys, *strokes);
+    if (!acceptsSendKeys(keys)) return {};
+    KeyStringStrokes strokes(keys);
+    call.session.platform.input->sendKeys(keys, strokes);
     return {};
 }
 

@@ -68,24 +68,37 @@ std::optional<uint8_t> modifierOf(char c) {
     }
 }
 
-void tap(std::vector<KeyStroke>& out, uint8_t vk) {
-    out.push_back({KeyStroke::Kind::Press, vk, {}});
-    out.push_back({KeyStroke::Kind::Release, vk, {}});
-}
+// Strokes made at a time: a stroke takes some forty bytes, so a long text
+// is sent in pieces of this many rather than turned into strokes whole.
+constexpr size_t kPieceStrokes = 4096;
+
+}  // namespace
 
 // Groups and modifiers nest as deep as the text goes, so what is open is
 // kept on a stack of our own rather than the call stack: a text of a million
 // "(" fails like any unclosed group instead of overflowing.
-class Parser {
+class SendKeysParser {
 public:
-    explicit Parser(std::string_view keys) : m_keys(keys) {}
+    explicit SendKeysParser(std::string_view keys) : m_keys(keys) {}
 
-    std::optional<std::vector<KeyStroke>> run() {
-        while (m_at < m_keys.size())
-            if (!step()) return std::nullopt;
-        if (!m_open.empty()) return std::nullopt;  // a group never closed
-        return std::move(m_out);
+    // Reads on until `out` holds at least `atLeast` strokes or the text
+    // ends; false when the text is refused by then.
+    bool read(std::vector<KeyStroke>& out, size_t atLeast) {
+        m_out = &out;
+        while (m_at < m_keys.size() && out.size() < atLeast)
+            if (!step()) return false;
+        return !atEnd() || m_open.empty();  // a group never closed
     }
+
+    // Reads the whole text making no strokes; false when it is refused.
+    bool readAll() {
+        m_out = nullptr;
+        while (m_at < m_keys.size())
+            if (!step()) return false;
+        return m_open.empty();
+    }
+
+    bool atEnd() const { return m_at >= m_keys.size(); }
 
 private:
     // A group, or a modifier waiting for the one item it applies to.
@@ -101,7 +114,7 @@ private:
         if (const auto modifier = modifierOf(c)) {
             ++m_at;
             if (m_at >= m_keys.size() || m_keys[m_at] == ')') return false;
-            m_out.push_back({KeyStroke::Kind::Press, *modifier, {}});
+            emit(KeyStroke::Kind::Press, *modifier);
             m_open.push_back({false, *modifier});
             return true;
         }
@@ -122,11 +135,11 @@ private:
             return false;
         case '~':
             ++m_at;
-            tap(m_out, kEnter);
+            tap(kEnter);
             break;
         default: {
             const size_t length = characterLength(m_keys, m_at);
-            m_out.push_back({KeyStroke::Kind::Type, 0, std::string(m_keys.substr(m_at, length))});
+            emit(KeyStroke::Kind::Type, 0, m_keys.substr(m_at, length));
             m_at += length;
             break;
         }
@@ -138,7 +151,7 @@ private:
     // An item ends the modifiers that waited for it.
     void itemDone() {
         while (!m_open.empty() && !m_open.back().group) {
-            m_out.push_back({KeyStroke::Kind::Release, m_open.back().modifier, {}});
+            emit(KeyStroke::Kind::Release, m_open.back().modifier);
             m_open.pop_back();
         }
     }
@@ -165,23 +178,48 @@ private:
             inside = inside.substr(0, blank);
         }
         if (characterLength(inside, 0) == inside.size()) {
-            for (int i = 0; i < count; ++i) m_out.push_back({KeyStroke::Kind::Type, 0, std::string(inside)});
+            for (int i = 0; m_out && i < count; ++i) emit(KeyStroke::Kind::Type, 0, inside);
             return true;
         }
         const auto vk = namedKey(inside);
         if (!vk) return false;
-        for (int i = 0; i < count; ++i) tap(m_out, *vk);
+        for (int i = 0; m_out && i < count; ++i) tap(*vk);
         return true;
+    }
+
+    // Checking a text makes no strokes: it has no `m_out`.
+    void emit(KeyStroke::Kind kind, uint8_t vk, std::string_view text = {}) {
+        if (m_out) m_out->push_back({kind, vk, std::string(text)});
+    }
+
+    void tap(uint8_t vk) {
+        emit(KeyStroke::Kind::Press, vk);
+        emit(KeyStroke::Kind::Release, vk);
     }
 
     std::string_view m_keys;
     size_t m_at = 0;
-    std::vector<KeyStroke> m_out;
+    std::vector<KeyStroke>* m_out = nullptr;
     std::vector<Open> m_open;
 };
 
-}  // namespace
+bool acceptsSendKeys(std::string_view keys) { return SendKeysParser(keys).readAll(); }
 
-std::optional<std::vector<platform::KeyStroke>> parseSendKeys(std::string_view keys) { return Parser(keys).run(); }
+KeyStringStrokes::KeyStringStrokes(std::string_view keys) : m_parser(std::make_unique<SendKeysParser>(keys)) {}
+
+KeyStringStrokes::~KeyStringStrokes() = default;
+
+bool KeyStringStrokes::next(std::vector<KeyStroke>& piece) {
+    piece.clear();
+    m_parser->read(piece, kPieceStrokes);
+    return !piece.empty();
+}
+
+std::optional<std::vector<KeyStroke>> parseSendKeys(std::string_view keys) {
+    if (!acceptsSendKeys(keys)) return std::nullopt;
+    std::vector<KeyStroke> all, piece;
+    for (KeyStringStrokes strokes(keys); strokes.next(piece);) all.insert(all.end(), piece.begin(), piece.end());
+    return all;
+}
 
 }  // namespace tarvoke::host

@@ -32,6 +32,16 @@ struct KeyStroke {
     bool operator==(const KeyStroke&) const = default;
 };
 
+// The strokes of one key string, handed out a piece at a time: a long text
+// typed never exists as strokes all at once, which would take many times its
+// own size.
+class KeyStrokes {
+public:
+    virtual ~KeyStrokes() = default;
+    // Replaces `piece` with the next strokes; false once none are left.
+    virtual bool next(std::vector<KeyStroke>& piece) = 0;
+};
+
 // A cursor position asked for and not read yet.
 class PendingPoint {
 public:
@@ -68,7 +78,7 @@ public:
     virtual void mouseEvent(uint32_t flags) = 0;
     virtual void keyEvent(uint8_t vk, uint32_t flags) = 0;
     // A key string the host has already parsed; keys is the script's text.
-    virtual void sendKeys(const std::string& keys, const std::vector<KeyStroke>& strokes) = 0;
+    virtual void sendKeys(const std::string& keys, KeyStrokes& strokes) = 0;
     // A mouse or key message delivered to one window (513.. buttons, 256/257 keys):
     // key is a key message's virtual key, point a button message's position
     // (x in the low half, y in the high half, each signed).

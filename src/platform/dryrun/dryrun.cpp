@@ -42,7 +42,7 @@ void DryRunInput::keyEvent(uint8_t vk, uint32_t flags) {
     m_sink("keybd_event " + std::to_string(vk) + " " + std::to_string(flags));
 }
 
-void DryRunInput::sendKeys(const std::string& keys, const std::vector<KeyStroke>&) { m_sink("SendKeys " + quoted(keys)); }
+void DryRunInput::sendKeys(const std::string& keys, KeyStrokes&) { m_sink("SendKeys " + quoted(keys)); }
 
 void DryRunInput::sendMessage(WindowId window, uint32_t message, uint32_t key, uint32_t point) {
     char packed[16];

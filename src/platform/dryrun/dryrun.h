@@ -26,7 +26,7 @@ public:
     Point cursorPos() override { return m_cursor; }
     void mouseEvent(uint32_t flags) override;
     void keyEvent(uint8_t vk, uint32_t flags) override;
-    void sendKeys(const std::string& keys, const std::vector<KeyStroke>& strokes) override;
+    void sendKeys(const std::string& keys, KeyStrokes& strokes) override;
     void sendMessage(WindowId window, uint32_t message, uint32_t key, uint32_t point) override;
 
 private:

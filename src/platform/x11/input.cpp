@@ -327,7 +327,14 @@ void X11Input::typeKeysym(KeySym keysym) {
     for (auto it = modifiers.rbegin(); it != modifiers.rend(); ++it) pressKeycode(*it, false);
 }
 
-void X11Input::sendKeys(const std::string&, const std::vector<KeyStroke>& strokes) {
+void X11Input::sendKeys(const std::string&, KeyStrokes& strokes) {
+    beginOperation();
+    std::vector<KeyStroke> piece;
+    // A stop ends the typing at once; what is held is let go by the run's end.
+    while (!stopped() && strokes.next(piece)) sendStrokes(piece);
+}
+
+void X11Input::sendStrokes(const std::vector<KeyStroke>& strokes) {
     // Characters that no key of the group in force carries get a spare
     // keycode; the others are typed with their level's modifiers.
     std::vector<KeySym> needed, typed;
@@ -339,13 +346,10 @@ void X11Input::sendKeys(const std::string&, const std::vector<KeyStroke>& stroke
             needed.push_back(keysym);
         }
     }
-    beginOperation();
     m_keyboard.bindSpares(needed);
     m_keyboard.bindSpares(typed, true);
     for (const KeyStroke& stroke : strokes) {
-        // A stop ends the typing at once; what is held is let go by the
-        // run's end.
-        if (stopped()) break;
+        if (stopped()) return;
         switch (stroke.kind) {
         case KeyStroke::Kind::Press: pressVk(stroke.vk, true); break;
         case KeyStroke::Kind::Release: pressVk(stroke.vk, false); break;

@@ -64,7 +64,7 @@ public:
     std::unique_ptr<PendingPoint> askCursorPos() override;
     void mouseEvent(uint32_t flags) override;
     void keyEvent(uint8_t vk, uint32_t flags) override;
-    void sendKeys(const std::string& keys, const std::vector<KeyStroke>& strokes) override;
+    void sendKeys(const std::string& keys, KeyStrokes& strokes) override;
     void sendMessage(WindowId window, uint32_t message, uint32_t key, uint32_t point) override;
 
     void flush() override;
@@ -77,6 +77,8 @@ private:
     void pressKeycode(KeyCode code, bool press);
     void pressVk(uint8_t vk, bool press);
     void typeKeysym(KeySym keysym);
+    // One piece of a key string, with spare keycodes bound for what it types.
+    void sendStrokes(const std::vector<KeyStroke>& strokes);
     enum Device { kKeyboard, kPointer, kNoDevice };
     // Queues one XTest event (XCB_KEY_PRESS ... XCB_MOTION_NOTIFY) for the
     // connection's next flush, after the waits that keep the order; echoes
