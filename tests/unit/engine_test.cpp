@@ -140,32 +140,6 @@ TEST_F(BuiltinsTest, MessageStyles) {
                                                          "MessageBox 1048576 \"t\" \"a\""}));
 }
 
-TEST_F(BuiltinsTest, DumpListsStatementsFunctionsAndVariablesInOrder) {
-    run("function(main); string(s, \"a b\"); double(d, 0.5); int(n, 3); combine(s, c); endfunction();"
-        "function(f); for(s,1,2); selectwindow(\"A\", b); foo(1,2,3,4,5,6,7,8); endfunction();");
-    EXPECT_EQ(engine.getDebug(),
-              "Printing Code:\n"
-              "Command: function; Parameters: main      \n"
-              "Command: string; Parameters: s a b     \n"
-              "Command: double; Parameters: d 0.5     \n"
-              "Command: int; Parameters: n 3     \n"
-              "Command: add; Parameters: s c     \n"
-              "Command: endfunction; Parameters:       \n"
-              "Command: function; Parameters: f      \n"
-              "Command: replace; Parameters: s 1 2    \n"
-              "Command: findwindow; Parameters: \"A\" b     \n"
-              "Command: UNKNOWN COMMAND; Parameters: 1 2 3 4 5 6 7\n"
-              "Command: endfunction; Parameters:       \n"
-              "\nPrinting Found Functions:\n"
-              "Function: main, line: 1\n"
-              "Function: f, line: 7\n"
-              "\nPrinting Found Variables:\n"
-              "String: s, value: a bc\n"
-              "Long: n, value: 3\n"
-              "Double: d, value: 0.5\n"
-              "\n\n\n");
-}
-
 TEST_F(BuiltinsTest, DumpBeforeAnyLoadHasItsHeadingsOnly) {
     EXPECT_EQ(engine.getDebug(), "Printing Code:\n\nPrinting Found Functions:\n\nPrinting Found Variables:\n\n\n\n");
 }
