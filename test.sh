@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds Tarvoke and runs every test: the logic and
 # script tests in parallel, a sanitizer pass over the core and the player, a
-# bounded fuzzing run of the dry-run player and of what the network reads,
+# bounded fuzzing run of the script loader and of the dry-run player,
 # and the desktop tests one at a time on a private X server.
 set -euo pipefail
 cd "$(dirname "$0")"
@@ -23,8 +23,10 @@ cmake -S . -B build-asan -G Ninja -DCMAKE_BUILD_TYPE=Debug -DTARVOKE_SANITIZE=ON
 cmake --build build-asan -j "$jobs"
 ctest --test-dir build-asan -j "$jobs" -LE desktop --output-on-failure
 
-echo "== fuzzing the dry-run player (libFuzzer, 50 s)"
-tests/fuzz/run.sh 50 player
+echo "== fuzzing the script loader (libFuzzer, 25 s)"
+tests/fuzz/run.sh 25 loader
+echo "== fuzzing the dry-run player (libFuzzer, 25 s)"
+tests/fuzz/run.sh 25 player
 echo "== fuzzing what the network reads (libFuzzer, 15 s)"
 tests/fuzz/run.sh 15 net
 

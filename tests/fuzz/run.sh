@@ -5,11 +5,11 @@
 # tests/fuzz/corpus (scripts that once hung, aborted or ran out of memory).
 # Any crash, leak, sanitizer report or input slower than the timeout fails
 # the run; the input is left in build-fuzz/findings-TARGET.
-# Usage: tests/fuzz/run.sh [SECONDS] [player|net]
+# Usage: tests/fuzz/run.sh [SECONDS] [loader|player|net]
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 seconds=${1:-25}
-target=${2:-player}
+target=${2:-loader}
 build=build-fuzz
 
 CC=clang-14 CXX=clang++-14 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
