@@ -120,19 +120,6 @@ TEST_F(PlaybackTest, RunCountsFollowRepeatAndPlayX) {
     }
 }
 
-TEST_F(PlaybackTest, VariablesOutliveARepeatButNotAPlay) {
-    const std::string counter =
-        "Function(Main);\nIf(done = 1);\nElse();\nInt(n, 0);\nInt(done, 1);\nEndIf();\nAdd(n, 1);\nEndFunction();";
-    session.repeat = true;
-    start(counter);
-    EXPECT_EQ(tickWhileOn(3), 3);
-    EXPECT_EQ(engine.getVariableAsString("n"), "3");
-    playback.stopPlay();
-    start(counter);
-    EXPECT_EQ(tickWhileOn(1), 1);
-    EXPECT_EQ(engine.getVariableAsString("n"), "1");
-}
-
 // Stop ends the run in its pause, and a stopped play lets go of what its run
 // held once no statement of the run can press again; a repeat keeps keys
 // held from one run to the next.
