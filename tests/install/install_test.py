@@ -136,32 +136,6 @@ class PackageTest(Installed):
             self.assertEqual(out.returncode, 0, out.stdout + out.stderr)
 
 
-class SettingsTest(unittest.TestCase):
-    """On the desktop: the installed windows with a program folder they cannot write."""
-
-    def test_settings_go_to_the_config_folder(self):
-        with tempfile.TemporaryDirectory() as work:
-            prefix, config = os.path.join(work, "usr"), os.path.join(work, "config")
-            self.assertEqual(run("cmake", "--install", BUILD, "--prefix", prefix).returncode, 0)
-            folder = os.path.join(prefix, "lib/tarvoke")
-            # Root writes anywhere but into an immutable folder.
-            root = os.geteuid() == 0
-            self.assertEqual(run(*(["chattr", "+i"] if root else ["chmod", "a-w"]), folder).returncode, 0)
-            env = {k: v for k, v in os.environ.items() if k not in ("TARVOKE_SETTINGS_DIR", "QT_QPA_PLATFORM")}
-            program = subprocess.Popen([os.path.join(prefix, "bin/tarvoke")], env=dict(env, XDG_CONFIG_HOME=config,
-                                                                                      HOME=work))
-            try:
-                # The splash writes the settings when it gives way to the first window.
-                settings = os.path.join(config, "tarvoke/settings.dat")
-                wait_until(lambda: os.path.exists(settings) or program.poll() is not None, 30)
-                self.assertTrue(os.path.exists(settings), "no settings.dat in %s" % config)
-                self.assertEqual(sorted(os.listdir(folder)), PROGRAM_FOLDER)
-            finally:
-                program.kill()
-                program.wait()
-                run(*(["chattr", "-i"] if root else ["chmod", "u+w"]), folder)
-
-
 class ContainerTest(unittest.TestCase):
     """The image of the Containerfile plays a script headless, where podman works."""
 

@@ -4,6 +4,7 @@ in a dry run, or grow without bound. One table per area; each gives the
 failures it found.
 
 usage: safety_test.py TARVOKE_PLAY [--sanitized] [AREA...]
+(compile_failures, which needs the compiled programs' runtime, runs only when named)
 --sanitized: the player is built with AddressSanitizer, which cannot run
 under an address-space limit; the memory cases then run without one.
 """
@@ -136,6 +137,23 @@ def dry_run_writes(folder):
             kept = f.read() == b"my notes\n"
         if result.returncode != 0 or f'SavePicture "{target}"' not in result.stdout or kept == written:
             failures.append(f"{options}: status {result.returncode}, file {'kept' if kept else 'replaced'}")
+    return failures
+
+
+def compile_failures(folder):
+    """--compile, and the compiled program without its tail, fail as the player does."""
+    path = script(folder, "s.tk", "")
+    failures = []
+    for name, command, words in [
+            ("missing script", [PLAY, "--compile", "/nonexistent.tk", os.path.join(folder, "x")], "cannot read"),
+            ("no folder for it", [PLAY, "--compile", path, "/nonexistent/x.exe"], "cannot write"),
+            ("no program named", [PLAY, "--compile", path], "--compile needs"),
+            ("the runtime alone", [os.path.join(os.path.dirname(PLAY), "Compiler.dll")],
+             "this file holds no compiled script")]:
+        result = subprocess.run(command, capture_output=True, text=True, timeout=20,
+                                env=dict(os.environ, TARVOKE_RUNTIME_DRY_RUN="1"))
+        if result.returncode != 2 or len(result.stderr.splitlines()) != 1 or words not in result.stderr:
+            failures.append(f"{name}: status {result.returncode}, {result.stderr!r}")
     return failures
 
 

@@ -30,7 +30,11 @@ class NetTest : public ::testing::Test {
 protected:
     ~NetTest() override {
         for (int fd : peers) ::close(fd);
+        stopServing();
+    }
+    void stopServing() {
         if (listener >= 0) ::close(listener);
+        listener = -1;
     }
 
     // A TCP socket bound to a free port of 127.0.0.1.
@@ -85,8 +89,9 @@ protected:
 
 // A look-up that answers as told, or never.
 struct ScriptedLookup : HostLookup {
+    platform::EventLoop* loop;
     std::optional<int32_t> error;  // none: never answers
-    platform::EventLoop* loop = nullptr;
+    ScriptedLookup(platform::EventLoop& on, std::optional<int32_t> answer = {}) : loop(&on), error(answer) {}
     Pending start(const std::string&, Done done) override {
         struct Answer : platform::EventLoop::Handle {
             std::unique_ptr<platform::EventLoop::Handle> hook;
@@ -133,9 +138,7 @@ TEST_F(NetTest, FailuresAreReportedAsStateNineAndLeaveTheState) {
     for (const Case& c : {Case{"127.0.0.1", {}, 10061, 6, "UniSock.WndProc"},
                           Case{"nowhere.test", 11001, 11001, 4, "UniSock.WndProc"},
                           Case{"", {}, 0, 0, ""}}) {
-        ScriptedLookup lookup;
-        lookup.loop = &loop;
-        lookup.error = c.lookupError;
+        ScriptedLookup lookup(loop, c.lookupError);
         UniSock sock(loop, &lookup);
         std::vector<ErrorEvent> errors;
         bool nine = false;
@@ -436,8 +439,7 @@ TEST_F(NetTest, TheUpdateCheckAsksOnlyForAReplyEndingInYes) {
         EXPECT_EQ(wentOn, c.asks && c.pieces.size() == 1 ? 0 : 1) << c.pieces.back();
         EXPECT_EQ(opened, c.asks ? "http://127.0.0.1:" + std::to_string(port) + "/downloads/Tarvokesetup.exe" : "");
         EXPECT_EQ(request, "GET /tarvokeupdate.php?currversion=9.8.7 HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
-        ::close(listener);
-        listener = -1;
+        stopServing();
     }
     EXPECT_EQ(downloadAddress({"up date.example", 80, ""}), "http://up%20date.example/downloads/Tarvokesetup.exe");
 }
@@ -469,9 +471,7 @@ TEST_F(NetTest, NoServerHoldsUpTheStartOrItsMemory) {
                         if (n < 0 || flooded >= 100'000'000) pump.reset();
                     });
             });
-        ScriptedLookup lookup;
-        lookup.loop = &loop;
-        if (kind == Kind::UnknownHost) lookup.error = 11001;
+        ScriptedLookup lookup(loop, kind == Kind::UnknownHost ? std::optional(11001) : std::nullopt);
         const bool byName = kind == Kind::UnknownHost || kind == Kind::HangingLookup;
         const UpdateServer server{kind == Kind::None ? "" : byName ? "update.test" : "127.0.0.1", port, "1"};
         bool started = false;
@@ -491,8 +491,7 @@ TEST_F(NetTest, NoServerHoldsUpTheStartOrItsMemory) {
             EXPECT_LT(residentKb() - memoryBefore, 8 * 1024);
         }
         EXPECT_EQ(asked, 0);
-        if (listener >= 0) ::close(listener);
-        listener = -1;
+        stopServing();
     }
 }
 

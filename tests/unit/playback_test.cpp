@@ -1,15 +1,21 @@
 // Playback as the windows drive it: the play timer's tick, repeat, Play X,
-// Stop from inside a run, a Play that replaces a run, and resume.
+// Stop from inside a run, a Play that replaces a run, and resume; the hotkey
+// poll; Correct Time's scan, calibration and timed runs on a clock the test
+// moves; the bytes of a compiled program.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <set>
 
 #include "engine/sc.h"
+#include "engine/scripttext.h"
 #include "host/dispatch.h"
 #include "host/session.h"
 #include "platform/dryrun/dryrun.h"
-#include "platform/loop/pollloop.h"
+#include "playback/compiledscript.h"
+#include "playback/correcttime.h"
+#include "playback/hotkeys.h"
 #include "playback/playback.h"
 
 namespace tarvoke::test {
@@ -114,19 +120,6 @@ TEST_F(PlaybackTest, RunCountsFollowRepeatAndPlayX) {
     }
 }
 
-TEST_F(PlaybackTest, VariablesOutliveARepeatButNotAPlay) {
-    const std::string counter =
-        "Function(Main);\nIf(done = 1);\nElse();\nInt(n, 0);\nInt(done, 1);\nEndIf();\nAdd(n, 1);\nEndFunction();";
-    session.repeat = true;
-    start(counter);
-    EXPECT_EQ(tickWhileOn(3), 3);
-    EXPECT_EQ(engine.getVariableAsString("n"), "3");
-    playback.stopPlay();
-    start(counter);
-    EXPECT_EQ(tickWhileOn(1), 1);
-    EXPECT_EQ(engine.getVariableAsString("n"), "1");
-}
-
 // Stop ends the run in its pause, and a stopped play lets go of what its run
 // held once no statement of the run can press again; a repeat keeps keys
 // held from one run to the next.
@@ -204,22 +197,6 @@ TEST_F(PlaybackTest, PlayDuringARunReplacesIt) {
     EXPECT_TRUE(shown);
 }
 
-// The player's poll loop: the yield before every statement gives it a turn,
-// so a repeating timer keeps firing inside a run that never ends by itself,
-// until it stops the run.
-TEST_F(PlaybackTest, ThePollLoopsTimersFireInAnEndlessRun) {
-    platform::PollLoop loop;
-    onYield = [&] { loop.turn(false); };
-    playback.load("Function(Main); While(1=1); EndWhile(); EndFunction();");
-    int fired = 0;
-    const auto timer = loop.every(std::chrono::milliseconds(5), [&] {
-        if (++fired == 3) playback.stop();
-    });
-    playback.run();
-    EXPECT_EQ(fired, 3);
-    EXPECT_TRUE(playback.stopRequested());
-}
-
 TEST_F(PlaybackTest, PauseScriptMakesTheNextPlayResume) {
     session.repeat = true;
     start(kOneMessage);
@@ -233,5 +210,196 @@ TEST_F(PlaybackTest, PauseScriptMakesTheNextPlayResume) {
     EXPECT_FALSE(playback.resumeIfPending());
 }
 
+
+// The hotkey poll: which of Ctrl+0/1/8/9 fire in one tick, and how the
+// "pressed since the last read" bit makes a held key fire once.
+
+// Keys down now, and keys whose press bit is set; a read of the bit clears it.
+struct HeldKeys : platform::KeyState {
+    void press(std::initializer_list<uint8_t> vks) {
+        down.insert(vks);
+        pressed.insert(vks);
+    }
+    bool isDown(uint8_t vk) override { return down.count(vk) != 0; }
+    bool pressedSinceLastRead(uint8_t vk) override { return pressed.erase(vk) != 0; }
+    std::set<uint8_t> down, pressed;
+};
+
+using H = std::vector<playback::Hotkey>;
+using playback::Hotkey, playback::HotkeyConditions, playback::pollHotkeys;
+
+TEST(HotkeyPoll, FiresTheHotkeysOfTheTable) {
+    struct Case {
+        const char* name;
+        std::initializer_list<uint8_t> pressed;   // pressed and still down
+        std::initializer_list<uint8_t> released;  // pressed and let go before the tick
+        HotkeyConditions conditions;
+        H expected;
+    } const cases[] = {
+        {"Ctrl+0 stops", {17, 48}, {}, {}, {Hotkey::Stop}},
+        {"0 without Ctrl does nothing", {48}, {}, {}, {}},
+        {"numpad 0 is not 0", {17, 96}, {}, {}, {}},
+        {"a tap between ticks does not count", {17}, {48}, {}, {}},
+        {"a stop seen in a step stops once the keys are up", {}, {17, 48}, {.stopSeen = true}, {Hotkey::Stop}},
+        {"a stop seen in a step fires once", {17, 48}, {}, {.stopSeen = true}, {Hotkey::Stop}},
+        {"Ctrl+1 only in Correct Time", {17, 49}, {}, {}, {}},
+        {"Ctrl+1 pauses Correct Time", {17, 49}, {}, {.correctTimeRunning = true}, {Hotkey::Pause}},
+        {"record and play", {17, 56, 57}, {}, {}, {Hotkey::Record, Hotkey::Play}},
+        {"record and play blocked while recording", {17, 56, 57}, {}, {.recording = true}, {}},
+        {"stop still works while recording", {17, 48}, {}, {.recording = true}, {Hotkey::Stop}},
+        {"all in the table's order", {17, 57, 56, 49, 48}, {}, {.correctTimeRunning = true},
+         {Hotkey::Stop, Hotkey::Pause, Hotkey::Record, Hotkey::Play}},
+    };
+    for (const Case& c : cases) {
+        HeldKeys keys;
+        keys.press(c.pressed);
+        keys.pressed.insert(c.released);
+        EXPECT_EQ(pollHotkeys(keys, c.conditions), c.expected) << c.name;
+    }
+}
+
+TEST(HotkeyPoll, APressCountsOnceAndOnlyWhenItsHotkeyIsRead) {
+    HeldKeys held;  // a held key fires once
+    held.press({17, 48});
+    EXPECT_EQ(pollHotkeys(held), H{Hotkey::Stop});
+    EXPECT_TRUE(pollHotkeys(held).empty());
+    held.press({48});
+    EXPECT_EQ(pollHotkeys(held), H{Hotkey::Stop});
+
+    // Ctrl+9 pressed during a recording must not start a play once the
+    // recording ends while the key is still held.
+    HeldKeys blocked;
+    blocked.press({17, 57});
+    EXPECT_TRUE(pollHotkeys(blocked, {.recording = true}).empty());
+    EXPECT_TRUE(pollHotkeys(blocked).empty());
+
+    // The digit's press bit survives ticks without Control.
+    HeldKeys late;
+    late.press({48});
+    EXPECT_TRUE(pollHotkeys(late).empty());
+    late.down.insert(17);
+    EXPECT_EQ(pollHotkeys(late), H{Hotkey::Stop});
+}
+
+TEST(CorrectTime, ScanCalibrationAndReplace) {
+    const std::pair<const char*, double> scans[] = {
+        {"origionalplaytime(5.0);\r\norigionalplaytime(5.5);", 10.5},  // recordings joined add up
+        {"origionalplaytime (3);origionalplaytime(\n4);", 4},          // a blank hides; line ends do not
+        {"origionalplaytime(x);origionalplaytime();origionalplaytime(2)", 0},  // no number; no ";" after
+        {"message(\"a;origionalplaytime(7);b\");", 7},                  // every ";" ends a statement
+    };
+    for (const auto& [text, sum] : scans) EXPECT_DOUBLE_EQ(playback::origionalPlayTime(text), sum) << text;
+
+    // Seconds, milliseconds, recorded; measured and the new percentage.
+    const double calibrations[][5] = {{21, 0, 10.5, 21, 200},   {12, 45, 12.45, 12.45, 100},  // 45 ms read .45
+                                      {3, 1234, 6.1234, 3.1234, 3.1234 / 6.1234 * 100},     // a late tick
+                                      {0, 0, 10.5, 0, 0},       {7, 5, 0, 7.5, 100}};      // nothing recorded
+    for (const auto& row : calibrations) {
+        const double measured = playback::measuredTime(int32_t(row[0]), int32_t(row[1]));
+        EXPECT_DOUBLE_EQ(measured, row[3]);
+        EXPECT_DOUBLE_EQ(playback::newPausePercent(measured, row[2]), row[4]);
+    }
+
+    const std::tuple<const char*, const char*, double, const char*> replaces[] = {
+        {"a;\nsetpausepercent(100);SETPAUSEPERCENT(100);", "100", 200, "a;\nSetPausePercent(200);SetPausePercent(200);"},
+        {"SetPausePercent(50);", "100", 12.5, "SetPausePercent(50);"},
+        {"SetPausePercent(100);", "100", 12.5, "SetPausePercent(12.5);"},
+    };
+    for (const auto& [text, old, percent, result] : replaces)
+        EXPECT_EQ(playback::replacePausePercent(text, old, percent), result);
+}
+
+// Waits pass at once and move time on; the seconds timer ticks as its
+// seconds go by, as the event loop would run it.
+class TimedRunTest : public PlaybackTest {
+protected:
+    int64_t monotonicMs() override { return now; }
+    void wait(int32_t ms) override {
+        for (int32_t i = 0; i < ms; ++i)
+            if (++now - lastSecond == 1000) lastSecond = now, run.secondTick();
+        if (onWait) onWait();
+    }
+
+    std::string timedRun(std::string text, engine::ExecuteType type) {
+        lastSecond = now;
+        run.begin(text);
+        std::string loaded = text;  // the load normalises it
+        run.run(loaded, type);
+        return run.rewrite(text, run.finish());
+    }
+
+    int64_t now = 5000, lastSecond = 0;
+    std::function<void()> onWait;
+    playback::TimedRun run{engine, playback, session};
+};
+
+TEST_F(TimedRunTest, RewritesThePercentTheRunCarriedOut) {
+    std::vector<int32_t> lines;
+    run.countStatements([&](int32_t count) { lines.push_back(count); });
+    const std::string head = "Function(Main);\nORIGIONALPLAYTIME(10.5);\nsetpausepercent(100);\n";
+    // The pause, the type, the rewritten statement, the statements counted.
+    const std::tuple<const char*, engine::ExecuteType, const char*, size_t> rows[] = {
+        {"Pause(21000);", engine::ExecuteType::CorrectTime, "SetPausePercent(200);", 0},
+        {"Pause(5250);", engine::ExecuteType::WhiteDebug, "SetPausePercent(50);", 5},  // .250 reads .25
+        {"", engine::ExecuteType::CorrectTime, "SetPausePercent(0);", 0},
+    };
+    for (const auto& [pause, type, rewritten, counted] : rows) {
+        lines.clear();
+        EXPECT_EQ(timedRun(head + pause + "\nEndFunction();", type), head.substr(0, 41) + rewritten + "\n" + pause +
+                                                                         "\nEndFunction();");
+        EXPECT_DOUBLE_EQ(session.pauseFactor, 1.0);  // the script's percent plays no part
+        // Function(Main) and three statements, and SetPausePercent once more.
+        EXPECT_EQ(lines.size(), counted);
+    }
+    // Ctrl+1 ends the run after the pause in hand; it calibrates on that.
+    onWait = [this] { playback.pauseScript(); };
+    EXPECT_NE(timedRun(head + "Pause(5250);Pause(9000);EndFunction();", engine::ExecuteType::CorrectTime)
+                  .find("SetPausePercent(50);"),
+              std::string::npos);
+    EXPECT_TRUE(playback.resumePending());
+}
+
+
+TEST(CompiledScript, CompactBodyAndItsLoad) {
+    struct Case {
+        std::string text, body, loaded;
+    };
+    const Case cases[] = {
+        {"Function(Main);\r\n  MsgBox(\"Hi There; You\");\nEndFunction();", "function(main);msgbox(Hi There; You);endfunction();",
+         "function(main);msgbox(Hi There; You);endfunction();"},
+        {"A\tB #Note Here# C", "a\tb#notehere#c", "abc"},
+        {"", "", ""},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(playback::compactScript(c.text), c.body) << c.text;
+        // The runtime's load folds nothing a second time.
+        EXPECT_EQ(engine::stripSource(c.body, engine::SourceForm::Compact), c.loaded) << c.text;
+    }
+    EXPECT_EQ(playback::bodyAsLines("a(1);msgbox(x;y);"), "a(1);\nmsgbox(x;\ny);\n");
+}
+
+TEST(CompiledScript, BytesFieldByField) {
+    const std::string runtime = "RUNTIMEZ";  // L = 8; its last byte gives way to the flag
+    for (const bool repeat : {false, true}) {
+        const std::string program = playback::compiledProgram(runtime, repeat, "a();");
+        EXPECT_EQ(program.size(), 8u + 4u + 4u);
+        EXPECT_EQ(program.substr(0, 7), "RUNTIME");
+        EXPECT_EQ(program[7], repeat ? '1' : '0');
+        EXPECT_EQ(program.substr(8, 4), "a();");
+        EXPECT_EQ(program.substr(12), std::string("\x08\x00\x00\x00", 4));
+        const auto tail = playback::compiledTailOf(program);
+        ASSERT_TRUE(tail);
+        EXPECT_EQ(tail->flag, repeat ? '1' : '0');
+        EXPECT_EQ(tail->body, "a();");
+    }
+    EXPECT_EQ(playback::compiledProgram(std::string(300, 'x'), false, "").substr(300), std::string("\x2c\x01\x00\x00", 4));
+}
+
+TEST(CompiledScript, TailOutOfRangeIsNoScript) {
+    const std::string corrupt[] = {"", "abc", std::string("\0\0\0\0", 4), std::string("xy\x03\x00\x00\x00", 6),
+                                   std::string("xy\xff\xff\xff\xff", 6), "plain script text;"};
+    for (const std::string& file : corrupt) EXPECT_FALSE(playback::compiledTailOf(file)) << file.size();
+    EXPECT_TRUE(playback::compiledTailOf(std::string("xy\x02\x00\x00\x00", 6)));  // an empty body
+}
 }  // namespace
 }  // namespace tarvoke::test

@@ -1,0 +1,341 @@
+// The engine on the fake platform: its loops, calls and conditions, how
+// parameters resolve, and the built-in commands on variables.
+
+#include "engine_fixture.h"
+
+namespace tarvoke::test {
+namespace {
+
+class BuiltinsTest : public EngineTest {};
+
+using enum engine::ValueKind;
+
+// Each case runs a script and reads one variable back, with its type.
+struct Case {
+    const char* script;
+    const char* variable;
+    engine::ValueKind type;
+    const char* value;
+};
+
+void PrintTo(const Case& c, std::ostream* os) { *os << c.script; }
+
+class BuiltinCases : public BuiltinsTest, public ::testing::WithParamInterface<Case> {};
+
+TEST_P(BuiltinCases, LeaveTheVariable) {
+    const Case& c = GetParam();
+    run(c.script);
+    EXPECT_EQ(typeOf(c.variable), c.type);
+    EXPECT_EQ(valueOf(c.variable), c.value);
+}
+
+INSTANTIATE_TEST_SUITE_P(Declarations, BuiltinCases, ::testing::Values(
+    // More in tests/scripts/engine: number_text.tk (rounding), layout_crlf.tk (0x texts), variables_dump.tk.
+    Case{"string(x, 5);", "x", Text, "5"}, Case{"double(x, abc);", "x", Double, "0"}, Case{"int(x);", "x", Long, "0"},
+    Case{"string(x, \"0X41\");", "x", Text, "0X41"},  // hex only after a lower-case 0x
+    Case{"int(x, 9); int(x, 3);", "x", Long, "3"}, Case{"set(x, 5);", "x", Long, "5"},
+    Case{"set(x, 2.5);", "x", Double, "2.5"}, Case{"set(x, abc);", "x", Text, "abc"}, Case{"set(x, \"5\");", "x", Long, "5"},
+    Case{"int(x, 1); set(x, 2.5);", "x", Long, "1"},     // the double stands behind the long
+    Case{"string(x, a); set(x, 5);", "x", Text, "a"}, Case{"double(b, 5.5); set(a, b);", "a", Double, "5.5"},
+    Case{"double(b, 5); set(a, b);", "a", Long, "5"}, Case{"int(x, 99999999999);", "x", Long, "0"}));
+
+INSTANTIATE_TEST_SUITE_P(Arithmetic, BuiltinCases, ::testing::Values(
+    Case{"add(u, 1); add(u, 1);", "u", Text, "11"}, Case{"int(x, 10); add(x, 2.5);", "x", Long, "12"},
+    Case{"int(x, 7); divide(x, 2);", "x", Long, "4"}, Case{"int(x, 5); divide(x, 2);", "x", Long, "2"},
+    Case{"int(x, 5); divide(x, 0);", "x", Long, "5"}, Case{"int(x, 2147483647); add(x, 1);", "x", Long, "2147483647"},
+    Case{"int(x, 65536); multiply(x, 65536);", "x", Long, "65536"},
+    Case{"int(x, 10); subtract(x, 12abc);", "x", Long, "-2"},
+    Case{"double(d, 1.0e300); multiply(d, 1.0e300);", "d", Double, "inf"},
+    Case{"double(d, 1.5); multiply(d, 2);", "d", Double, "3"}, Case{"int(x, 3); power(x, 2);", "x", Long, "9"},
+    Case{"int(x, 9); power(x, 0.5);", "x", Long, "1"}, Case{"double(d, 9); power(d, 0.5);", "d", Double, "3"},
+    Case{"int(x, 0); power(x, -1);", "x", Long, "0"}, Case{"double(d, 0); power(d, -1);", "d", Double, "0"},
+    Case{"double(d, -8); power(d, 0.5);", "d", Double, "-8"}, Case{"int(x, 3); power(x, abc);", "x", Long, "3"},
+    Case{"string(s, ab); power(s, 2);", "s", Text, "ab"}, Case{"string(s, ab); multiply(s, 3);", "s", Text, "ababab"},
+    Case{"string(s, ab); multiply(s, 0);", "s", Text, ""}, Case{"string(s, ab); multiply(s, 40000);", "s", Text, "ab"},
+    Case{"string(s, ab); multiply(s, cd);", "s", Text, "abcd"},
+    Case{"string(s, 1a1b); subtract(s, 1);", "s", Text, "ab"},
+    Case{"string(s, banana); divide(s, \"a\");", "s", Text, "bnn"},
+    Case{"string(s, ab); subtract(s, \"\");", "s", Text, "ab"},
+    Case{"string(s, x); combine(s, 2.5);", "s", Text, "x2.5"},
+    Case{"string(s, \"aXa\"); removeall(s, a);", "s", Text, "X"}));
+
+INSTANTIATE_TEST_SUITE_P(Functions, BuiltinCases, ::testing::Values(
+    Case{"int(x, 5); factorial(x);", "x", Long, "120"}, Case{"int(x, 0); factorial(x);", "x", Long, "1"},
+    Case{"int(x, -3); factorial(x);", "x", Long, "1"}, Case{"double(d, 3.5); factorial(d);", "d", Double, "24"},
+    Case{"int(x, 13); factorial(x);", "x", Long, "13"}, Case{"double(d, 171); factorial(d);", "d", Double, "171"},
+    Case{"double(d, 40000); factorial(d);", "d", Double, "40000"}, Case{"string(s, 5); factorial(s);", "s", Text, "5"},
+    Case{"int(x, 2); sin(x);", "x", Long, "1"}, Case{"double(d, 0); cos(d);", "d", Double, "1"},
+    Case{"double(d, 1); log(d);", "d", Double, "0"}, Case{"int(x, 0); log(x);", "x", Long, "0"},
+    Case{"double(d, -1); log(d);", "d", Double, "-1"}, Case{"string(s, 1); tan(s);", "s", Text, "1"},
+    Case{"int(x, 1); tan(x);", "x", Long, "2"}));
+
+INSTANTIATE_TEST_SUITE_P(Text, BuiltinCases, ::testing::Values(
+    Case{"string(s, abcdef); parse(s, 2, 3);", "s", Text, "bcd"},
+    Case{"string(s, abcdef); parse(s, 9, 3);", "s", Text, ""},
+    Case{"string(s, abcdef); parse(s, 2, 0);", "s", Text, ""},
+    Case{"string(s, abcdef); parse(s, 0, 3);", "s", Text, "abcdef"},
+    Case{"string(s, abcdef); parse(s, 2);", "s", Text, "abcdef"},
+    Case{"string(s, abcdef); parse(s, x, 2);", "s", Text, "abcdef"}, Case{"int(x, 5); parse(x, 1, 1);", "x", Long, "5"},
+    Case{"string(s, abab); for(s, a, b);", "s", Text, "bbbb"},
+    Case{"string(s, abab); replace(s, ab, x);", "s", Text, "xx"},
+    Case{"string(s, abc); replace(s, \"\", x);", "s", Text, "abc"},
+    Case{"string(s, aaa); replace(s, aa, a);", "s", Text, "aa"},
+    Case{"parse(0x414243, 1, 2);", "0x414243", Text, "0x"}));
+
+TEST_F(BuiltinsTest, ATextNeverOutgrowsTheLimit) {
+    // Steps that would pass the limit fail and leave the text; those that
+    // reach it exactly succeed. Without the limit a loop of Multiply grows a
+    // text until memory runs out.
+    engine.setMaxTextBytes(8);
+    struct Limit {
+        const char* script;
+        const char* value;
+    } cases[] = {
+        {"string(s, abcd); multiply(s, 2);", "abcdabcd"},
+        {"string(s, abcd); multiply(s, 3);", "abcd"},
+        {"string(s, abcd); add(s, efgh); add(s, i);", "abcdefgh"},
+        {"string(s, abcd); multiply(s, efghi);", "abcd"},
+        {"string(s, aaaa); replace(s, a, bb);", "bbbbbbbb"},
+        {"string(s, aaaaa); replace(s, a, bb);", "aaaaa"},
+    };
+    for (const Limit& c : cases) {
+        run(c.script);
+        EXPECT_EQ(valueOf("s"), c.value) << c.script;
+    }
+}
+
+TEST_F(BuiltinsTest, AStopCutsALongTextStepShort) {
+    // 16 MB: long enough to be built in pieces with a look at the stop
+    // between them. The stop comes once go exists.
+    session.stopRequested = [this] { return engine.isExistingVariable("go"); };
+    std::string script = "string(x, a);";
+    for (int i = 0; i < 24; ++i) script += "combine(x, x);";
+    run(script + "int(go, 1); combine(x, x); replace(x, a, bb); string(y, x); multiply(x, 3);");
+    EXPECT_EQ(valueOf("x").size(), size_t{1} << 24);
+    EXPECT_FALSE(engine.isExistingVariable("y"));
+}
+
+TEST_F(BuiltinsTest, TheDumpComesInPiecesAndEndsOnAStop) {
+    run("string(big, a); multiply(big, 30000); multiply(big, 10); int(n, 7);");
+    std::string whole;
+    int pieces = 0;
+    ASSERT_TRUE(engine.writeDebug([&](std::string_view piece) {
+        whole += piece;
+        ++pieces;
+    }));
+    EXPECT_EQ(whole, engine.getDebug());
+    EXPECT_GT(pieces, 3);
+    EXPECT_NE(whole.find("Long: n, value: 7\n"), std::string::npos);
+    session.stopRequested = [] { return true; };
+    pieces = 0;
+    EXPECT_FALSE(engine.writeDebug([&](std::string_view) { ++pieces; }));
+    EXPECT_EQ(pieces, 1);
+}
+
+TEST_F(BuiltinsTest, MessageStyles) {
+    run("message(hello); message(0x4142, normal, title); message(Hello World, Critical, x);"
+        "message(a, reading, t); message(a, bogus, t); message(a, \"\", t);");
+    EXPECT_EQ(fake.transcript, (std::vector<std::string>{"MessageBox 0 \"title\" \"0x4142\"",
+                                                         "MessageBox 16 \"x\" \"helloworld\"",
+                                                         "MessageBox 1048576 \"t\" \"a\""}));
+}
+
+TEST_F(BuiltinsTest, DumpBeforeAnyLoadHasItsHeadingsOnly) {
+    EXPECT_EQ(engine.getDebug(), "Printing Code:\n\nPrinting Found Functions:\n\nPrinting Found Variables:\n\n\n\n");
+}
+
+
+class VariablesTest : public EngineTest {};
+
+TEST_F(VariablesTest, Conditions) {
+    struct Case {
+        const char* setup;
+        const char* condition;
+        bool result;
+    } cases[] = {
+        {"int(x,5);", "x=5", true},
+        {"string(x,5);", "x=5", true},  // compared as text
+        {"double(x,5.5);", "x=5", false},
+        {"int(x,5);", "x", false},       // no operator
+        {"", "a=b=c", false},            // right side "b=c"
+        {"string(a,\"b=c\");", "a=b=c", true},
+        {"", "1<=1", true},
+        {"", "1=<1", false},             // "=" with the right side "<1"
+        {"string(s,\"abc\");", "s=\"Abc\"", false},
+        {"string(s,\"abc\");", "s=abc", true},  // as a script writes s=Abc: the load lowers it
+        {"", "2<10", true},
+        {"", "\"2\"<\"10\"", false},      // as text
+        {"int(n,2);", "n<\"10\"", false}, // text against number: as text
+        {"double(d,2.5);", "d>2", true},  // long against double
+        {"", "3<>4", true},
+        {"", "3!=3", false},
+        {"", "b>=a", true},
+        {"", "99999999999=1", false},     // beyond 32 bits: false
+        {"", "\"=\"", false},             // a lone quote on each side
+        {"", "=", true},                  // two empty texts
+    };
+    for (const Case& c : cases) {
+        load(c.setup);
+        engine.execute();
+        EXPECT_EQ(engine.evaluate(c.condition), c.result)
+            << c.setup << " " << c.condition;
+    }
+}
+
+TEST_F(VariablesTest, ResolvingParameters) {
+    run("string(s, abc); int(l, 7); double(d, 2.5);");
+    struct Case {
+        const char* parameter;
+        engine::ValueKind type;
+        const char* asText;
+    } cases[] = {
+        {"s", Text, "abc"}, {"l", Long, "7"}, {"d", Double, "2.5"}, {"5", Long, "5"}, {"2.5", Double, "2.5"},
+        {"word", Text, "word"}, {"\"s\"", Text, "s"}, {"$s", Text, "s"}, {"", Text, ""}, {"0x41", Text, "0x41"},
+        {"1e3", Long, "1e3"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(typeOf(c.parameter), c.type) << c.parameter;
+        EXPECT_EQ(engine.getVariableAsString(c.parameter), c.asText) << c.parameter;
+    }
+    // GetVariable decodes 0x texts and unquotes in place; GetVariableAsString does neither.
+    std::string hex = "0x4142";
+    engine.getVariable(hex);
+    EXPECT_EQ(engine.valueSlot().text, "AB");
+    std::string quoted = "\"s\"";
+    engine.getVariable(quoted);
+    EXPECT_EQ(quoted, "s");
+    EXPECT_EQ(engine.getVariableAsString("$x"), "x");
+}
+
+TEST_F(VariablesTest, LastPositionWordsReadBeforeTheTables) {
+    session.lastX = 12;
+    session.lastY = -3;
+    run("set(lx, 5);");
+    EXPECT_TRUE(engine.isExistingVariable("lx"));
+    EXPECT_EQ(valueOf("lx"), "12");
+    EXPECT_EQ(valueOf("ly"), "-3");
+    EXPECT_EQ(typeOf("lx"), Long);
+}
+
+TEST_F(VariablesTest, ATooLargeNumberKeepsTheLastLong) {
+    std::string five = "5";
+    engine.getVariable(five);
+    std::string huge = "99999999999";
+    engine.getVariable(huge);
+    EXPECT_EQ(engine.valueSlot().kind, Long);
+    EXPECT_EQ(engine.valueSlot().integer, 5);
+}
+
+class RunTest : public EngineTest {
+protected:
+    // Runs a script and gives the lines it ran, in order.
+    std::vector<int32_t> linesVisited(const std::string& text) {
+        std::vector<int32_t> lines;
+        engine.setExecuteType(engine::ExecuteType::WhiteDebug);
+        engine.setStatementCounter([&] { lines.push_back(engine.currentLine()); });
+        run(text);
+        return lines;
+    }
+    // message(x, normal, t) leaves "x" in the transcript; gives all of them.
+    std::vector<std::string> shown() {
+        std::vector<std::string> texts;
+        for (const std::string& line : fake.transcript) {
+            const size_t cut = line.rfind(" \"");
+            texts.push_back(line.substr(cut + 2, line.size() - cut - 3));
+        }
+        return texts;
+    }
+};
+
+const char* kTrace =
+    "Function(Main); Int(i, 0); While(i<2); Add(i, 1); Call(Show); EndWhile(); EndFunction();"
+    "Function(Show); Message(i, normal, \"Confirm Recording\"); EndFunction();";
+
+TEST_F(RunTest, TheTraceVisitsItsLines) {
+    const auto lines = linesVisited(kTrace);
+    EXPECT_EQ(engine.statementCount(), 10);
+    EXPECT_EQ(engine.startLine(), 1);
+    EXPECT_EQ(engine.endLine(), 7);
+    EXPECT_EQ(lines, (std::vector<int32_t>{1, 2, 3, 4, 5, 8, 9, 10, 6, 3, 4, 5, 8, 9, 10, 6, 3}));
+    EXPECT_EQ(fake.transcript, (std::vector<std::string>{"MessageBox 0 \"Confirm Recording\" \"1\"",
+                                                         "MessageBox 0 \"Confirm Recording\" \"2\""}));
+    EXPECT_EQ(engine.callDepth(), 0);
+}
+
+TEST_F(RunTest, ControlFlow) {
+    struct Case {
+        const char* name;
+        const char* script;
+        std::vector<std::string> shown;
+    } cases[] = {
+        {"main first ends at its endfunction",
+         "function(main); message(a,normal,t); endfunction(); function(f); message(f,normal,t); endfunction();", {"a"}},
+        {"functions before main", "function(f); message(f,normal,t); endfunction(); function(main); message(m,normal,t); endfunction();", {"m"}},
+        {"no main runs from line 1", "message(a,normal,t); message(b,normal,t);", {"a", "b"}},
+        {"no main falls into a function tail and ends",
+         "message(a,normal,t); function(f); message(b,normal,t); endfunction(); message(c,normal,t);", {"a", "b"}},
+        {"call of an unknown function goes on", "function(main); call(none); message(a,normal,t); endfunction();", {"a"}},
+        {"unknown call inside a function runs its tail twice",
+         "function(main); call(f); message(end,normal,t); endfunction();"
+         "function(f); call(none); message(tail,normal,t); endfunction();",
+         {"tail", "tail", "end"}},
+        {"the first of two functions wins",
+         "function(main); call(f); endfunction(); function(f); message(1,normal,t); endfunction();"
+         "function(f); message(2,normal,t); endfunction();", {"1"}},
+        {"recursion",
+         "function(main); int(n,0); call(r); endfunction(); function(r); add(n,1);"
+         "if(n<4); call(r); endif(); message(n,normal,t); endfunction();", {"4", "4", "4", "4"}},
+        {"else after a true if skips nested blocks",
+         "function(main); if(1=1); message(a,normal,t); if(1=2); message(b,normal,t); else(); message(c,normal,t); endif();"
+         "else(); message(d,normal,t); endif(); message(e,normal,t); endfunction();", {"a", "c", "e"}},
+        {"a false if skips nested complete blocks",
+         "function(main); if(1=2); if(1=1); message(a,normal,t); else(); message(b,normal,t); endif(); else();"
+         "message(c,normal,t); endif(); message(d,normal,t); endfunction();", {"c", "d"}},
+        {"a false if with no endif ends the run", "function(main); if(1=2); message(a,normal,t); endfunction();", {}},
+        {"endwhile without while ends the run", "function(main); message(a,normal,t); endwhile(); message(b,normal,t); endfunction();", {"a"}},
+        {"a stray else ends the run without endif", "message(a,normal,t); else(); message(b,normal,t);", {"a"}},
+        {"nested whiles",
+         "function(main); int(i,0); while(i<2); add(i,1); int(j,0); while(j<2); add(j,1); message(j,normal,t);"
+         "endwhile(); endwhile(); endfunction();", {"1", "2", "1", "2"}},
+        {"if and while nest apart",
+         "function(main); int(i,0); while(i<3); add(i,1); if(i=2); message(two,normal,t); endif(); endwhile(); message(done,normal,t); endfunction();",
+         {"two", "done"}},
+        {"a skip never examines the last statement", "if(1=2); message(a,normal,t); endif();", {}},
+    };
+    for (const Case& c : cases) {
+        fake.transcript.clear();
+        run(c.script);
+        EXPECT_EQ(shown(), c.shown) << c.name;
+    }
+}
+
+TEST_F(RunTest, WhiteDebugCountsStatementsRunNotSkipped) {
+    const auto lines = linesVisited("function(main); if(1=2); a(); b(); endif(); c(); endfunction();");
+    // function, if (the skip lands on endif, and the loop steps past it), c;
+    // the line that ends the run is not counted.
+    EXPECT_EQ(lines, (std::vector<int32_t>{1, 2, 6}));
+}
+
+TEST_F(RunTest, ACallBeyondTheDeepestFailsAndTheRunGoesOn) {
+    run("Function(Main); Int(n, 0); Call(f); Message(n, normal, t); EndFunction();"
+        "Function(f); Add(n, 1); Call(f); EndFunction();");
+    EXPECT_EQ(shown(), (std::vector<std::string>{std::to_string(engine::SC::kMaxCallDepth)}));
+    EXPECT_EQ(engine.callDepth(), 0);
+}
+
+// A hotkey handled inside a yield: a stop before int(b) moves the line back
+// to main's function statement, which runs instead; a pause before int(a)
+// lets it run and ends the run on the line after it.
+TEST_F(RunTest, StopOrPauseDuringAYield) {
+    for (const bool stop : {true, false}) {
+        fake.onYield = [&, yields = 0]() mutable {
+            if (++yields == (stop ? 3 : 2)) stop ? engine.stopExecution() : engine.pauseExecution();
+        };
+        run("function(main); int(a,1); int(b,2); int(c,3); endfunction();");
+        EXPECT_TRUE(engine.isExistingVariable("a")) << stop;
+        EXPECT_FALSE(engine.isExistingVariable("b")) << stop;
+        EXPECT_EQ(engine.currentLine(), stop ? 2 : 3) << stop;
+    }
+}
+}  // namespace
+}  // namespace tarvoke::test
