@@ -275,5 +275,16 @@ TEST(SendKeys, NestsAsDeepAsTheText) {
     ASSERT_TRUE(held);
     EXPECT_EQ(held->size(), 2'000'001u);
 }
+
+// A long text is made a piece at a time: no piece holds much of it.
+TEST(SendKeys, LongTextsComeInPieces) {
+    const std::string keys = "+(" + std::string(100'000, 'a') + "){LEFT 9999}";
+    host::KeyStringStrokes strokes(keys);
+    std::vector<platform::KeyStroke> piece;
+    size_t total = 0, largest = 0;
+    for (; strokes.next(piece); total += piece.size()) largest = std::max(largest, piece.size());
+    EXPECT_EQ(total, 100'002u + 2 * 9999);
+    EXPECT_LT(largest, 25'000u);
+}
 }  // namespace
 }  // namespace tarvoke::test
