@@ -16,10 +16,9 @@
 #include "host/session.h"
 #include "options.h"
 #include "picturemodule.h"
-#include "platform/dryrun/dryrun.h"
+#include "runplatform.h"
 #include "platform/fileread.h"
 #include "platform/loop/pollloop.h"
-#include "platform/turnpacer.h"
 #include "playback/compiledscript.h"
 #include "playback/playback.h"
 #include "programfolder.h"
@@ -85,11 +84,6 @@ int checkScript(const std::string& file, const std::string& text) {
 }
 
 // For the last resort of std::terminate, which runs no destructor.
-void printLine(std::string_view line) {
-    std::fwrite(line.data(), 1, line.size(), stdout);
-    std::fputc('\n', stdout);
-}
-
 }  // namespace
 
 int play(int argc, char** argv) {
@@ -145,23 +139,18 @@ int play(int argc, char** argv) {
         return fail(std::string("cannot open the display '") + std::getenv("DISPLAY") + "'");
 
     host::Session session;
-    platform::TurnPacer pacer;
-    platform::dryrun::DryRunPlatform dryRun(printLine, [&pacer, &loop] {
-        if (pacer.turnDue()) loop.turn(false);
-    });
     player::PictureModule pictures;
-    dryRun.setPictureFiles(&pictures, options.writePictures);
+    // Picture files are really read in a dry run too, and written only with --write-pictures.
+    player::RunPlatform runPlatform(loop, desktop.get(), pictures, options.writePictures);
     if (!options.screenImage.empty()) {
         platform::PixelGrid picture;
         if (!pictures.load(options.screenImage, picture))
             return fail("cannot read the picture '" + options.screenImage + "' given to --screen-image");
-        dryRun.screen().setPicture(std::move(picture));
+        runPlatform.dryRun().screen().setPicture(std::move(picture));
     }
     if (options.screen && options.screenImage.empty())
-        dryRun.screen().setSize({options.screen->first, options.screen->second});
-    session.platform = desktop ? desktop->platform() : dryRun.platform();
-    // Picture files are really read in a dry run too, and written only with --write-pictures.
-    if (desktop) session.platform.pictures = &pictures;
+        runPlatform.dryRun().screen().setSize({options.screen->first, options.screen->second});
+    session.platform = runPlatform.platform();
     session.scriptFolder = scriptFolder(options.file);
     session.ignorePauses = options.ignorePauses;
     if (options.percent) session.fixedPauseFactor = session.pauseFactor = *options.percent / 100.0;
@@ -173,7 +162,7 @@ int play(int argc, char** argv) {
         if (!std::filesystem::is_directory(options.explain, notThere))
             return fail("cannot make the folder '" + options.explain + "' for --explain: " +
                         (error ? error.message() : "it is no folder"));
-        explainer = std::make_unique<host::Explainer>(options.explain, pictures, printLine);
+        explainer = std::make_unique<host::Explainer>(options.explain, pictures, player::printLine);
         session.explainer = explainer.get();
     }
 

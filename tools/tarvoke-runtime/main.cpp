@@ -25,9 +25,8 @@
 #include "host/session.h"
 #include "messageboxes.h"
 #include "picturemodule.h"
-#include "platform/dryrun/dryrun.h"
+#include "runplatform.h"
 #include "platform/loop/pollloop.h"
-#include "platform/turnpacer.h"
 #include "playback/compiledscript.h"
 #include "playback/playback.h"
 #include "programfolder.h"
@@ -91,11 +90,6 @@ int showMessage(int argc, char** argv) {
     return 0;
 }
 
-void printLine(std::string_view line) {
-    std::fwrite(line.data(), 1, line.size(), stdout);
-    std::fputc('\n', stdout);
-}
-
 int run() {
     const std::string self = player::programPath();
     auto tail = playback::readCompiledTail(self);
@@ -112,14 +106,9 @@ int run() {
     }
 
     host::Session session;
-    platform::TurnPacer pacer;
-    platform::dryrun::DryRunPlatform dryRun(printLine, [&pacer, &loop] {
-        if (pacer.turnDue()) loop.turn(false);
-    });
     player::PictureModule pictures(modulePath);
-    dryRun.setPictureFiles(&pictures, false);
-    session.platform = desktop ? desktop->platform() : dryRun.platform();
-    if (desktop) session.platform.pictures = &pictures;
+    player::RunPlatform runPlatform(loop, desktop.get(), pictures, false);
+    session.platform = runPlatform.platform();
     // The program's own folder holds its pictures.
     session.scriptFolder = player::programFolder() + "/";
 
