@@ -134,21 +134,41 @@ void X11Programs::shellExecute(const std::string&, const std::string& file, cons
         if (opener.empty()) return;
         argv = {opener, file};
     }
+    const bool watched = show == kShowMinimized || show == kShowMaximized;
+    // Taken before the start, so that none of the new program's windows is among them.
+    KnownWindows known;
+    if (watched) known = knownWindows();
     const long pid = spawnDetached(argv);
-    if (pid > 0 && (show == kShowMinimized || show == kShowMaximized)) applyStateLater(pid, show);
+    if (pid > 0 && watched) applyStateLater(pid, show, std::move(known));
 }
 
 X11Programs::X11Programs(X11Windows& windows, EventLoop& loop) : m_windows(windows), m_loop(loop) {}
 
 X11Programs::~X11Programs() = default;
 
-void X11Programs::applyStateLater(long pid, int32_t show) {
+// A window number freed by a program that has gone is given to the next
+// window made, maybe the new program's own: a known window is the same one
+// only while its frame (its parent) is.
+Window X11Programs::frameOf(Window window) {
+    Connection& x = m_windows.connection();
+    Window root = 0, parent = 0;
+    Window* children = nullptr;
+    unsigned count = 0;
+    if (!x.checked([&] { XQueryTree(x.display(), window, &root, &parent, &children, &count); })) return None;
+    if (children) XFree(children);
+    return parent;
+}
+
+X11Programs::KnownWindows X11Programs::knownWindows() {
+    KnownWindows known;
+    for (Window window : m_windows.clientWindows())
+        if (const Window frame = frameOf(window); frame != None) known[window] = frame;
+    return known;
+}
+
+void X11Programs::applyStateLater(long pid, int32_t show, KnownWindows known) {
     const uint64_t id = m_nextWatch++;
     const auto started = std::chrono::steady_clock::now();
-    // The windows that were there before the start, for programs that do
-    // not say their process id.
-    const std::vector<Window> before = m_windows.clientWindows();
-    std::set<Window> known(before.begin(), before.end());
     // The watch ends itself from its tick: nothing may follow the erase.
     m_watches[id] = m_loop.every(std::chrono::milliseconds(kStatePollMs),
                                  [this, id, pid, show, started, known = std::move(known)] {
@@ -157,13 +177,16 @@ void X11Programs::applyStateLater(long pid, int32_t show) {
 }
 
 bool X11Programs::lookFor(long pid, int32_t show, std::chrono::steady_clock::time_point started,
-                          const std::set<Window>& known) {
+                          const KnownWindows& known) {
     // The program's own window, else the first new one without a process
     // id (xcalc, xedit and other plain Xt programs publish none).
     Window unclaimed = None;
     for (Window window : m_windows.clientWindows()) {
         const unsigned long owner = m_windows.processOf(window);
-        if (owner == 0 && unclaimed == None && known.count(window) == 0) unclaimed = window;
+        if (owner == 0 && unclaimed == None) {
+            const auto before = known.find(window);
+            if (before == known.end() || frameOf(window) != before->second) unclaimed = window;
+        }
         if (owner != static_cast<unsigned long>(pid)) continue;
         applyState(window, show);
         return true;
