@@ -1,12 +1,14 @@
 #include "platform/x11/programs.h"
 
 #include <X11/Xlib.h>
+#include <X11/Xatom.h>
 #include <X11/Xutil.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <memory>
@@ -18,6 +20,7 @@ constexpr int kShowMinimized = 2;
 constexpr int kShowMaximized = 3;
 constexpr int kStateWatchMs = 5000;
 constexpr int kStatePollMs = 50;
+constexpr int kStateAskAgainMs = 500;
 
 bool isExecutableFile(const std::string& path) {
     struct stat info {};
@@ -139,7 +142,7 @@ void X11Programs::shellExecute(const std::string&, const std::string& file, cons
     KnownWindows known;
     if (watched) known = knownWindows();
     const long pid = spawnDetached(argv);
-    if (pid > 0 && watched) applyStateLater(pid, show, std::move(known));
+    if (pid > 0 && watched) applyStateLater({pid, show, std::chrono::steady_clock::now(), std::move(known), None, {}});
 }
 
 X11Programs::X11Programs(X11Windows& windows, EventLoop& loop) : m_windows(windows), m_loop(loop) {}
@@ -166,36 +169,55 @@ X11Programs::KnownWindows X11Programs::knownWindows() {
     return known;
 }
 
-void X11Programs::applyStateLater(long pid, int32_t show, KnownWindows known) {
+void X11Programs::applyStateLater(Watch watch) {
     const uint64_t id = m_nextWatch++;
-    const auto started = std::chrono::steady_clock::now();
     // The watch ends itself from its tick: nothing may follow the erase.
-    m_watches[id] = m_loop.every(std::chrono::milliseconds(kStatePollMs),
-                                 [this, id, pid, show, started, known = std::move(known)] {
-                                     if (lookFor(pid, show, started, known)) m_watches.erase(id);
-                                 });
+    m_watches[id] = m_loop.every(std::chrono::milliseconds(kStatePollMs), [this, id, watch = std::move(watch)]() mutable {
+        if (lookFor(watch)) m_watches.erase(id);
+    });
 }
 
-bool X11Programs::lookFor(long pid, int32_t show, std::chrono::steady_clock::time_point started,
-                          const KnownWindows& known) {
+Window X11Programs::findWindowOf(const Watch& watch) {
     // The program's own window, else the first new one without a process
     // id (xcalc, xedit and other plain Xt programs publish none).
     Window unclaimed = None;
     for (Window window : m_windows.clientWindows()) {
         const unsigned long owner = m_windows.processOf(window);
+        if (owner == static_cast<unsigned long>(watch.pid)) return window;
         if (owner == 0 && unclaimed == None) {
-            const auto before = known.find(window);
-            if (before == known.end() || frameOf(window) != before->second) unclaimed = window;
+            const auto before = watch.known.find(window);
+            if (before == watch.known.end() || frameOf(window) != before->second) unclaimed = window;
         }
-        if (owner != static_cast<unsigned long>(pid)) continue;
-        applyState(window, show);
-        return true;
     }
-    if (unclaimed != None) {
-        applyState(unclaimed, show);
-        return true;
+    return unclaimed;
+}
+
+// A window manager may pass over a request that comes while it is still
+// taking the window in: the request is made again until the window shows
+// the state.
+bool X11Programs::lookFor(Watch& watch) {
+    const auto now = std::chrono::steady_clock::now();
+    if (watch.window == None) watch.window = findWindowOf(watch);
+    if (watch.window != None) {
+        if (watch.asked != std::chrono::steady_clock::time_point{} && stateShown(watch.window, watch.show)) return true;
+        if (now - watch.asked >= std::chrono::milliseconds(kStateAskAgainMs)) {
+            applyState(watch.window, watch.show);
+            watch.asked = now;
+        }
     }
-    return std::chrono::steady_clock::now() - started > std::chrono::milliseconds(kStateWatchMs);
+    return now - watch.started > std::chrono::milliseconds(kStateWatchMs);
+}
+
+bool X11Programs::stateShown(Window window, int32_t show) {
+    Connection& x = m_windows.connection();
+    if (show == kShowMinimized) {
+        const auto state = x.cardinals(window, x.atom("WM_STATE"), x.atom("WM_STATE"));
+        if (state && !state->empty() && state->front() == IconicState) return true;
+    }
+    const auto state = x.cardinals(window, x.atom("_NET_WM_STATE"), XA_ATOM);
+    if (!state) return false;
+    const Atom wanted = x.atom(show == kShowMinimized ? "_NET_WM_STATE_HIDDEN" : "_NET_WM_STATE_MAXIMIZED_VERT");
+    return std::find(state->begin(), state->end(), wanted) != state->end();
 }
 
 void X11Programs::applyState(unsigned long window, int32_t show) {
