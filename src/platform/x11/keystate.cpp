@@ -16,10 +16,11 @@ namespace tarvoke::platform::x11 {
 namespace {
 
 constexpr size_t kButtonBase = 256;
-// How long a button event's place is waited for on the RECORD connection: a
-// window manager's synchronous grab holds the event back that long at most
-// before the run goes on (see input.h), and the recorder no longer.
-constexpr std::chrono::milliseconds kRecordedWait{200};
+// How long a button event's place is waited for on the RECORD connection.
+// The raw event comes at once, but a window manager's synchronous grab
+// (click to focus) holds the event itself back until the manager lets it
+// through, which on a busy machine takes a while.
+constexpr std::chrono::milliseconds kRecordedWait{2000};
 // Button events kept that no raw event has asked for (another device's).
 constexpr size_t kRecordedKept = 256;
 
@@ -267,6 +268,7 @@ void X11KeyState::stopRecordingButtons() {
     XCloseDisplay(m_recordData);
     m_recordData = nullptr;
     m_recordContext = 0;
+    m_recordMissed = false;
     m_recorded.clear();
 }
 
@@ -287,7 +289,8 @@ void X11KeyState::onRecorded(XPointer self, XRecordInterceptData* data) {
 
 std::optional<Point> X11KeyState::recordedPlace(bool press, unsigned button, uint32_t time) {
     if (!m_recordData) return std::nullopt;
-    const auto deadline = std::chrono::steady_clock::now() + kRecordedWait;
+    // After a miss, no more waiting until RECORD tells an event again.
+    const auto deadline = std::chrono::steady_clock::now() + (m_recordMissed ? std::chrono::milliseconds(0) : kRecordedWait);
     for (;;) {
         XRecordProcessReplies(m_recordData);
         // Raw and recorded events come in the server's order: entries before
@@ -296,10 +299,14 @@ std::optional<Point> X11KeyState::recordedPlace(bool press, unsigned button, uin
             if (entry->press != press || entry->button != button || entry->time != time) continue;
             const Point at = entry->at;
             m_recorded.erase(m_recorded.begin(), entry + 1);
+            m_recordMissed = false;
             return at;
         }
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-        if (left.count() <= 0) return std::nullopt;
+        if (left.count() <= 0) {
+            m_recordMissed = true;
+            return std::nullopt;
+        }
         pollfd readable{ConnectionNumber(m_recordData), POLLIN, 0};
         ::poll(&readable, 1, static_cast<int>(left.count()) + 1);
     }

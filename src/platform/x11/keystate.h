@@ -130,10 +130,11 @@ private:
     void stopRecordingButtons();
     static void onRecorded(XPointer self, XRecordInterceptData* data);
     // The place of the button event of that kind and time, once RECORD has
-    // told it (waited for a moment); nullopt without RECORD.
+    // told it (waited for); nullopt without RECORD.
     std::optional<Point> recordedPlace(bool press, unsigned button, uint32_t time);
     Display* m_recordData = nullptr;
     XRecordContext m_recordContext = 0;
+    bool m_recordMissed = false;
     std::deque<RecordedButton> m_recorded;
 
     std::function<void(const InputChange&)> m_listener;
