@@ -21,10 +21,10 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 from testwindow import TestWindow  # noqa: E402
 
 
-def measure(name, send, binary, pairs):
+def measure(name, send, pairs):
     """Seconds per pair, or None when a key went astray."""
-    with TestWindow("--class", "Left", "--geometry", "600x400+20+40", binary=binary) as left, \
-            TestWindow("--class", "Right", "--geometry", "600x400+700+40", binary=binary) as right:
+    with TestWindow("--class", "Left", "--geometry", "600x400+20+40") as left, \
+            TestWindow("--class", "Right", "--geometry", "600x400+700+40") as right:
         subprocess.run(["xdotool", "mousemove", *map(str, left.point("top", 300, 200))], check=True)
         started = time.monotonic()
         send()
@@ -40,7 +40,8 @@ def measure(name, send, binary, pairs):
 
 
 def main():
-    play, testwindow = sys.argv[1], sys.argv[2]
+    play = sys.argv[1]
+    os.environ["TARVOKE_TESTWINDOW"] = sys.argv[2]
     pairs = int(sys.argv[3]) if len(sys.argv) > 3 else 100
     rounds = int(sys.argv[4]) if len(sys.argv) > 4 else 3
     folder = tempfile.mkdtemp(prefix="tarvoke-bench-")
@@ -66,7 +67,7 @@ def main():
     measured = {name: [] for name, _ in senders}
     for _ in range(rounds):
         for name, send in senders:
-            measured[name].append(measure(name, send, testwindow, pairs))
+            measured[name].append(measure(name, send, pairs))
     print("medians of %d rounds (ms per pair; a round with a stray key counts as missed):" % rounds)
     medians = {}
     for name, _ in senders:

@@ -42,11 +42,11 @@ def received_in_order(window, clicks):
     return None
 
 
-def measure(name, send, binary, clicks):
+def measure(name, send, clicks):
     """Two rates: clicks over the whole run of the sender, start-up included,
     and clicks over the span the X server stamped between the first press
     and the last release (milliseconds; at least one)."""
-    with TestWindow("--geometry", "800x600+100+100", binary=binary) as window:
+    with TestWindow("--geometry", "800x600+100+100") as window:
         x, y = window.point("top", 400, 300)
         subprocess.run(["xdotool", "mousemove", str(x), str(y)], check=True)
         started = time.monotonic()
@@ -63,7 +63,8 @@ def measure(name, send, binary, clicks):
 
 
 def main():
-    play, testwindow = sys.argv[1], sys.argv[2]
+    play = sys.argv[1]
+    os.environ["TARVOKE_TESTWINDOW"] = sys.argv[2]
     clicks = int(sys.argv[3]) if len(sys.argv) > 3 else 1000
     rounds = int(sys.argv[4]) if len(sys.argv) > 4 else 5
     folder = tempfile.mkdtemp(prefix="tarvoke-bench-")
@@ -100,7 +101,7 @@ def main():
     measured = {name: [] for name, _ in senders}
     for _ in range(rounds):
         for name, send in senders:
-            measured[name].append(measure(name, send, testwindow, clicks))
+            measured[name].append(measure(name, send, clicks))
     runs = {name: statistics.median(r for r, _ in results) for name, results in measured.items()}
     spans = {name: statistics.median(s for _, s in results) for name, results in measured.items()}
     print("medians of %d rounds:" % rounds)

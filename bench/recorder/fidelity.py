@@ -7,10 +7,10 @@ the recording is then replayed into a fresh test window. Then a burst with
 no hold at all: 30 clicks and 60 key taps sent by xte with no delay. For
 each recorder the report gives the events lost, the events reordered and the
 mean and worst timing error of the replay against the original (server
-times, aligned on the first event). Last, the CPU use of our recorder over a
-minute while the user does nothing.
+times, aligned on the first event). Last, the CPU use of our recorders (the
+player's and the windows') over a minute while the user does nothing.
 
-Run by bench/run.sh (or: .ci/with-desktop.sh bench/recorder/fidelity.py build/bin).
+Run by bench/run.sh (or: .ci/with-desktop.sh bench/recorder/fidelity.py build/bin [idle]).
 """
 import difflib
 import os
@@ -25,7 +25,7 @@ import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, os.path.join(HERE, "..", "..", "tests", "desktop"))
-from testwindow import TestWindow  # noqa: E402
+from testwindow import TestWindow, wait_until, windows_named  # noqa: E402
 
 BIN = os.path.abspath(sys.argv[1] if len(sys.argv) > 1 else "build/bin")
 PLAY = os.path.join(BIN, "tarvoke-play")
@@ -186,24 +186,45 @@ def measure(tool, folder, drive):
     return result
 
 
-def idle_cpu_percent(folder, seconds=60):
+def cpu_seconds(pid):
+    """The scheduler's own count of the time on a processor of all the
+    process's threads, in s; the utime and stime of /proc/PID/stat come in
+    10 ms ticks, too coarse for a process that runs a few microseconds every
+    millisecond."""
+    total = 0
+    for task in os.listdir("/proc/%d/task" % pid):
+        with open("/proc/%d/task/%s/schedstat" % (pid, task)) as f:
+            total += int(f.read().split()[0])
+    return total / 1e9
+
+
+def idle_cpu_percent(pid, seconds=60):
+    start, began = cpu_seconds(pid), time.monotonic()
+    time.sleep(seconds)
+    return 100.0 * (cpu_seconds(pid) - start) / (time.monotonic() - began)
+
+
+def idle_player(folder):
     recorder = subprocess.Popen([PLAY, "--record", os.path.join(folder, "idle.tk"), "--force"], stderr=subprocess.DEVNULL)
     time.sleep(1)
+    try:
+        return idle_cpu_percent(recorder.pid)
+    finally:
+        recorder.send_signal(signal.SIGINT)
+        recorder.wait(timeout=10)
 
-    # The scheduler's own count of the time on a processor, in ns; the
-    # utime and stime of /proc/PID/stat come in 10 ms ticks, too coarse for
-    # a process that runs a few microseconds every millisecond.
-    def cpu_seconds():
-        with open("/proc/%d/schedstat" % recorder.pid) as f:
-            return int(f.read().split()[0]) / 1e9
 
-    start, began = cpu_seconds(), time.monotonic()
-    time.sleep(seconds)
-    used = cpu_seconds() - start
-    elapsed = time.monotonic() - began
-    recorder.send_signal(signal.SIGINT)
-    recorder.wait(timeout=10)
-    return 100.0 * used / elapsed
+def idle_windows():
+    """The windows' program recording (Ctrl+8 in Advanced Mode), its window hidden."""
+    sys.path.insert(0, os.path.join(HERE, "..", "..", "tests", "app"))
+    from desktop_windows import Program, hold
+    os.environ.setdefault("TARVOKE_APP", os.path.join(BIN, "tarvoke"))
+    with Program() as program:
+        program.enter_script("")
+        hold("ctrl+8")
+        assert wait_until(lambda: not windows_named("Tarvoke"), 2), "the recording did not start"
+        time.sleep(1)
+        return idle_cpu_percent(program.process.pid)
 
 
 def report(title, results):
@@ -221,15 +242,21 @@ def report(title, results):
 
 
 def main():
+    if sys.argv[2:] == ["idle"]:  # the idle figures alone
+        with tempfile.TemporaryDirectory(prefix="tarvoke-fidelity-") as folder:
+            print("recorder CPU while idle for 60 s: %.3f%% of one core (tarvoke-play), %.3f%% (the windows)"
+                  % (idle_player(folder), idle_windows()))
+        return
     tools = (Tarvoke(), Cnee())
     with tempfile.TemporaryDirectory(prefix="tarvoke-fidelity-") as folder:
         sequenced = {tool.name: measure(tool, folder, xdotool_sequence) for tool in tools}
         bursts = {tool.name: measure(tool, folder, burst) for tool in tools}
-        cpu = idle_cpu_percent(folder)
+        cpu = idle_player(folder)
+    windows_cpu = idle_windows()
     report("record then replay, %d s, up to 50 key events/s:" % SECONDS, sequenced)
     report("record then replay, %d clicks and %d key taps with no hold and no delay:" % (BURST_CLICKS, BURST_KEYS),
            bursts)
-    print("recorder CPU while idle for 60 s: %.3f%% of one core" % cpu)
+    print("recorder CPU while idle for 60 s: %.3f%% of one core (tarvoke-play), %.3f%% (the windows)" % (cpu, windows_cpu))
 
 
 if __name__ == "__main__":

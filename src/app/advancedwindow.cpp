@@ -367,7 +367,7 @@ void AdvancedWindow::startRecording() {
     stopScript();
     if (!text().isEmpty() && !confirmRecording(m_app)) return;
     m_timers->hideForRun();
-    m_recordTimers->start();
+    m_recordTimers->start(*m_timers);
 }
 
 // A branch of Stop: the recording becomes the editor's unsaved script.

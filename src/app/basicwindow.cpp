@@ -159,7 +159,7 @@ void BasicWindow::recordScript() {
     if (!m_text.isEmpty() && m_text != kTemplate && !confirmRecording(m_app)) return;
     setWindowTitle(captionWith(kBasicCaption, "Untitled"));
     m_timers->hideForRun();
-    m_recordTimers->start();
+    m_recordTimers->start(*m_timers);
 }
 
 // A branch of Stop: the recording becomes the unsaved script.

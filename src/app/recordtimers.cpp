@@ -1,6 +1,9 @@
 #include "app/recordtimers.h"
 
+#include <utility>
+
 #include "app/app.h"
+#include "app/playtimers.h"
 #include "recorder/sessionhooks.h"
 
 namespace tarvoke::app {
@@ -30,16 +33,22 @@ RecordTimers::RecordTimers(App& app, recorder::Form kind) : m_app(app) {
 
 RecordTimers::~RecordTimers() = default;
 
-void RecordTimers::start() {
+void RecordTimers::start(PlayTimers& hotkeys) {
     if (!m_recorder) return;  // no key state or input: nothing could be recorded
     recorder::RecorderState& state = m_app.recorder;
     state.mouseMoves = m_app.mouseMove;
     state.extendedClicks = m_app.extendedClicks;
-    // The key state's changes drive the sampler where the platform tells of
-    // them; elsewhere the sample timer samples every millisecond.
-    const bool driven = m_recorder->start({});
+    // The key state's changes drive the sampler and the hotkeys where the
+    // platform tells of them; elsewhere the sample timer samples every
+    // millisecond beside the hotkey poll.
+    const bool driven = m_recorder->start([&hotkeys] { hotkeys.pollHotkeys(); });
     m_secondTimer.start(kSecondMs);
-    if (!driven) m_sampleTimer.start(kSampleIntervalMs);
+    if (!driven) {
+        m_sampleTimer.start(kSampleIntervalMs);
+    } else if (hotkeys.hotkeyPollOn()) {
+        hotkeys.setHotkeyPoll(false);
+        m_restingPoll = &hotkeys;
+    }
 }
 
 std::optional<std::string> RecordTimers::closeIfRecording() {
@@ -47,6 +56,7 @@ std::optional<std::string> RecordTimers::closeIfRecording() {
     m_sampleTimer.stop();
     m_secondTimer.stop();
     std::string script = m_recorder->close();
+    if (m_restingPoll) std::exchange(m_restingPoll, nullptr)->setHotkeyPoll(true);
     // Ctrl+6 and Ctrl+7 change the settings for good.
     const recorder::RecorderState& state = m_app.recorder;
     if (state.mouseMoves != m_app.mouseMove || state.extendedClicks != m_app.extendedClicks) {

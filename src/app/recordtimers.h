@@ -1,7 +1,9 @@
 #pragma once
 // The recording timers of a main window: one counts the seconds; the
 // sample timer ticks the sampler every millisecond where the key state cannot
-// drive it by its changes. The recorder's state is the
+// drive it by its changes. Where it can, the window's hotkeys are looked at
+// after each change instead of every millisecond, so nothing wakes while the
+// user does nothing. The recorder's state is the
 // program's (App::recorder); the button flags and the last move are the
 // window's own.
 
@@ -19,6 +21,7 @@ class QString;
 namespace tarvoke::app {
 
 class App;
+class PlayTimers;
 
 // Asked before a recording replaces the script in the editor; true for Yes.
 bool confirmRecording(App& app);
@@ -29,8 +32,9 @@ public:
     ~RecordTimers() override;
 
     // Resets the recorder, takes the settings' mouse-move and extended-click
-    // choices, and starts both timers. The window hides itself before.
-    void start();
+    // choices, and starts both timers. The window hides itself before; its
+    // hotkey poll rests while changes drive the recording.
+    void start(PlayTimers& hotkeys);
     // The finished script when a recording ran, after stopping its timers;
     // settings changed by Ctrl+6 and Ctrl+7 in the recording are kept and
     // saved.
@@ -43,6 +47,7 @@ private:
     std::unique_ptr<recorder::Recorder> m_recorder;
     QTimer m_sampleTimer;
     QTimer m_secondTimer;
+    PlayTimers* m_restingPoll = nullptr;
 };
 
 }  // namespace tarvoke::app

@@ -42,8 +42,10 @@ def window_named(title, timeout=10):
 
 
 def answer(title):
-    """Presses Return in the message box of that title."""
-    xdotool("windowactivate", "--sync", window_named(title), "key", "--clearmodifiers", "Return")
+    """Presses Return in the message box of that title. Not with --clearmodifiers:
+    xdotool reads the buttons again when it restores them, and presses one that
+    a window manager's synchronous grab still shows down after the run's click."""
+    xdotool("windowactivate", "--sync", window_named(title), "key", "Return")
 
 
 def pointer():

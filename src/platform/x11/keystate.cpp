@@ -1,17 +1,28 @@
 #include "platform/x11/keystate.h"
 
+#include <poll.h>
+
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 
 #include <X11/keysym.h>
 
+#include <X11/Xproto.h>
 #include <X11/extensions/XInput2.h>
 
 namespace tarvoke::platform::x11 {
 namespace {
 
 constexpr size_t kButtonBase = 256;
+// How long a button event's place is waited for on the RECORD connection.
+// The raw event comes at once, but a window manager's synchronous grab
+// (click to focus) holds the event itself back until the manager lets it
+// through, which on a busy machine takes a while.
+constexpr std::chrono::milliseconds kRecordedWait{2000};
+// Button events kept that no raw event has asked for (another device's).
+constexpr size_t kRecordedKept = 256;
 
 // The key table's questions answered from the map and one test of the
 // table's entries (a keycode, or kButtonBase + a button).
@@ -69,6 +80,8 @@ X11KeyState::X11KeyState(Connection& connection, Keyboard& keyboard) : m_x(conne
     fillKeysFromServer();
     m_ok = true;
 }
+
+X11KeyState::~X11KeyState() { stopRecordingButtons(); }
 
 void X11KeyState::selectRawEvents(bool withPointer) {
     unsigned char bits[XIMaskLen(XI_LASTEVENT)] = {};
@@ -149,7 +162,7 @@ void X11KeyState::takeIn(XEvent& event) {
     if (index >= kButtonBase && !m_followsPointer) return;
     const auto time = static_cast<uint32_t>(raw->time);
     std::optional<Point> here;
-    if (m_listener) here = placeOfPress(time);
+    if (m_listener) here = placeOfPress(time, press, index >= kButtonBase ? static_cast<unsigned>(raw->detail) : 0);
     m_down[index] = press;
     ++m_changes;
     if (press) m_lastPress[index] = ++m_presses;
@@ -169,7 +182,12 @@ bool X11KeyState::onChange(std::function<void(const InputChange&)> listener) {
     m_motionPending = false;
     m_pointer.reset();
     m_told.reset();
-    if (m_listener) m_told = askPointer();
+    if (m_listener) {
+        startRecordingButtons();
+        m_told = askPointer();
+    } else {
+        stopRecordingButtons();
+    }
     return true;
 }
 
@@ -182,13 +200,24 @@ Point X11KeyState::tellMotion() {
     return here;
 }
 
-// Raw button events carry no position, and a warp by another program makes
-// no raw event: the server is asked at each press and release, and its
-// answer is the place of it unless the pointer moved between the two. A
+// The place of a press or release is the server's own, from RECORD. A
 // place that no move told of was a warp: it is told as a move first, while
 // the table is still as before the press, so that a recorder writes it
-// before the click.
-Point X11KeyState::placeOfPress(uint32_t time) {
+// before the click. Without RECORD the server is asked at each press and
+// release, and its answer is the place unless the pointer moved between the
+// two (a warp that comes between them is then taken as one before the press).
+Point X11KeyState::placeOfPress(uint32_t time, bool press, unsigned button) {
+    if (const std::optional<Point> recorded = button ? recordedPlace(press, button, time) : std::nullopt) {
+        const Point here = *recorded;
+        m_pointer = here;
+        if (m_motionPending || m_told != here) {
+            const uint32_t moved = m_motionPending ? m_motionTime : time;
+            m_motionPending = false;
+            m_told = here;
+            tell(InputChange{moved, here});
+        }
+        return here;
+    }
     // The answer asked for moves that came before holds for the press too:
     // the press was read before it was asked.
     if (m_motionPending) return tellMotion();
@@ -200,6 +229,87 @@ Point X11KeyState::placeOfPress(uint32_t time) {
         tell(InputChange{time, here});
     }
     return here;
+}
+
+void X11KeyState::startRecordingButtons() {
+    int major = 0, minor = 0;
+    if (m_recordData || !XRecordQueryVersion(m_x.display(), &major, &minor)) return;
+    Display* data = XOpenDisplay(DisplayString(m_x.display()));
+    if (!data) return;
+    XRecordRange* range = XRecordAllocRange();
+    XRecordContext context = 0;
+    if (range) {
+        range->device_events.first = ButtonPress;
+        range->device_events.last = ButtonRelease;
+        XRecordClientSpec clients = XRecordAllClients;
+        // Made before the other connection asks for its data.
+        if (!m_x.checked([&] {
+                context = XRecordCreateContext(m_x.display(), 0, &clients, 1, &range, 1);
+                XSync(m_x.display(), False);
+            }))
+            context = 0;
+        XFree(range);
+    }
+    if (context == 0 || !XRecordEnableContextAsync(data, context, onRecorded, reinterpret_cast<XPointer>(this))) {
+        if (context != 0) XRecordFreeContext(m_x.display(), context);
+        XCloseDisplay(data);
+        return;
+    }
+    XFlush(data);
+    m_recordData = data;
+    m_recordContext = context;
+}
+
+void X11KeyState::stopRecordingButtons() {
+    if (!m_recordData) return;
+    XRecordDisableContext(m_x.display(), m_recordContext);
+    XRecordFreeContext(m_x.display(), m_recordContext);
+    XSync(m_x.display(), False);
+    XCloseDisplay(m_recordData);
+    m_recordData = nullptr;
+    m_recordContext = 0;
+    m_recordMissed = false;
+    m_recorded.clear();
+}
+
+void X11KeyState::onRecorded(XPointer self, XRecordInterceptData* data) {
+    auto& state = *reinterpret_cast<X11KeyState*>(self);
+    if (data->category == XRecordFromServer && data->data_len * 4 >= sizeof(xEvent)) {
+        const auto* event = reinterpret_cast<const xEvent*>(data->data);
+        const int type = event->u.u.type & 0x7F;
+        if (type == ButtonPress || type == ButtonRelease) {
+            state.m_recorded.push_back({type == ButtonPress, event->u.u.detail,
+                                        static_cast<uint32_t>(event->u.keyButtonPointer.time),
+                                        Point{event->u.keyButtonPointer.rootX, event->u.keyButtonPointer.rootY}});
+            if (state.m_recorded.size() > kRecordedKept) state.m_recorded.pop_front();
+        }
+    }
+    XRecordFreeData(data);
+}
+
+std::optional<Point> X11KeyState::recordedPlace(bool press, unsigned button, uint32_t time) {
+    if (!m_recordData) return std::nullopt;
+    // After a miss, no more waiting until RECORD tells an event again.
+    const auto deadline = std::chrono::steady_clock::now() + (m_recordMissed ? std::chrono::milliseconds(0) : kRecordedWait);
+    for (;;) {
+        XRecordProcessReplies(m_recordData);
+        // Raw and recorded events come in the server's order: entries before
+        // the match belong to events no raw event asks for.
+        for (auto entry = m_recorded.begin(); entry != m_recorded.end(); ++entry) {
+            if (entry->press != press || entry->button != button || entry->time != time) continue;
+            const Point at = entry->at;
+            m_recorded.erase(m_recorded.begin(), entry + 1);
+            m_recordMissed = false;
+            return at;
+        }
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        if (left.count() <= 0) {
+            m_recordMissed = true;
+            return std::nullopt;
+        }
+        pollfd readable{ConnectionNumber(m_recordData), POLLIN, 0};
+        ::poll(&readable, 1, static_cast<int>(left.count()) + 1);
+    }
 }
 
 Point X11KeyState::askPointer() {

@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -19,11 +20,15 @@
 #include "platform/x11/connection.h"
 #include "platform/x11/keyboard.h"
 
+#include <X11/Xlib.h>
+#include <X11/extensions/record.h>
+
 namespace tarvoke::platform::x11 {
 
 class X11KeyState : public KeyState {
 public:
     X11KeyState(Connection& connection, Keyboard& keyboard);
+    ~X11KeyState() override;
     // False when the server lacks XInput 2: every key then reads as up.
     bool ok() const { return m_ok; }
 
@@ -71,7 +76,8 @@ private:
     // For the listener of changes.
     void tell(const InputChange& change);
     Point tellMotion();
-    Point placeOfPress(uint32_t time);
+    // Where the pointer was at a press or release (button 0: a key's).
+    Point placeOfPress(uint32_t time, bool press, unsigned button);
     // Asks where the pointer is now; the answer holds for the event in hand
     // too when no raw motion came between it and the answer.
     Point askPointer();
@@ -109,6 +115,27 @@ private:
     uint64_t m_keyEchoes = 0;
     uint64_t m_buttonEchoes = 0;
     KeyCode m_stopKey = 0;
+
+    // Raw events carry no position, and a warp by another program makes
+    // none: while the listener listens, the RECORD extension tells each
+    // button event as the server took it in, with where the pointer was,
+    // on a connection of its own.
+    struct RecordedButton {
+        bool press;
+        unsigned button;
+        uint32_t time;
+        Point at;
+    };
+    void startRecordingButtons();
+    void stopRecordingButtons();
+    static void onRecorded(XPointer self, XRecordInterceptData* data);
+    // The place of the button event of that kind and time, once RECORD has
+    // told it (waited for); nullopt without RECORD.
+    std::optional<Point> recordedPlace(bool press, unsigned button, uint32_t time);
+    Display* m_recordData = nullptr;
+    XRecordContext m_recordContext = 0;
+    bool m_recordMissed = false;
+    std::deque<RecordedButton> m_recorded;
 
     std::function<void(const InputChange&)> m_listener;
     bool m_motionPending = false;

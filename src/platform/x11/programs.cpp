@@ -1,12 +1,14 @@
 #include "platform/x11/programs.h"
 
 #include <X11/Xlib.h>
+#include <X11/Xatom.h>
 #include <X11/Xutil.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <memory>
@@ -18,6 +20,7 @@ constexpr int kShowMinimized = 2;
 constexpr int kShowMaximized = 3;
 constexpr int kStateWatchMs = 5000;
 constexpr int kStatePollMs = 50;
+constexpr int kStateAskAgainMs = 500;
 
 bool isExecutableFile(const std::string& path) {
     struct stat info {};
@@ -134,45 +137,87 @@ void X11Programs::shellExecute(const std::string&, const std::string& file, cons
         if (opener.empty()) return;
         argv = {opener, file};
     }
+    const bool watched = show == kShowMinimized || show == kShowMaximized;
+    // Taken before the start, so that none of the new program's windows is among them.
+    KnownWindows known;
+    if (watched) known = knownWindows();
     const long pid = spawnDetached(argv);
-    if (pid > 0 && (show == kShowMinimized || show == kShowMaximized)) applyStateLater(pid, show);
+    if (pid > 0 && watched) applyStateLater({pid, show, std::chrono::steady_clock::now(), std::move(known), None, {}});
 }
 
 X11Programs::X11Programs(X11Windows& windows, EventLoop& loop) : m_windows(windows), m_loop(loop) {}
 
 X11Programs::~X11Programs() = default;
 
-void X11Programs::applyStateLater(long pid, int32_t show) {
-    const uint64_t id = m_nextWatch++;
-    const auto started = std::chrono::steady_clock::now();
-    // The windows that were there before the start, for programs that do
-    // not say their process id.
-    const std::vector<Window> before = m_windows.clientWindows();
-    std::set<Window> known(before.begin(), before.end());
-    // The watch ends itself from its tick: nothing may follow the erase.
-    m_watches[id] = m_loop.every(std::chrono::milliseconds(kStatePollMs),
-                                 [this, id, pid, show, started, known = std::move(known)] {
-                                     if (lookFor(pid, show, started, known)) m_watches.erase(id);
-                                 });
+// A window number freed by a program that has gone is given to the next
+// window made, maybe the new program's own: a known window is the same one
+// only while its frame (its parent) is.
+Window X11Programs::frameOf(Window window) {
+    Connection& x = m_windows.connection();
+    Window root = 0, parent = 0;
+    Window* children = nullptr;
+    unsigned count = 0;
+    if (!x.checked([&] { XQueryTree(x.display(), window, &root, &parent, &children, &count); })) return None;
+    if (children) XFree(children);
+    return parent;
 }
 
-bool X11Programs::lookFor(long pid, int32_t show, std::chrono::steady_clock::time_point started,
-                          const std::set<Window>& known) {
+X11Programs::KnownWindows X11Programs::knownWindows() {
+    KnownWindows known;
+    for (Window window : m_windows.clientWindows())
+        if (const Window frame = frameOf(window); frame != None) known[window] = frame;
+    return known;
+}
+
+void X11Programs::applyStateLater(Watch watch) {
+    const uint64_t id = m_nextWatch++;
+    // The watch ends itself from its tick: nothing may follow the erase.
+    m_watches[id] = m_loop.every(std::chrono::milliseconds(kStatePollMs), [this, id, watch = std::move(watch)]() mutable {
+        if (lookFor(watch)) m_watches.erase(id);
+    });
+}
+
+Window X11Programs::findWindowOf(const Watch& watch) {
     // The program's own window, else the first new one without a process
     // id (xcalc, xedit and other plain Xt programs publish none).
     Window unclaimed = None;
     for (Window window : m_windows.clientWindows()) {
         const unsigned long owner = m_windows.processOf(window);
-        if (owner == 0 && unclaimed == None && known.count(window) == 0) unclaimed = window;
-        if (owner != static_cast<unsigned long>(pid)) continue;
-        applyState(window, show);
-        return true;
+        if (owner == static_cast<unsigned long>(watch.pid)) return window;
+        if (owner == 0 && unclaimed == None) {
+            const auto before = watch.known.find(window);
+            if (before == watch.known.end() || frameOf(window) != before->second) unclaimed = window;
+        }
     }
-    if (unclaimed != None) {
-        applyState(unclaimed, show);
-        return true;
+    return unclaimed;
+}
+
+// A window manager may pass over a request that comes while it is still
+// taking the window in: the request is made again until the window shows
+// the state.
+bool X11Programs::lookFor(Watch& watch) {
+    const auto now = std::chrono::steady_clock::now();
+    if (watch.window == None) watch.window = findWindowOf(watch);
+    if (watch.window != None) {
+        if (watch.asked != std::chrono::steady_clock::time_point{} && stateShown(watch.window, watch.show)) return true;
+        if (now - watch.asked >= std::chrono::milliseconds(kStateAskAgainMs)) {
+            applyState(watch.window, watch.show);
+            watch.asked = now;
+        }
     }
-    return std::chrono::steady_clock::now() - started > std::chrono::milliseconds(kStateWatchMs);
+    return now - watch.started > std::chrono::milliseconds(kStateWatchMs);
+}
+
+bool X11Programs::stateShown(Window window, int32_t show) {
+    Connection& x = m_windows.connection();
+    if (show == kShowMinimized) {
+        const auto state = x.cardinals(window, x.atom("WM_STATE"), x.atom("WM_STATE"));
+        if (state && !state->empty() && state->front() == IconicState) return true;
+    }
+    const auto state = x.cardinals(window, x.atom("_NET_WM_STATE"), XA_ATOM);
+    if (!state) return false;
+    const Atom wanted = x.atom(show == kShowMinimized ? "_NET_WM_STATE_HIDDEN" : "_NET_WM_STATE_MAXIMIZED_VERT");
+    return std::find(state->begin(), state->end(), wanted) != state->end();
 }
 
 void X11Programs::applyState(unsigned long window, int32_t show) {

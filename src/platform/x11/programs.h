@@ -7,7 +7,6 @@
 #include <chrono>
 #include <map>
 #include <memory>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -36,14 +35,28 @@ private:
     // For up to five seconds, the first client window of process pid (or,
     // for a program that names none, the first new window) is iconified
     // (show 2) or maximized (show 3), watched from the event loop.
-    void applyStateLater(long pid, int32_t show);
+    // The client windows there now, each with its frame.
+    using KnownWindows = std::map<Window, Window>;
+    KnownWindows knownWindows();
+    Window frameOf(Window window);
+    struct Watch {
+        long pid;
+        int32_t show;
+        std::chrono::steady_clock::time_point started;
+        KnownWindows known;
+        Window window = None;  // once found
+        std::chrono::steady_clock::time_point asked;
+    };
+    void applyStateLater(Watch watch);
     void applyState(unsigned long window, int32_t show);
+    bool stateShown(Window window, int32_t show);
 
     // One look for the first client window of pid, or the first one not
-    // known at the start that names no process; true when the watch is over
-    // (the window was found, or the time is up).
-    bool lookFor(long pid, int32_t show, std::chrono::steady_clock::time_point started,
-                 const std::set<Window>& known);
+    // known at the start that names no process, and at its state once
+    // asked for; true when the watch is over (the window shows the state,
+    // or the time is up).
+    bool lookFor(Watch& watch);
+    Window findWindowOf(const Watch& watch);
 
     X11Windows& m_windows;
     EventLoop& m_loop;
