@@ -129,10 +129,12 @@ bool X11Input::fakeInput(uint8_t type, uint8_t detail, int32_t x, int32_t y, boo
                         static_cast<int16_t>(y), 0);
     m_x.queued();
     if (echoes && device != kNoDevice) ++m_unconfirmed[device];
+    if (type == XCB_BUTTON_PRESS) m_heldButtons.insert(detail);
+    else if (type == XCB_BUTTON_RELEASE) m_heldButtons.erase(detail);
     // Never between a press and its release: a release that comes late to
     // a click the window manager holds can pass the click's replay, and the
-    // button then stays down on the server.
-    const bool clickOpen = type == XCB_BUTTON_PRESS || (device == kPointer && !m_heldButtons.empty());
+    // button then stays down on the server. Right after the release is fine.
+    const bool clickOpen = device == kPointer && !m_heldButtons.empty();
     if (++m_sincePace >= kPaceEvents && !clickOpen) awaitDelivery(device);
     return true;
 }
@@ -249,11 +251,7 @@ void X11Input::mouseEvent(uint32_t flags) {
     for (const ButtonFlag& entry : kButtonFlags) {
         if (entry.flag != flags) continue;
         const bool echoes = entry.press || m_heldButtons.count(entry.button) > 0;
-        if (!fakeInput(entry.press ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE, static_cast<uint8_t>(entry.button), 0, 0,
-                       echoes))
-            return;
-        if (entry.press) m_heldButtons.insert(entry.button);
-        else m_heldButtons.erase(entry.button);
+        fakeInput(entry.press ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE, static_cast<uint8_t>(entry.button), 0, 0, echoes);
         return;
     }
 }
@@ -414,8 +412,7 @@ void X11Input::flush() { m_x.flush(); }
 void X11Input::releaseAll() {
     // Lets go also after a stop, and while the user holds a modifier.
     beginOperation();
-    for (unsigned button : m_heldButtons) fakeInput(XCB_BUTTON_RELEASE, static_cast<uint8_t>(button));
-    m_heldButtons.clear();
+    while (!m_heldButtons.empty()) fakeInput(XCB_BUTTON_RELEASE, static_cast<uint8_t>(*m_heldButtons.begin()));
     while (!m_heldKeys.empty()) pressKeycode(*m_heldKeys.begin(), false);
     m_vkCodes.clear();
     XSync(m_x.display(), False);
