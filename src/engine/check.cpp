@@ -134,20 +134,6 @@ bool isEvenHexRun(std::string_view text) {
     return digits % 2 == 0;
 }
 
-// The slot an image parameter names, as the image commands read it: every
-// "imagesave" taken out of the text, then a number.
-std::optional<int> imageSlotOf(std::string_view value) {
-    static constexpr std::string_view kPrefix = "imagesave";
-    std::string text;
-    size_t start = 0;
-    for (size_t hit; (hit = value.find(kPrefix, start)) != std::string_view::npos; start = hit + kPrefix.size())
-        text.append(value.substr(start, hit - start));
-    text.append(value.substr(start));
-    if (!isNumericText(text)) return std::nullopt;
-    const auto slot = textToInt16(text);
-    return slot ? std::optional<int>(*slot) : std::nullopt;
-}
-
 constexpr size_t kSlots = 8;
 
 class Checker {
@@ -301,7 +287,8 @@ private:
         auto slot = [&](size_t k) -> std::optional<int> {
             if (k >= parameters.size()) return std::nullopt;
             const auto value = literalValue(parameters[k], m_written, true);
-            return value ? imageSlotOf(*value) : std::nullopt;
+            const auto named = value ? imageSlot(*value) : std::nullopt;
+            return named ? std::optional<int>(*named) : std::nullopt;
         };
         if (row.command == Command::LoadImage || row.command == Command::CaptureScreen) {
             const auto filled = slot(0);

@@ -180,4 +180,15 @@ std::optional<int32_t> doubleToLong(double value) {
     return textToLong(doubleToText(value));
 }
 
+std::optional<int16_t> imageSlot(std::string_view name) {
+    static constexpr std::string_view kPrefix = "imagesave";
+    std::string rest;
+    size_t start = 0;
+    for (size_t hit; (hit = name.find(kPrefix, start)) != std::string_view::npos; start = hit + kPrefix.size())
+        rest.append(name.substr(start, hit - start));
+    rest.append(name.substr(start));
+    if (!isNumericText(rest)) return std::nullopt;
+    return textToInt16(rest);
+}
+
 }  // namespace tarvoke::engine

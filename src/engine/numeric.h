@@ -44,4 +44,10 @@ std::string doubleToText(double value);
 // Double to long goes through its text, as the language defines it.
 std::optional<int32_t> doubleToLong(double value);
 
+// How scripts name image slots. "imagesave7", "7" and "imagesave7.5" (slot 8)
+// all name a slot: every "imagesave" is removed (case-sensitive) and the
+// rest must be a number that fits 16 bits. The result may lie outside the
+// store; that is the store's concern.
+std::optional<int16_t> imageSlot(std::string_view name);
+
 }  // namespace tarvoke::engine

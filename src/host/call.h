@@ -11,6 +11,7 @@
 
 #include "engine/commands.h"
 #include "engine/environment.h"
+#include "engine/numeric.h"
 #include "engine/sc.h"
 #include "host/session.h"
 
@@ -51,11 +52,8 @@ TARVOKE_HOST_COMMANDS(TARVOKE_DECLARE_HANDLER)
 #undef TARVOKE_DECLARE_HANDLER
 }  // namespace handlers
 
-// How scripts name image slots and colour ranges. "imagesave7", "7" and
-// "imagesave7.5" (slot 8) all name a slot: every "imagesave" is removed
-// (case-sensitive) and the rest must be a number that fits 16 bits. The
-// result may lie outside the store; that is the store's concern.
-std::optional<int16_t> imageSlot(std::string_view name);
+// How scripts name image slots (the checker reads them too) and colour ranges.
+using engine::imageSlot;
 // Only the 11th byte of a range name counts, read as one digit:
 // "colorrange3" is range 3 and "colorrange12" is range 1.
 std::optional<int16_t> rangeSlot(std::string_view name);

@@ -59,17 +59,6 @@ bool decode(Session& session, const engine::SC& engine, int32_t line, int k, Par
 
 }  // namespace
 
-std::optional<int16_t> imageSlot(std::string_view name) {
-    static constexpr std::string_view kPrefix = "imagesave";
-    std::string rest;
-    size_t start = 0;
-    for (size_t hit; (hit = name.find(kPrefix, start)) != std::string_view::npos; start = hit + kPrefix.size())
-        rest.append(name.substr(start, hit - start));
-    rest.append(name.substr(start));
-    if (!engine::isNumericText(rest)) return std::nullopt;
-    return engine::textToInt16(rest);
-}
-
 std::optional<int16_t> rangeSlot(std::string_view name) {
     if (name.size() < 11) return std::nullopt;
     const char c = name[10];
