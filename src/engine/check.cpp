@@ -186,92 +186,124 @@ private:
     void check(std::string_view statement, size_t first) {
         const std::string_view name = getCommandName(statement);
         const int32_t number = static_cast<int32_t>(commandNumber(name));
-        const std::string_view parameterText = getParameterText(statement);
         std::vector<std::string_view>& parameters = m_parameters;  // kept: a recording has a million statements
         parameters.clear();
-        forEachParameter(parameterText, [&](std::string_view piece) { parameters.push_back(piece); });
-        auto at = [&](std::string_view where) { return placeOf(first, statement, where); };
-        // A parameter that is not there is pointed at by the ")" it is missing before.
-        auto parameterAt = [&](size_t k) {
-            return k < parameters.size() ? at(parameters[k]) : at(statement.substr(std::min(statement.rfind(')'), statement.size() - 1)));
-        };
+        forEachParameter(getParameterText(statement), [&](std::string_view piece) { parameters.push_back(piece); });
+        const Statement here{statement, first, name, number, hostRow(number)};
 
         if (number == static_cast<int32_t>(Command::Unknown)) {
-            if (name.empty()) add(at(statement), "statement without a command name");
-            else add(at(statement), "unknown command " + shown(name) + ", did you mean `" + suggestion(name) + "`?");
+            if (name.empty()) add(at(here, statement), "statement without a command name");
+            else add(at(here, statement), "unknown command " + shown(name) + ", did you mean `" + suggestion(name) + "`?");
         }
-        const HostRow* row = hostRow(number);
-        if (parameters.size() > kSlots) {
-            add(at(parameters[kSlots]), std::to_string(parameters.size()) +
-                                                        " parameters: a statement keeps at most 8, so all are dropped");
-        } else if (number != static_cast<int32_t>(Command::Unknown)) {
-            // Correct Time reads the number origionalplaytime holds.
-            const size_t reads = number == static_cast<int32_t>(Command::OrigionalPlayTime) ? 1
-                                 : row ? row->shape.count
-                                       : static_cast<size_t>(builtinReads(static_cast<Command>(number)));
-            if (parameters.size() > reads)
-                add(at(parameters[reads]), shown(name) + " reads " + std::to_string(reads) + " parameter" +
-                                               (reads == 1 ? "" : "s") + ", this statement has " +
-                                               std::to_string(parameters.size()));
-        }
+        checkCount(here, parameters);
         const bool condition = number == static_cast<int32_t>(Command::If) || number == static_cast<int32_t>(Command::While);
         if (!condition)
             for (std::string_view piece : parameters)
                 if (const std::string_view text = unquoted(piece); !isEvenHexRun(text))
-                    add(at(piece), shown(text) + " starts with `0x` but is no even run of hex digits");
+                    add(at(here, piece), shown(text) + " starts with `0x` but is no even run of hex digits");
         // The statement still counts (an if still opens), with no parameter.
         const bool dropped = parameters.size() > kSlots;
         if (dropped) parameters.clear();
 
+        checkBlocks(here, parameters);
+        const HostRow* row = here.row;
+        if (writesFirst(number) || (row && row->shape.count > 0 &&
+                                    (row->shape.params[0] == Param::Test || row->shape.params[0] == Param::Measure)))
+            m_written.emplace(parameters.empty() ? std::string_view() : parameters[0]);
+        if (!row || dropped) return;
+        checkNumbers(here, parameters);
+        checkPictures(*row, parameters, at(here, statement));
+    }
+
+    // One statement as the checks see it.
+    struct Statement {
+        std::string_view text;
+        size_t first;  // where it starts in the code
+        std::string_view name;
+        int32_t number;
+        const HostRow* row;  // none for the engine's own statements
+    };
+
+    size_t at(const Statement& statement, std::string_view where) const {
+        return placeOf(statement.first, statement.text, where);
+    }
+
+    // A parameter that is not there is pointed at by the ")" it is missing before.
+    size_t parameterAt(const Statement& statement, const std::vector<std::string_view>& parameters, size_t k) const {
+        if (k < parameters.size()) return at(statement, parameters[k]);
+        const std::string_view text = statement.text;
+        return at(statement, text.substr(std::min(text.rfind(')'), text.size() - 1)));
+    }
+
+    void checkCount(const Statement& statement, const std::vector<std::string_view>& parameters) {
+        if (parameters.size() > kSlots) {
+            add(at(statement, parameters[kSlots]),
+                std::to_string(parameters.size()) + " parameters: a statement keeps at most 8, so all are dropped");
+            return;
+        }
+        if (statement.number == static_cast<int32_t>(Command::Unknown)) return;
+        // Correct Time reads the number origionalplaytime holds.
+        const size_t reads = statement.number == static_cast<int32_t>(Command::OrigionalPlayTime) ? 1
+                             : statement.row ? statement.row->shape.count
+                                             : static_cast<size_t>(builtinReads(static_cast<Command>(statement.number)));
+        if (parameters.size() > reads)
+            add(at(statement, parameters[reads]), shown(statement.name) + " reads " + std::to_string(reads) +
+                                                       " parameter" + (reads == 1 ? "" : "s") + ", this statement has " +
+                                                       std::to_string(parameters.size()));
+    }
+
+    // Blocks that open and close, and the functions defined and called.
+    void checkBlocks(const Statement& statement, const std::vector<std::string_view>& parameters) {
         const std::string_view firstParameter = parameters.empty() ? std::string_view() : parameters[0];
-        switch (static_cast<Command>(number)) {
-        case Command::If: m_openIfs.push_back(at(statement)); break;
-        case Command::While: m_openWhiles.push_back(at(statement)); break;
+        const size_t here = at(statement, statement.text);
+        switch (static_cast<Command>(statement.number)) {
+        case Command::If: m_openIfs.push_back(here); break;
+        case Command::While: m_openWhiles.push_back(here); break;
         case Command::Else:
-            if (m_openIfs.empty()) add(at(statement), "`else` without `if`");
+            if (m_openIfs.empty()) add(here, "`else` without `if`");
             break;
         case Command::EndIf:
-            if (m_openIfs.empty()) add(at(statement), "`endif` without `if`");
+            if (m_openIfs.empty()) add(here, "`endif` without `if`");
             else m_openIfs.pop_back();
             break;
         case Command::EndWhile:
-            if (m_openWhiles.empty()) add(at(statement), "`endwhile` without `while`");
+            if (m_openWhiles.empty()) add(here, "`endwhile` without `while`");
             else m_openWhiles.pop_back();
             break;
         case Command::Function: {
-            const auto [known, added] = m_functions.emplace(std::string(firstParameter), parameterAt(0));
+            const size_t named = parameterAt(statement, parameters, 0);
+            const auto [known, added] = m_functions.emplace(std::string(firstParameter), named);
             if (!added)
-                add(parameterAt(0), "function " + shown(firstParameter) + " is defined twice; `call` enters the first, on line ",
+                add(named, "function " + shown(firstParameter) + " is defined twice; `call` enters the first, on line ",
                     known->second);
             break;
         }
-        case Command::Call: m_calls.push_back({parameterAt(0), std::string(firstParameter), {}}); break;
+        case Command::Call: m_calls.push_back({parameterAt(statement, parameters, 0), std::string(firstParameter), {}}); break;
         default: break;
         }
-        if (writesFirst(number) || (row && row->shape.count > 0 &&
-                                    (row->shape.params[0] == Param::Test || row->shape.params[0] == Param::Measure)))
-            m_written.emplace(firstParameter);
-        if (!row || dropped) return;
+    }
 
-        for (size_t k = 0; k < row->shape.count; ++k) {
-            if (!isNumericParam(row->shape.params[k])) continue;
+    // The numeric parameters of a host command.
+    void checkNumbers(const Statement& statement, const std::vector<std::string_view>& parameters) {
+        const HostRow& row = *statement.row;
+        for (size_t k = 0; k < row.shape.count; ++k) {
+            if (!isNumericParam(row.shape.params[k])) continue;
             const std::string_view raw = k < parameters.size() ? parameters[k] : std::string_view();
-            auto where = [&] { return "parameter " + std::to_string(k + 1) + " of " + shown(name); };
+            auto where = [&] { return "parameter " + std::to_string(k + 1) + " of " + shown(statement.name); };
             if (raw.empty()) {
-                add(parameterAt(k), where() + " is missing: a number belongs there");
+                add(parameterAt(statement, parameters, k), where() + " is missing: a number belongs there");
                 continue;
             }
             const auto value = literalValue(raw, m_written, false);
             if (!value) {
                 if (raw != "lx" && raw != "ly")
-                    m_unwritten.push_back({at(raw), std::string(raw),
+                    m_unwritten.push_back({at(statement, raw), std::string(raw),
                                            where() + ": " + shown(raw) + " is no number, and no variable of that name is ever written"});
                 continue;
             }
-            if (converts(row->shape.params[k], *value)) continue;
-            add(at(raw), where() + ": " + shown(*value) + (isNumericText(*value) ? " is out of its range" : " is no number"));
+            if (converts(row.shape.params[k], *value)) continue;
+            add(at(statement, raw), where() + ": " + shown(*value) + (isNumericText(*value) ? " is out of its range" : " is no number"));
         }
-        checkPictures(*row, parameters, at(statement));
     }
 
     // Asked once per name: a recording may repeat one mistake a million times.
