@@ -5,7 +5,10 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QHelpEvent>
+#include <QPainter>
 #include <QTemporaryDir>
+#include <QTextBlock>
 
 #include "app/advancedwindow.h"
 #include "app/app.h"
@@ -65,6 +68,38 @@ int main(int argc, char** argv) {
         "EndFunction();");
     advanced.resize(640, 420);
     save(advanced, folder, "advanced-mode");
+
+    // A mistake found: Check (F7) lists it, the editor underlines it and its
+    // tooltip says why. The tooltip is a window of its own, drawn in here.
+    advanced.setWindowTitle("Tarvoke - login.tk");
+    advanced.setText(
+        "Function(Main);\n"
+        "Start(firefox);\n"
+        "Pause(1500);\n"
+        "MoveMouse(640, 310);\n"
+        "LeftClik();\n"
+        "SendKeys(\"user@example.org\"); # the login #\n"
+        "Pause(120);\n"
+        "EndFunction();");
+    advanced.resize(640, 460);
+    advanced.show();
+    advanced.checkAction->trigger();
+    advanced.editor->goTo(5, 4);
+    for (int i = 0; i < 20; ++i) QApplication::processEvents();
+    QTextCursor marked(advanced.editor->document()->findBlockByNumber(4));
+    marked.setPosition(marked.position() + 3);
+    const QPoint point = advanced.editor->cursorRect(marked).center();
+    QHelpEvent help(QEvent::ToolTip, point, advanced.editor->viewport()->mapToGlobal(point));
+    QApplication::sendEvent(advanced.editor->viewport(), &help);
+    for (int i = 0; i < 20; ++i) QApplication::processEvents();
+    QPixmap picture = advanced.grab();
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (widget->inherits("QTipLabel") && widget->isVisible()) {
+            QPainter painter(&picture);
+            painter.drawPixmap(advanced.mapFromGlobal(widget->pos()), widget->grab());
+        }
+    picture.save(folder + "/editor-finding.png");
+    advanced.hide();
 
     BasicWindow& basic = app.basicWindow();
     basic.setWindowTitle("Tarvoke Basic Mode - login.tk");

@@ -29,6 +29,11 @@ QTextCharFormat makeFormat(Token token, const QColor& colour, bool italic = fals
     return format;
 }
 
+// Longer lines keep their plain look: laying out a line in many pieces of
+// colour would cost each keystroke in it more than a frame. What they do to
+// the lines behind them is still followed.
+constexpr int kColouredLineLimit = 5000;
+
 bool isWordCharacter(QChar c) { return c.isLetterOrNumber() || c == '_'; }
 
 // The end of a 0x text that starts at `start`: the parameter runs to the
@@ -76,38 +81,46 @@ void ScriptHighlighter::highlightBlock(const QString& text) {
     bool parameterStart = false;   // behind a "(" or "," outside quotes
     std::string name;              // the name's characters on this line, as the loader folds them
     std::vector<int> namePositions;
+    bool nameHere = false;         // the statement's name has characters on this line
     const int n = static_cast<int>(text.size());
+    const bool coloured = n <= kColouredLineLimit;
+    const auto paint = [&](int start, int count, Token token) {
+        if (coloured) setFormat(start, count, tokenFormat(token));
+    };
 
     for (int i = 0; i < n; ++i) {
         const QChar c = text[i];
         if (c == '\t' || c == '\r') continue;  // the load drops both
         if (c == '#' && !literal) {
-            setFormat(i, 1, tokenFormat(Token::Comment));
+            paint(i, 1, Token::Comment);
             literal = comment;
             comment = !comment;
             continue;
         }
         literal = false;
         if (comment) {
-            setFormat(i, 1, tokenFormat(Token::Comment));
+            paint(i, 1, Token::Comment);
             continue;
         }
         const bool quoted = quotes || c == '"';
         if (c == '"') quotes = !quotes;
-        if (quoted) setFormat(i, 1, tokenFormat(Token::Quoted));
+        if (quoted) paint(i, 1, Token::Quoted);
         if (c == ')') close = true;
 
         if (!open) {
             if (c == '(') {
                 open = true;
                 parameterStart = true;
-                const bool known = !std::exchange(nameBegun, false) && !name.empty() &&
-                                   engine::commandNumber(name) != engine::Command::Unknown;
-                for (int at : namePositions)
-                    setFormat(at, 1, tokenFormat(known ? Token::Command : Token::UnknownCommand));
+                const bool begun = std::exchange(nameBegun, false);
+                if (coloured && !namePositions.empty()) {
+                    const bool known = !begun && engine::commandNumber(name) != engine::Command::Unknown;
+                    for (int at : namePositions) paint(at, 1, known ? Token::Command : Token::UnknownCommand);
+                }
             } else if (c != ' ' || quoted) {
                 // A ";" before any "(" is dropped and the name runs on.
                 if (c == ';') continue;
+                nameHere = true;
+                if (!coloured) continue;
                 // Past ASCII no name is known: any such byte will do.
                 const char folded = c.unicode() < 0x80 ? static_cast<char>(c.unicode()) : '\x80';
                 name += quoted ? folded : engine::lowerAscii(folded);
@@ -116,12 +129,12 @@ void ScriptHighlighter::highlightBlock(const QString& text) {
             continue;
         }
         if (c == ';' && close) {
-            open = close = nameBegun = false;
+            open = close = nameBegun = nameHere = false;
             name.clear();
             namePositions.clear();
             continue;
         }
-        if (quoted) {
+        if (quoted || !coloured) {
             parameterStart = false;
             continue;
         }
@@ -130,19 +143,19 @@ void ScriptHighlighter::highlightBlock(const QString& text) {
         } else if (c != ' ') {
             if (parameterStart && c == '0' && i + 1 < n && (text[i + 1] == 'x' || text[i + 1] == 'X')) {
                 const int end = hexEnd(text, i);
-                setFormat(i, end - i, tokenFormat(Token::Hex));
+                paint(i, end - i, Token::Hex);
                 i = end - 1;
             } else if ((c.isDigit() || (c == '-' && i + 1 < n && text[i + 1].isDigit())) &&
                        (i == 0 || !isWordCharacter(text[i - 1]))) {
                 int end = i + 1;
                 while (end < n && (text[end].isDigit() || text[end] == '.')) ++end;
-                if (end == n || !isWordCharacter(text[end])) setFormat(i, end - i, tokenFormat(Token::Number));
+                if (end == n || !isWordCharacter(text[end])) paint(i, end - i, Token::Number);
                 i = end - 1;
             }
             parameterStart = false;
         }
     }
-    if (!open && !namePositions.empty()) nameBegun = true;
+    if (!open && nameHere) nameBegun = true;
     setCurrentBlockState((comment ? InComment : 0) | (quotes ? InQuotes : 0) | (open ? SeenOpen : 0) |
                          (close ? SeenClose : 0) | (nameBegun ? NameBegun : 0));
 
