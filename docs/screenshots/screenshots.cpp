@@ -5,10 +5,11 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
-#include <QHelpEvent>
+#include <QLabel>
 #include <QPainter>
 #include <QTemporaryDir>
 #include <QTextBlock>
+#include <QToolTip>
 
 #include "app/advancedwindow.h"
 #include "app/app.h"
@@ -70,34 +71,38 @@ int main(int argc, char** argv) {
     save(advanced, folder, "advanced-mode");
 
     // A mistake found: Check (F7) lists it, the editor underlines it and its
-    // tooltip says why. The tooltip is a window of its own, drawn in here.
+    // tooltip says why. The tooltip is drawn in, as it is a window of its own
+    // and shows only under the pointer.
     advanced.setWindowTitle("Tarvoke - login.tk");
     advanced.setText(
         "Function(Main);\n"
         "Start(firefox);\n"
         "Pause(1500);\n"
         "MoveMouse(640, 310);\n"
-        "LeftClik();\n"
         "SendKeys(\"user@example.org\"); # the login #\n"
         "Pause(120);\n"
+        "LeftClik();\n"
+        "\n"
         "EndFunction();");
     advanced.resize(640, 460);
     advanced.show();
     advanced.checkAction->trigger();
-    advanced.editor->goTo(5, 4);
+    advanced.editor->goTo(7, 4);
     for (int i = 0; i < 20; ++i) QApplication::processEvents();
-    QTextCursor marked(advanced.editor->document()->findBlockByNumber(4));
+    QTextCursor marked(advanced.editor->document()->findBlockByNumber(6));
     marked.setPosition(marked.position() + 3);
     const QPoint point = advanced.editor->cursorRect(marked).center();
-    QHelpEvent help(QEvent::ToolTip, point, advanced.editor->viewport()->mapToGlobal(point));
-    QApplication::sendEvent(advanced.editor->viewport(), &help);
-    for (int i = 0; i < 20; ++i) QApplication::processEvents();
+    QLabel tip(advanced.editor->messageAt(point));
+    tip.setPalette(QToolTip::palette());
+    tip.setBackgroundRole(QPalette::ToolTipBase);
+    tip.setForegroundRole(QPalette::ToolTipText);
+    tip.setAutoFillBackground(true);
+    tip.setFrameStyle(QFrame::Box | QFrame::Plain);
+    tip.setMargin(3);
+    tip.adjustSize();
     QPixmap picture = advanced.grab();
-    for (QWidget* widget : QApplication::topLevelWidgets())
-        if (widget->inherits("QTipLabel") && widget->isVisible()) {
-            QPainter painter(&picture);
-            painter.drawPixmap(advanced.mapFromGlobal(widget->pos()), widget->grab());
-        }
+    QPainter painter(&picture);
+    painter.drawPixmap(advanced.editor->viewport()->mapTo(&advanced, point + QPoint(4, 14)), tip.grab());
     picture.save(folder + "/editor-finding.png");
     advanced.hide();
 

@@ -432,7 +432,10 @@ void AdvancedWindow::checkScript() {
 
 void AdvancedWindow::showCheck() {
     checkScript();
-    checkDock->show();
+    if (checkDock->isHidden()) {
+        checkDock->show();
+        resizeDocks({checkDock}, {height() / 4}, Qt::Vertical);
+    }
     checkDock->raise();
     checkList->setCurrentRow(0);
 }

@@ -64,7 +64,7 @@ void ScriptEditor::resizeEvent(QResizeEvent* event) {
 
 void ScriptEditor::paintLineNumbers(const QRect& area) {
     QPainter painter(m_lineNumbers);
-    painter.fillRect(area, palette().color(QPalette::AlternateBase));
+    painter.fillRect(area, palette().color(QPalette::Window));
     painter.setPen(palette().color(QPalette::PlaceholderText));
     const int right = m_lineNumbers->width() - 4;
     QTextBlock block = firstVisibleBlock();
