@@ -87,7 +87,10 @@ AdvancedWindow::AdvancedWindow(App& app) : m_app(app) {
     m_checkTimer->setSingleShot(true);
     m_checkTimer->setInterval(700);
     connect(m_checkTimer, &QTimer::timeout, this, [this] { checkScript(); });
+    // Colours and underlines change the document too, but not its revision.
     connect(editor->document(), &QTextDocument::contentsChanged, this, [this] {
+        const int revision = editor->document()->revision();
+        if (std::exchange(m_checkedRevision, revision) == revision) return;
         if (editor->document()->characterCount() < kCheckWhileTypingLimit) m_checkTimer->start();
     });
     resize(640, 480);

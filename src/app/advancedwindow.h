@@ -101,6 +101,7 @@ private:
     std::unique_ptr<CorrectTimeRun> m_correctTime;
     QTextCursor m_keptLine;  // in the line whose layout is kept
     QTimer* m_checkTimer;    // a check once typing pauses
+    int m_checkedRevision = 0;
 };
 
 }  // namespace tarvoke::app

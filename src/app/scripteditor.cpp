@@ -85,13 +85,13 @@ void ScriptEditor::markFindings(const std::vector<EditorFinding>& findings) {
     for (QTextBlock block = document()->firstBlock(); block.isValid(); block = block.next())
         if (block.userData()) {
             block.setUserData(nullptr);
-            highlighter->rehighlightBlock(block);
+            highlighter->colourLine(block);
         }
     LineMarks* marks = nullptr;
     QTextBlock block;
     for (const EditorFinding& finding : findings) {
         if (!block.isValid() || block.blockNumber() != finding.line - 1) {
-            if (marks) highlighter->rehighlightBlock(block);
+            if (marks) highlighter->colourLine(block);
             marks = nullptr;
             block = document()->findBlockByNumber(finding.line - 1);
             if (!block.isValid()) continue;
@@ -106,7 +106,7 @@ void ScriptEditor::markFindings(const std::vector<EditorFinding>& findings) {
         const int start = std::clamp(finding.column, 0, std::max(0, static_cast<int>(line.size()) - 1));
         marks->marks.push_back({start, markLength(line, start), finding.message});
     }
-    if (marks) highlighter->rehighlightBlock(block);
+    if (marks) highlighter->colourLine(block);
 }
 
 QString ScriptEditor::messageAt(const QPoint& point) const {

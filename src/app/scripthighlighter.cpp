@@ -1,5 +1,6 @@
 #include "app/scripthighlighter.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -46,7 +47,44 @@ int hexEnd(const QString& text, int start) {
 
 }  // namespace
 
-ScriptHighlighter::ScriptHighlighter(QTextDocument* document) : QSyntaxHighlighter(document) {}
+// A change of one line can change every line behind it (a "#" typed at the
+// top of a long recording makes the rest a comment), and a new text is all
+// change. So a change colours a slice of lines at once, which covers the
+// view, and leaves the rest to slices run while the program is idle.
+ScriptHighlighter::ScriptHighlighter(QTextDocument* document) : QSyntaxHighlighter(static_cast<QObject*>(document)) {
+    // Before the base class's own handler, so that each change starts with
+    // a full slice.
+    connect(document, &QTextDocument::contentsChange, this, [this] { startPass(); });
+    setDocument(document);
+    m_slices.setSingleShot(true);
+    m_slices.setInterval(0);
+    connect(&m_slices, &QTimer::timeout, this, [this] { colourSlice(); });
+}
+
+// The earliest first: its pass may reach and settle the later ones.
+void ScriptHighlighter::colourSlice() {
+    if (m_pending.empty()) return;
+    const auto first = std::min_element(m_pending.begin(), m_pending.end(),
+                                        [](const QTextCursor& a, const QTextCursor& b) { return a.position() < b.position(); });
+    const QTextBlock block = first->block();
+    m_pending.erase(first);
+    colourLine(block);
+    if (!m_pending.empty()) m_slices.start();
+}
+
+void ScriptHighlighter::colourLine(const QTextBlock& block) {
+    startPass();
+    rehighlightBlock(block);
+}
+
+void ScriptHighlighter::startPass() {
+    m_budget = kLinesAtOnce;
+    m_skipping = false;
+}
+
+void ScriptHighlighter::finish() {
+    while (pending()) colourSlice();
+}
 
 const QTextCharFormat& ScriptHighlighter::tokenFormat(Token token) {
     static const std::array<QTextCharFormat, 7> formats{
@@ -74,6 +112,21 @@ const std::vector<Mark>* ScriptHighlighter::marksOf(const QTextBlock& block) {
 // since the last one (quotes do not matter there), so a name is what stands
 // before the first "(" of a statement.
 void ScriptHighlighter::highlightBlock(const QString& text) {
+    if (m_budget <= 0) {
+        // The first line left behind keeps its state, which ends the pass
+        // unless the change goes on (a new text); the lines behind it then
+        // lose theirs, so that the slice that colours them goes on through
+        // all of them.
+        if (!std::exchange(m_skipping, true)) {
+            setCurrentBlockState(currentBlockState());
+            m_pending.emplace_back(currentBlock());
+            m_slices.start();
+        } else {
+            setCurrentBlockState(-1);
+        }
+        return;
+    }
+    --m_budget;
     const int entry = std::max(previousBlockState(), 0);
     bool comment = entry & InComment, quotes = entry & InQuotes;
     bool open = entry & SeenOpen, close = entry & SeenClose, nameBegun = entry & NameBegun;

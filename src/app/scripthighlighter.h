@@ -7,6 +7,8 @@
 #include <QSyntaxHighlighter>
 #include <QTextBlockUserData>
 #include <QTextCharFormat>
+#include <QTextCursor>
+#include <QTimer>
 #include <vector>
 
 namespace tarvoke::app {
@@ -35,13 +37,32 @@ public:
     // Each format carries its Token here, for whoever asks what a character is.
     static constexpr int kTokenProperty = QTextFormat::UserProperty;
 
+    // Lines coloured at once after a change; the rest follow in slices of
+    // this many while the program waits for input.
+    static constexpr int kLinesAtOnce = 2000;
+
     explicit ScriptHighlighter(QTextDocument* document);
     static const QTextCharFormat& tokenFormat(Token token);
     // The line's findings, or none when the line changed since they were found.
     static const std::vector<Mark>* marksOf(const QTextBlock& block);
+    // Colours a line now, as after a change of its own.
+    void colourLine(const QTextBlock& block);
+    // Whether lines still wait for their colours.
+    bool pending() const { return !m_pending.empty(); }
+    // Colours them now.
+    void finish();
 
 protected:
     void highlightBlock(const QString& text) override;
+
+private:
+    void colourSlice();
+    void startPass();
+
+    int m_budget = kLinesAtOnce;
+    bool m_skipping = false;  // this pass has left a line behind
+    std::vector<QTextCursor> m_pending;  // the first line left uncoloured by each pass
+    QTimer m_slices;
 };
 
 }  // namespace tarvoke::app

@@ -296,7 +296,7 @@ private slots:
         AdvancedWindow& window = f.app->advancedWindow();
         window.show();
         QVERIFY(QTest::qWaitForWindowActive(&window));
-        window.setText("Function(Main);\n"
+        const QString text = "Function(Main);\n"
                        "  LeftClik(); MoveMouse(-640, x1);\n"
                        "SendKeys(\"a#b#c\", 0x4G);#a\n"
                        "comment#Pause(1)\n"
@@ -306,7 +306,8 @@ private slots:
                        "Call(Missing);\n"
                        "EndFunction();\n"
                        "Function(Main);EndFunction();RightClick;\n"
-                       "# never closed");
+                       "# never closed";
+        window.setText(text);
         const struct {
             int line, column;
             Token token;
@@ -358,6 +359,19 @@ private slots:
         emit window.checkList->itemActivated(window.checkList->item(0));
         QTest::keyClick(window.editor, Qt::Key_Space);
         QVERIFY(!underlinedAt(window, findings[0].line, findings[0].column + 1));
+
+        // A "#" typed at the top of a long script: the lines in view change at
+        // once, the others while the program waits for input.
+        window.setText(QString("Pause(1);\n").repeated(3 * ScriptHighlighter::kLinesAtOnce));
+        window.checkScript();
+        while (window.editor->highlighter->pending()) QCoreApplication::processEvents();
+        window.editor->goTo(1);
+        QTest::keyClick(window.editor, Qt::Key_NumberSign);
+        QCOMPARE(tokenAt(window, 100, 0), Token::Comment);
+        QVERIFY(window.editor->highlighter->pending());
+        while (window.editor->highlighter->pending()) QCoreApplication::processEvents();
+        QCOMPARE(tokenAt(window, window.editor->blockCount() - 1, 0), Token::Comment);
+        window.editText(text);
 
         f.dialogs.numbers = {4, 99};
         for (const int line : {4, 11}) {  // 99 goes to the last line
