@@ -21,6 +21,8 @@ printf 'Function(Main);\nInt(i, 0);\nWhile(i < %d);\n  Add(i, 1);\nEndWhile();\n
 /usr/bin/env time -f '%e %U %S' -o "$out/player.time" "$build/bin/tarvoke-play" --dry-run "$out/loop.tk"
 
 python3 bench/summary.py "$out/main.json" "$out/player.time" $((3 * passes + 3))
+echo "== the checker: tarvoke-play --check beside --load-only on a 10 MB recording"
+python3 bench/check_speed.py "$build/bin/tarvoke-play"
 
 echo "== the desktop: pause accuracy, injection rate"
 bench/desktop.sh "$build"

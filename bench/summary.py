@@ -39,6 +39,9 @@ def main():
     print("Load of a recording:  " + ", ".join(f"{mb} MB {t:.0f} ms" for mb, t in loads.items()) +
           f"  ({loads[10] / 10:.1f} ms per MB at 10 MB, {loads[1]:.1f} at 1 MB)"
           f"  target < 1000 ms at 10 MB: {verdict(loads[10] < 1000)}")
+    check = ms(main_runs["BM_CheckRecording/10"])
+    print(f"Check of a recording: 10 MB {check:.0f} ms, {check / loads[10]:.2f}x the load"
+          f"  target < 200 ms: {verdict(check < 200)}, <= 1.5x: {verdict(check <= 1.5 * loads[10])}")
 
     per = {name: main_runs[name]["per_statement"] * 1e9 for name in main_runs if "per_statement" in main_runs[name]}
     arithmetic = per["BM_ArithmeticLoop/100000"]

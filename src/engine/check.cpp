@@ -99,24 +99,50 @@ bool converts(Param param, std::string_view text) {
 // A text to show in a message, cut where it would swamp the line.
 std::string shown(std::string_view text) {
     constexpr size_t kMost = 40;
-    return "`" + std::string(text.substr(0, kMost)) + (text.size() > kMost ? "...`" : "`");
+    if (text.size() <= kMost) return "`" + std::string(text) + "`";
+    size_t cut = kMost;
+    while (cut > 0 && (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80) --cut;  // not inside a UTF-8 sequence
+    return "`" + std::string(text.substr(0, cut)) + "...`";
+}
+
+std::string_view unquoted(std::string_view text) {
+    if (text.empty() || text[0] != '"') return text;
+    return text.size() < 2 ? std::string_view() : text.substr(1, text.size() - 2);
 }
 
 // A parameter's text when it holds no variable the script writes: a quoted
 // text without its quotes, "$name" as "name", a number, or (with
 // wordsToo) a word no one has written yet.
-std::optional<std::string> literalValue(std::string_view raw, const std::unordered_set<std::string>& written,
-                                        bool wordsToo) {
-    if (!raw.empty() && raw[0] == '"') return std::string(raw.size() < 2 ? std::string_view() : raw.substr(1, raw.size() - 2));
-    if (!raw.empty() && raw[0] == '$') return std::string(raw.substr(1));
-    if (isNumericText(raw)) return std::string(raw);
+std::optional<std::string_view> literalValue(std::string_view raw, const std::unordered_set<std::string>& written,
+                                             bool wordsToo) {
+    if (!raw.empty() && raw[0] == '"') return unquoted(raw);
+    if (!raw.empty() && raw[0] == '$') return raw.substr(1);
+    if (isNumericText(raw)) return raw;
     if (!wordsToo || raw == "lx" || raw == "ly" || written.count(std::string(raw))) return std::nullopt;
-    return std::string(raw);
+    return raw;
 }
 
-// The slot an image parameter names, as the image commands read it.
-std::optional<int> imageSlotOf(std::string text) {
-    for (size_t hit; (hit = text.find("imagesave")) != std::string::npos;) text.erase(hit, 9);
+// True also for a text that is no "0x" text: only those are decoded.
+bool isEvenHexRun(std::string_view text) {
+    if (!isHexText(text)) return true;
+    size_t digits = 0;
+    for (char c : text.substr(2)) {
+        if (c == ' ') continue;  // the decoding drops blanks before it pairs the digits
+        if (!((c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'))) return false;
+        ++digits;
+    }
+    return digits % 2 == 0;
+}
+
+// The slot an image parameter names, as the image commands read it: every
+// "imagesave" taken out of the text, then a number.
+std::optional<int> imageSlotOf(std::string_view value) {
+    static constexpr std::string_view kPrefix = "imagesave";
+    std::string text;
+    size_t start = 0;
+    for (size_t hit; (hit = value.find(kPrefix, start)) != std::string_view::npos; start = hit + kPrefix.size())
+        text.append(value.substr(start, hit - start));
+    text.append(value.substr(start));
     if (!isNumericText(text)) return std::nullopt;
     const auto slot = textToInt16(text);
     return slot ? std::optional<int>(*slot) : std::nullopt;
@@ -129,27 +155,28 @@ public:
     Checker(std::string_view text, const PictureSize* pictureSize) : m_text(text), m_pictureSize(pictureSize) {}
 
     std::vector<Finding> run() {
-        m_code = normaliseSource(m_text, SourceForm::Text, &m_origins);
+        m_code = normaliseSource(m_text, SourceForm::Text, &m_openComment);
         std::string buffer;
         const size_t rest = splitStatements(
             m_code, buffer, [this](std::string_view statement, size_t first) { check(statement, first); },
             [this, &buffer](size_t offset) {
                 m_dropped.push_back(offset);
                 if (!buffer.empty())
-                    addAt(offset, "`;` dropped: no `(` and `)` since the last statement, so the text runs on");
+                    add(offset, "`;` dropped: no `(` and `)` since the last statement, so the text runs on");
             });
-        if (rest < m_code.size()) addAt(rest, "text after the last `;` is ignored");
-        if (m_origins.openComment)
-            add(*m_origins.openComment, "comment never closed: the rest of the file is ignored");
+        if (rest < m_code.size()) add(rest, "text after the last `;` is ignored");
+        if (m_openComment)
+            m_findings.push_back({*m_openComment, "comment never closed: the rest of the file is ignored", {}, true});
         finish();
         return located();
     }
 
 private:
     struct Pending {
-        size_t offset;  // in the file
+        size_t offset;  // in the code, until located() finds it in the file
         std::string message;
         std::optional<size_t> related;  // a place whose line ends the message
+        bool inFile = false;
     };
     struct Unwritten {
         size_t offset;
@@ -157,29 +184,27 @@ private:
         std::string message;
     };
 
-    void add(size_t fileOffset, std::string message, std::optional<size_t> related = std::nullopt) {
-        m_findings.push_back({fileOffset, std::move(message), related});
-    }
-    void addAt(size_t codeOffset, std::string message) { add(fileOffset(codeOffset), std::move(message)); }
-    size_t fileOffset(size_t codeOffset) const {
-        if (m_code.empty()) return 0;
-        return m_origins.offsets[std::min(codeOffset, m_code.size() - 1)];
+    // Findings keep their place in the code; the file is looked at once, at
+    // the end, so that a script without findings costs no more than a load.
+    void add(size_t codeOffset, std::string message, std::optional<size_t> related = std::nullopt) {
+        m_findings.push_back({codeOffset, std::move(message), related});
     }
     // A place in a statement, counting the ";" that were dropped inside it.
-    size_t fileOffset(size_t first, std::string_view statement, std::string_view at) const {
+    size_t placeOf(size_t first, std::string_view statement, std::string_view at) const {
         size_t offset = first + static_cast<size_t>(at.data() - statement.data());
         for (auto d = std::lower_bound(m_dropped.begin(), m_dropped.end(), first); d != m_dropped.end() && *d <= offset; ++d)
             ++offset;
-        return fileOffset(offset);
+        return offset;
     }
 
     void check(std::string_view statement, size_t first) {
         const std::string_view name = getCommandName(statement);
         const int32_t number = static_cast<int32_t>(commandNumber(name));
         const std::string_view parameterText = getParameterText(statement);
-        std::vector<std::string_view> parameters;
+        std::vector<std::string_view>& parameters = m_parameters;  // kept: a recording has a million statements
+        parameters.clear();
         forEachParameter(parameterText, [&](std::string_view piece) { parameters.push_back(piece); });
-        auto at = [&](std::string_view where) { return fileOffset(first, statement, where); };
+        auto at = [&](std::string_view where) { return placeOf(first, statement, where); };
         // A parameter that is not there is pointed at by the ")" it is missing before.
         auto parameterAt = [&](size_t k) {
             return k < parameters.size() ? at(parameters[k]) : at(statement.substr(std::min(statement.rfind(')'), statement.size() - 1)));
@@ -205,10 +230,14 @@ private:
         }
         const bool condition = number == static_cast<int32_t>(Command::If) || number == static_cast<int32_t>(Command::While);
         if (!condition)
-            for (std::string_view piece : parameters) checkHexText(piece, at(piece));
-        if (parameters.size() > kSlots) return;
+            for (std::string_view piece : parameters)
+                if (const std::string_view text = unquoted(piece); !isEvenHexRun(text))
+                    add(at(piece), shown(text) + " starts with `0x` but is no even run of hex digits");
+        // The statement still counts (an if still opens), with no parameter.
+        const bool dropped = parameters.size() > kSlots;
+        if (dropped) parameters.clear();
 
-        const std::string firstParameter(parameters.empty() ? std::string_view() : parameters[0]);
+        const std::string_view firstParameter = parameters.empty() ? std::string_view() : parameters[0];
         switch (static_cast<Command>(number)) {
         case Command::If: m_openIfs.push_back(at(statement)); break;
         case Command::While: m_openWhiles.push_back(at(statement)); break;
@@ -224,37 +253,37 @@ private:
             else m_openWhiles.pop_back();
             break;
         case Command::Function: {
-            const auto [known, added] = m_functions.emplace(firstParameter, parameterAt(0));
+            const auto [known, added] = m_functions.emplace(std::string(firstParameter), parameterAt(0));
             if (!added)
                 add(parameterAt(0), "function " + shown(firstParameter) + " is defined twice; `call` enters the first, on line ",
                     known->second);
             break;
         }
-        case Command::Call: m_calls.push_back({parameterAt(0), firstParameter, {}}); break;
+        case Command::Call: m_calls.push_back({parameterAt(0), std::string(firstParameter), {}}); break;
         default: break;
         }
         if (writesFirst(number) || (row && row->shape.count > 0 &&
                                     (row->shape.params[0] == Param::Test || row->shape.params[0] == Param::Measure)))
-            m_written.insert(firstParameter);
-        if (!row) return;
+            m_written.emplace(firstParameter);
+        if (!row || dropped) return;
 
         for (size_t k = 0; k < row->shape.count; ++k) {
             if (!isNumericParam(row->shape.params[k])) continue;
             const std::string_view raw = k < parameters.size() ? parameters[k] : std::string_view();
-            const std::string where = "parameter " + std::to_string(k + 1) + " of " + shown(name);
+            auto where = [&] { return "parameter " + std::to_string(k + 1) + " of " + shown(name); };
             if (raw.empty()) {
-                add(parameterAt(k), where + " is empty, so the step is skipped");
+                add(parameterAt(k), where() + " is missing: a number belongs there");
                 continue;
             }
             const auto value = literalValue(raw, m_written, false);
             if (!value) {
                 if (raw != "lx" && raw != "ly")
                     m_unwritten.push_back({at(raw), std::string(raw),
-                                           where + ": " + shown(raw) + " is no number, and no variable of that name is ever written"});
+                                           where() + ": " + shown(raw) + " is no number, and no variable of that name is ever written"});
                 continue;
             }
             if (converts(row->shape.params[k], *value)) continue;
-            add(at(raw), where + ": " + shown(*value) + (isNumericText(*value) ? " is out of its range" : " is no number"));
+            add(at(raw), where() + ": " + shown(*value) + (isNumericText(*value) ? " is out of its range" : " is no number"));
         }
         checkPictures(*row, parameters, at(statement));
     }
@@ -264,20 +293,6 @@ private:
         auto [known, added] = m_suggestions.try_emplace(std::string(name));
         if (added) known->second = nearestName(name);
         return known->second;
-    }
-
-    void checkHexText(std::string_view piece, size_t offset) {
-        std::string_view text = piece;
-        if (!text.empty() && text[0] == '"') text = text.size() < 2 ? std::string_view() : text.substr(1, text.size() - 2);
-        if (!isHexText(text)) return;
-        size_t digits = 0;
-        bool hex = true;
-        for (char c : text.substr(2)) {
-            if (c == ' ') continue;  // the decoding drops blanks before it pairs the digits
-            hex &= (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-            ++digits;
-        }
-        if (!hex || digits % 2 != 0) add(offset, shown(text) + " starts with `0x` but is no even run of hex digits");
     }
 
     // Which picture each slot holds, as far as literal loads tell, and the
@@ -294,7 +309,7 @@ private:
             m_sizes.erase(*filled);
             if (row.command != Command::LoadImage || !m_pictureSize || !*m_pictureSize || parameters.size() < 2) return;
             if (const auto path = literalValue(parameters[1], m_written, true))
-                if (const auto size = (*m_pictureSize)(*path)) m_sizes[*filled] = *size;
+                if (const auto size = (*m_pictureSize)(std::string(*path))) m_sizes[*filled] = *size;
             return;
         }
         if (row.command != Command::IsImageInArea && row.command != Command::IsImageInAreaEx) return;
@@ -324,8 +339,25 @@ private:
             if (!m_written.count(word.name)) add(word.offset, std::move(word.message));
     }
 
-    // Offsets to lines and columns, in file order.
+    // Places in the code to places in the file, then to lines and columns, in file order.
     std::vector<Finding> located() {
+        std::vector<size_t> places;
+        for (const Pending& pending : m_findings) {
+            if (!pending.inFile) places.push_back(pending.offset);
+            if (pending.related) places.push_back(*pending.related);
+        }
+        std::sort(places.begin(), places.end());
+        places.erase(std::unique(places.begin(), places.end()), places.end());
+        const std::vector<size_t> inFile = places.empty() ? places : sourceOffsets(m_text, SourceForm::Text, places);
+        auto fileOffset = [&](size_t place) {
+            const size_t offset = inFile[static_cast<size_t>(std::lower_bound(places.begin(), places.end(), place) - places.begin())];
+            return std::min(offset, m_text.empty() ? 0 : m_text.size() - 1);
+        };
+        for (Pending& pending : m_findings) {
+            if (!pending.inFile) pending.offset = fileOffset(pending.offset);
+            if (pending.related) pending.related = fileOffset(*pending.related);
+        }
+
         std::vector<size_t> lineStarts{0};
         for (const char* p = m_text.data(); (p = static_cast<const char*>(std::memchr(p, '\n', m_text.data() + m_text.size() - p)));)
             lineStarts.push_back(static_cast<size_t>(++p - m_text.data()));
@@ -348,7 +380,7 @@ private:
     std::string_view m_text;
     const PictureSize* m_pictureSize;
     std::string m_code;
-    SourceOrigins m_origins;
+    std::optional<size_t> m_openComment;  // in the file
     std::vector<size_t> m_dropped;  // offsets in the code, ascending
     std::vector<Pending> m_findings;
     std::vector<size_t> m_openIfs, m_openWhiles;
@@ -358,6 +390,7 @@ private:
     std::unordered_set<std::string> m_written;
     std::unordered_map<int, std::pair<int, int>> m_sizes;
     std::unordered_map<std::string, std::string> m_suggestions;
+    std::vector<std::string_view> m_parameters;
 };
 
 }  // namespace

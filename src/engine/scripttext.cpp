@@ -6,23 +6,19 @@ namespace tarvoke::engine {
 
 namespace {
 
-// One pass for the load and for tools that want origins; without them the
-// tracking compiles away, as this runs over every byte of multi-megabyte
-// recordings.
-template <bool kTrack>
-std::string strip(std::string_view text, SourceForm form, SourceOrigins* origins) {
+// One pass for the load and for tools that look for where a byte of the
+// code came from: kept(i, c) sees each byte written and its offset in the
+// text. The load's kept does nothing and compiles away, as this runs over
+// every byte of multi-megabyte recordings.
+template <typename Kept>
+std::string strip(std::string_view text, SourceForm form, std::optional<size_t>* openComment, Kept&& kept) {
     // Written through a pointer into a buffer of the full size.
     std::string out(text.size(), '\0');
     char* write = out.data();
-    uint32_t* from = nullptr;
-    size_t commentStart = 0;
-    if constexpr (kTrack) {
-        origins->offsets.resize(text.size());
-        from = origins->offsets.data();
-    }
     const bool compact = form == SourceForm::Compact;
     bool inQuotes = compact;
     bool inComment = false;
+    size_t commentStart = 0;
     for (size_t i = 0; i < text.size(); ++i) {
         char c = text[i];
         if (c == '\t') continue;
@@ -38,7 +34,7 @@ std::string strip(std::string_view text, SourceForm form, SourceOrigins* origins
                 c = text[i];
             } else {
                 inComment = true;
-                if constexpr (kTrack) commentStart = i;
+                commentStart = i;
             }
         }
         if (inComment) continue;
@@ -48,37 +44,35 @@ std::string strip(std::string_view text, SourceForm form, SourceOrigins* origins
             if (c == ' ') continue;
             c = lowerAscii(c);
         }
-        if constexpr (kTrack) *from++ = static_cast<uint32_t>(i);
+        kept(i, c);
         *write++ = c;
     }
     out.resize(static_cast<size_t>(write - out.data()));
-    if constexpr (kTrack) {
-        origins->offsets.resize(out.size());
-        origins->openComment = inComment ? std::optional<size_t>(commentStart) : std::nullopt;
-    }
+    if (openComment) *openComment = inComment ? std::optional<size_t>(commentStart) : std::nullopt;
     return out;
 }
 
+constexpr auto kKeepNothing = [](size_t, char) {};
+
 }  // namespace
 
-std::string stripSource(std::string_view text, SourceForm form) { return strip<false>(text, form, nullptr); }
+std::string stripSource(std::string_view text, SourceForm form) { return strip(text, form, nullptr, kKeepNothing); }
 
-std::string normaliseSource(std::string_view text, SourceForm form, SourceOrigins* origins) {
-    if (!origins) {
-        std::string code = strip<false>(text, form, nullptr);
-        std::erase_if(code, [](char c) { return c == '\n' || c == '\r'; });
-        return code;
-    }
-    std::string code = strip<true>(text, form, origins);
-    size_t kept = 0;
-    for (size_t i = 0; i < code.size(); ++i) {
-        if (code[i] == '\n' || code[i] == '\r') continue;
-        code[kept] = code[i];
-        origins->offsets[kept++] = origins->offsets[i];
-    }
-    code.resize(kept);
-    origins->offsets.resize(kept);
+std::string normaliseSource(std::string_view text, SourceForm form, std::optional<size_t>* openComment) {
+    std::string code = strip(text, form, openComment, kKeepNothing);
+    std::erase_if(code, [](char c) { return c == '\n' || c == '\r'; });
     return code;
+}
+
+std::vector<size_t> sourceOffsets(std::string_view text, SourceForm form, const std::vector<size_t>& codeOffsets) {
+    std::vector<size_t> offsets(codeOffsets.size(), text.size());
+    size_t code = 0, next = 0;
+    strip(text, form, nullptr, [&](size_t i, char c) {
+        if (c == '\n' || c == '\r') return;  // normaliseSource drops them
+        for (; next < codeOffsets.size() && codeOffsets[next] == code; ++next) offsets[next] = i;
+        ++code;
+    });
+    return offsets;
 }
 
 std::string_view getCommandName(std::string_view buffer) {

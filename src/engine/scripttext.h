@@ -2,7 +2,6 @@
 // The text operations of the load: a few passes of plain replacement and
 // splitting whose quirks are the language's rules.
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,15 +21,12 @@ enum class SourceForm {
 // folding it again would fold the text that was quoted.
 std::string stripSource(std::string_view text, SourceForm form = SourceForm::Text);
 
-// Where the load's code came from, for tools that point into the text as
-// the user wrote it.
-struct SourceOrigins {
-    std::vector<uint32_t> offsets;      // for each byte of the code, its offset in the text
-    std::optional<size_t> openComment;  // the "#" of a comment never closed
-};
 // The code the load splits: stripSource, then every CR and LF removed,
-// inside quotes too. With origins, also where each byte came from.
-std::string normaliseSource(std::string_view text, SourceForm form, SourceOrigins* origins = nullptr);
+// inside quotes too. openComment receives the "#" of a comment never closed.
+std::string normaliseSource(std::string_view text, SourceForm form, std::optional<size_t>* openComment = nullptr);
+// Where bytes of that code came from: for offsets into the code, in
+// ascending order, their offsets in text (text's size for one past the end).
+std::vector<size_t> sourceOffsets(std::string_view text, SourceForm form, const std::vector<size_t>& codeOffsets);
 
 // The load's split of the code into statements. A ";" ends a statement only
 // when the text since the last statement holds both brackets somewhere;

@@ -86,6 +86,9 @@ class RecordThenPlay(unittest.TestCase):
         return text if frame else [line for line in text.split("\n")[4:-2] if line and not line.startswith("Pause(")]
 
     def play(self):
+        """The recording checks clean, then plays."""
+        check = subprocess.run([PLAY, "--check", self.script], capture_output=True, text=True, timeout=30)
+        self.assertEqual((check.returncode, check.stdout), (0, ""))
         result = subprocess.run([PLAY, self.script], capture_output=True, text=True, timeout=30)
         self.assertEqual(result.returncode, 0, result.stderr)
 

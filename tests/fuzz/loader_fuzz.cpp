@@ -1,5 +1,5 @@
-// libFuzzer target of the script loader: any text must load, dump and run a
-// bounded number of statements on the dry-run roles without a fault. Host
+// libFuzzer target of the script loader: any text must check, load, dump and
+// run a bounded number of statements on the dry-run roles without a fault. Host
 // commands are left out (no dispatch): in a dry run they read and write
 // picture files, which a fuzzer must not do with paths of its making.
 
@@ -7,6 +7,9 @@
 #include <cstdint>
 #include <string>
 
+#include <algorithm>
+
+#include "engine/check.h"
 #include "engine/sc.h"
 #include "host/dispatch.h"
 #include "host/session.h"
@@ -36,6 +39,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     engine.setMaxTextBytes(kMaxTextBytes);
 
     std::string text(reinterpret_cast<const char*>(data), size);
+    // The checker reads any text too, and points inside it, in file order.
+    const int lines = 1 + static_cast<int>(std::count(text.begin(), text.end(), '\n'));
+    int lastLine = 1;
+    for (const engine::Finding& finding : engine::checkScript(text)) {
+        if (finding.line < lastLine || finding.line > lines || finding.column < 1) __builtin_trap();
+        lastLine = finding.line;
+    }
     engine.initialize(text);
     const std::string loaded = engine.getDebug();
     if (loaded.empty()) __builtin_trap();

@@ -21,6 +21,7 @@ TEST(PlayerOptions, AcceptsEveryOption) {
     EXPECT_EQ(accepted({"-"}).file, "-");
     EXPECT_EQ(accepted({"--screen", "800x600", "x.tk"}).screen, (std::pair<int32_t, int32_t>{800, 600}));
     EXPECT_TRUE(accepted({"--dry-run", "--write-pictures", "x.tk"}).writePictures);
+    EXPECT_TRUE(accepted({"--check", "x.tk"}).check);
     EXPECT_EQ(accepted({"x.tk"}).maxTextMemory, uint64_t{1} << 30);
     EXPECT_EQ(accepted({"--max-text-memory", "512M", "x.tk"}).maxTextMemory, uint64_t{512} << 20);
     EXPECT_EQ(accepted({"--max-text-memory=4096", "x.tk"}).maxTextMemory, 4096u);
@@ -46,7 +47,7 @@ TEST(PlayerOptions, RejectsBadUsage) {
         {"--bogus", "x.tk"}, {"a.tk", "b.tk"},
         {"--screen", "800", "x.tk"}, {"--screen", "0x600", "x.tk"}, {"--screen", "800x", "x.tk"},
         {"--screen", "-8x6", "x.tk"}, {"--screen", "40000x600", "x.tk"},
-        {"--write-pictures", "x.tk"},
+        {"--write-pictures", "x.tk"}, {"--check"}, {"--check", "--dry-run", "x.tk"}, {"--check", "--headless", "x.tk"},
         {"--max-text-memory", "0", "x.tk"}, {"--max-text-memory", "1T", "x.tk"}, {"--max-text-memory", "-5M", "x.tk"},
         // the recorder's own switches
         {"--record"}, {"--record", "out.tk", "play.tk"}, {"--record", "out.tk", "--dry-run"}, {"--force", "x.tk"},

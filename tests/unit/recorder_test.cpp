@@ -4,6 +4,7 @@
 #include <cctype>
 #include <set>
 
+#include "engine/check.h"
 #include "platform/fake/fakeplatform.h"
 #include "recorder/recorder.h"
 #include "recorder/recording.h"
@@ -262,6 +263,7 @@ TEST_P(ChangeTest, WritesOneTickPerChange) {
         EXPECT_NE(script.find("Pause(" + std::to_string(clock.now - lastStamp) + ");\n\nEndFunction();"),
                   std::string::npos)
             << script;
+    EXPECT_TRUE(engine::checkScript(script).empty()) << script;
     // After the close no change is taken.
     fake.keyboard.change(90, true, 5000);
     EXPECT_EQ(state.script, script);

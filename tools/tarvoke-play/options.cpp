@@ -182,8 +182,8 @@ ParseResult parseOptions(const std::vector<std::string>& args) {
         return UsageError{"--wm and --screenshot go with --headless"};
     if (options.headless && (options.record || options.dryRun || options.loadOnly))
         return UsageError{"--headless plays a script on a virtual screen: no --record, --dry-run or --load-only"};
-    if (options.check && (options.record || options.dryRun || options.loadOnly || options.dump))
-        return UsageError{"--check runs nothing: no --record, --dry-run, --load-only or --dump"};
+    if (options.check && (options.record || options.dryRun || options.loadOnly || options.dump || options.headless))
+        return UsageError{"--check runs nothing: no --record, --dry-run, --load-only, --dump or --headless"};
     if (options.record) {
         if (haveFile) return UsageError{"--record writes a new script; it plays none, so leave out '" + options.file + "'"};
         if (options.dryRun || options.loadOnly) return UsageError{"--record records from the desktop: no --dry-run or --load-only"};
