@@ -20,6 +20,7 @@
 #include "app/scriptfile.h"
 #include "engine/check.h"
 #include "playback/compiledscript.h"
+#include "screen/imagefiles.h"
 
 namespace tarvoke::app {
 
@@ -33,12 +34,13 @@ constexpr int kCheckWhileTypingLimit = 1 << 20;
 
 // The checker's findings in the editor's terms. The checker counts columns
 // in UTF-8 bytes, the editor in characters.
-std::vector<EditorFinding> findingsIn(const QString& text) {
+std::vector<EditorFinding> findingsIn(const QString& text, const engine::PictureSize& pictureSize) {
     const QByteArray bytes = text.toUtf8();
     std::vector<EditorFinding> found;
     qsizetype lineStart = 0;
     int line = 1;
-    for (const engine::Finding& finding : engine::checkScript(std::string_view(bytes.constData(), bytes.size()))) {
+    for (const engine::Finding& finding :
+         engine::checkScript(std::string_view(bytes.constData(), bytes.size()), pictureSize)) {
         if (finding.line < line) lineStart = 0, line = 1;
         for (; line < finding.line && lineStart < bytes.size(); ++line) {
             const qsizetype end = bytes.indexOf('\n', lineStart);
@@ -422,7 +424,15 @@ void AdvancedWindow::goToLine() {
 
 void AdvancedWindow::checkScript() {
     m_checkTimer->stop();
-    const std::vector<EditorFinding> findings = findingsIn(text());
+    // Pictures are looked for where a run from this window finds them.
+    const engine::PictureSize pictureSize = [this](const std::string& path) -> std::optional<std::pair<int, int>> {
+        platform::PixelGrid picture;
+        if (!m_app.session.platform.pictures ||
+            !m_app.session.platform.pictures->load(screen::loadPath(m_app.session.scriptFolder, path), picture))
+            return std::nullopt;
+        return std::pair{picture.width, picture.height};
+    };
+    const std::vector<EditorFinding> findings = findingsIn(text(), pictureSize);
     editor->markFindings(findings);
     checkList->clear();
     for (const EditorFinding& finding : findings) {
