@@ -30,11 +30,6 @@ QTextCharFormat makeFormat(Token token, const QColor& colour, bool italic = fals
     return format;
 }
 
-// Longer lines keep their plain look: laying out a line in many pieces of
-// colour would cost each keystroke in it more than a frame. What they do to
-// the lines behind them is still followed.
-constexpr int kColouredLineLimit = 5000;
-
 bool isWordCharacter(QChar c) { return c.isLetterOrNumber() || c == '_'; }
 
 // The end of a 0x text that starts at `start`: the parameter runs to the

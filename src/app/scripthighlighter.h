@@ -40,6 +40,10 @@ public:
     // Lines coloured at once after a change; the rest follow in slices of
     // this many while the program waits for input.
     static constexpr int kLinesAtOnce = 2000;
+    // Longer lines keep their plain look: laying out a line in many pieces
+    // of colour would cost each keystroke in it more than a frame. What they
+    // do to the lines behind them is still followed.
+    static constexpr int kColouredLineLimit = 5000;
 
     explicit ScriptHighlighter(QTextDocument* document);
     static const QTextCharFormat& tokenFormat(Token token);

@@ -371,6 +371,11 @@ private slots:
         QVERIFY(window.editor->highlighter->pending());
         while (window.editor->highlighter->pending()) QCoreApplication::processEvents();
         QCOMPARE(tokenAt(window, window.editor->blockCount() - 1, 0), Token::Comment);
+        // A line too long to colour still opens its comment.
+        window.setText("Pause(1);" + QString(ScriptHighlighter::kColouredLineLimit, ' ') + "#\nPause(1);#\nPause(1);");
+        QCOMPARE(tokenAt(window, 1, 0), Token::Plain);
+        QCOMPARE(tokenAt(window, 2, 0), Token::Comment);
+        QCOMPARE(tokenAt(window, 3, 0), Token::Command);
         window.editText(text);
 
         f.dialogs.numbers = {4, 99};
