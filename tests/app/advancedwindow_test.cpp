@@ -297,16 +297,16 @@ private slots:
         window.show();
         QVERIFY(QTest::qWaitForWindowActive(&window));
         const QString text = "Function(Main);\n"
-                       "  LeftClik(); MoveMouse(-640, x1);\n"
-                       "SendKeys(\"a#b#c\", 0x4G);#a\n"
-                       "comment#Pause(1)\n"
-                       "Pause(2);\n"
-                       "LeftClick(1,2,3,4,5,6,7,8,9);\n"
-                       "While(1=2); EndIf();\n"
-                       "Call(Missing);\n"
-                       "EndFunction();\n"
-                       "Function(Main);EndFunction();RightClick;\n"
-                       "# never closed";
+                             "  LeftClik(); MoveMouse(-640, x1);\n"
+                             "SendKeys(\"a#b#c\", 0x4G);#a\n"
+                             "comment#Pause(1)\n"
+                             "Pause(2);\n"
+                             "LeftClick(1,2,3,4,5,6,7,8,9);\n"
+                             "While(1=2); EndIf();\n"
+                             "Call(Missing);\n"
+                             "EndFunction();\n"
+                             "Function(Main);EndFunction();RightClick;\n"
+                             "# never closed";
         window.setText(text);
         const struct {
             int line, column;
