@@ -125,10 +125,14 @@ bool ScriptEditor::viewportEvent(QEvent* event) {
     if (event->type() != QEvent::ToolTip) return QPlainTextEdit::viewportEvent(event);
     const auto* help = static_cast<QHelpEvent*>(event);
     const QString message = messageAt(help->pos());
-    if (message.isEmpty())
+    if (message.isEmpty()) {
         QToolTip::hideText();
-    else
-        QToolTip::showText(help->globalPos(), message, viewport());
+        return true;
+    }
+    // Shown while the pointer stays on the line.
+    const QTextBlock line = cursorForPosition(help->pos()).block();
+    QToolTip::showText(help->globalPos(), message, viewport(),
+                       blockBoundingGeometry(line).translated(contentOffset()).toRect());
     return true;
 }
 
