@@ -5,7 +5,11 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QLabel>
+#include <QPainter>
 #include <QTemporaryDir>
+#include <QTextBlock>
+#include <QToolTip>
 
 #include "app/advancedwindow.h"
 #include "app/app.h"
@@ -65,6 +69,42 @@ int main(int argc, char** argv) {
         "EndFunction();");
     advanced.resize(640, 420);
     save(advanced, folder, "advanced-mode");
+
+    // A mistake found: Check (F7) lists it, the editor underlines it and its
+    // tooltip says why. The tooltip is drawn in, as it is a window of its own
+    // and shows only under the pointer.
+    advanced.setWindowTitle("Tarvoke - login.tk");
+    advanced.setText(
+        "Function(Main);\n"
+        "Start(firefox);\n"
+        "Pause(1500);\n"
+        "MoveMouse(640, 310);\n"
+        "SendKeys(\"user@example.org\"); # the login #\n"
+        "Pause(120);\n"
+        "LeftClik();\n"
+        "\n"
+        "EndFunction();");
+    advanced.resize(640, 460);
+    advanced.show();
+    advanced.checkAction->trigger();
+    advanced.editor->goTo(7, 4);
+    for (int i = 0; i < 20; ++i) QApplication::processEvents();
+    QTextCursor marked(advanced.editor->document()->findBlockByNumber(6));
+    marked.setPosition(marked.position() + 3);
+    const QPoint point = advanced.editor->cursorRect(marked).center();
+    QLabel tip(advanced.editor->messageAt(point));
+    tip.setPalette(QToolTip::palette());
+    tip.setBackgroundRole(QPalette::ToolTipBase);
+    tip.setForegroundRole(QPalette::ToolTipText);
+    tip.setAutoFillBackground(true);
+    tip.setFrameStyle(QFrame::Box | QFrame::Plain);
+    tip.setMargin(3);
+    tip.adjustSize();
+    QPixmap picture = advanced.grab();
+    QPainter painter(&picture);
+    painter.drawPixmap(advanced.editor->viewport()->mapTo(&advanced, point + QPoint(4, 14)), tip.grab());
+    picture.save(folder + "/editor-finding.png");
+    advanced.hide();
 
     BasicWindow& basic = app.basicWindow();
     basic.setWindowTitle("Tarvoke Basic Mode - login.tk");

@@ -1,8 +1,11 @@
 #include "app/advancedwindow.h"
 
 #include <QCloseEvent>
+#include <QDockWidget>
+#include <QListWidget>
 #include <QMenuBar>
 #include <QPlainTextEdit>
+#include <QTimer>
 #include <QTextBlock>
 #include <QTextLayout>
 #include <QVBoxLayout>
@@ -15,7 +18,9 @@
 #include "app/paths.h"
 #include "app/replacedialog.h"
 #include "app/scriptfile.h"
+#include "engine/check.h"
 #include "playback/compiledscript.h"
+#include "screen/imagefiles.h"
 
 namespace tarvoke::app {
 
@@ -23,13 +28,39 @@ namespace {
 
 const QString kOpenFilter = "Tarvoke Script Files|*.tk|Tarvoke Executable|*.exe|All Files|*.*";
 const QString kSaveFilter = "Tarvoke Script Files|*.tk|All Files|*.*";
+// Above this many characters a script is checked on Open, Save and Check
+// only: a check of a long recording takes longer than a pause in typing.
+constexpr int kCheckWhileTypingLimit = 1 << 20;
+
+// The checker's findings in the editor's terms. The checker counts columns
+// in UTF-8 bytes, the editor in characters.
+std::vector<EditorFinding> findingsIn(const QString& text, const engine::PictureSize& pictureSize) {
+    const QByteArray bytes = text.toUtf8();
+    std::vector<EditorFinding> found;
+    qsizetype lineStart = 0;
+    int line = 1;
+    for (const engine::Finding& finding :
+         engine::checkScript(std::string_view(bytes.constData(), bytes.size()), pictureSize)) {
+        if (finding.line < line) lineStart = 0, line = 1;
+        for (; line < finding.line && lineStart < bytes.size(); ++line) {
+            const qsizetype end = bytes.indexOf('\n', lineStart);
+            lineStart = end < 0 ? bytes.size() : end + 1;
+        }
+        qsizetype lineEnd = bytes.indexOf('\n', lineStart);
+        if (lineEnd < 0) lineEnd = bytes.size();
+        const qsizetype upTo = std::min(lineStart + std::max(finding.column - 1, 0), lineEnd);
+        const int column = static_cast<int>(QString::fromUtf8(bytes.mid(lineStart, upTo - lineStart)).size());
+        found.push_back({finding.line, column, finding.column, QString::fromStdString(finding.message)});
+    }
+    return found;
+}
 
 }  // namespace
 
 AdvancedWindow::AdvancedWindow(App& app) : m_app(app) {
     writeManifest();
     setWindowTitle(kAdvancedCaption);
-    editor = new QPlainTextEdit;
+    editor = new ScriptEditor;
     editor->setObjectName("editor");
     editor->setLineWrapMode(QPlainTextEdit::NoWrap);
     QFont font("Verdana", 10);
@@ -43,6 +74,27 @@ AdvancedWindow::AdvancedWindow(App& app) : m_app(app) {
     layout->setContentsMargins(8, 8, 8, 8);
     layout->addWidget(editor);
     setCentralWidget(central);
+    checkList = new QListWidget;
+    checkDock = new QDockWidget("Check");
+    checkDock->setObjectName("check");
+    checkDock->setWidget(checkList);
+    checkDock->hide();
+    addDockWidget(Qt::BottomDockWidgetArea, checkDock);
+    auto jump = [this](QListWidgetItem* item) {
+        if (const QPoint at = item->data(Qt::UserRole).toPoint(); at.y() > 0) editor->goTo(at.y(), at.x());
+    };
+    connect(checkList, &QListWidget::itemActivated, this, jump);
+    connect(checkList, &QListWidget::itemClicked, this, jump);
+    m_checkTimer = new QTimer(this);
+    m_checkTimer->setSingleShot(true);
+    m_checkTimer->setInterval(700);
+    connect(m_checkTimer, &QTimer::timeout, this, [this] { checkScript(); });
+    // Colours and underlines change the document too, but not its revision.
+    connect(editor->document(), &QTextDocument::contentsChanged, this, [this] {
+        const int revision = editor->document()->revision();
+        if (std::exchange(m_checkedRevision, revision) == revision) return;
+        if (editor->document()->characterCount() < kCheckWhileTypingLimit) m_checkTimer->start();
+    });
     resize(640, 480);
     buildMenus();
     setText(kTemplate);
@@ -109,6 +161,7 @@ void AdvancedWindow::buildMenus() {
     findAction = add(edit, "Find...", QKeySequence("Ctrl+F"), [this] { showFindDialog(); });
     findNextAction = add(edit, "Find Next", QKeySequence("F3"), [this] { findNext(); });
     replaceAction = add(edit, "Replace...", QKeySequence("Ctrl+R"), [this] { showReplaceDialog(); });
+    goToLineAction = add(edit, "Go to Line...", QKeySequence("Ctrl+G"), [this] { goToLine(); });
     edit->addSeparator();
     selectAllAction = add(edit, "Select All", QKeySequence("Ctrl+A"), [this] { editor->selectAll(); });
 
@@ -126,6 +179,7 @@ void AdvancedWindow::buildMenus() {
     script->addSeparator();
     correctTimeAction = add(script, "Correct Time", QKeySequence(), [this] { correctTime(); });
     debugAction = add(script, "Debug", QKeySequence(), [this] { showDebug(); });
+    checkAction = add(script, "Check", QKeySequence("F7"), [this] { showCheck(); });
 
     QMenu* help = menuBar()->addMenu("Help");
     aboutAction = add(help, "About", QKeySequence(), [this] { m_app.showAbout(); });
@@ -201,6 +255,7 @@ void AdvancedWindow::openScript() {
     setText(*content);
     setChanged(false);
     m_app.scriptText = text().toStdString();
+    checkScript();
 }
 
 void AdvancedWindow::openCompiledScript(const std::string& path) {
@@ -241,6 +296,7 @@ bool AdvancedWindow::saveScript() {
     if (m_app.filePath.empty()) return saveScriptAs();
     if (!saveScriptFile(m_app.dialogs(), m_app.filePath, text())) return false;
     setChanged(false);
+    checkScript();
     return true;
 }
 
@@ -258,6 +314,7 @@ bool AdvancedWindow::writeScript(const std::string& path) {
     setWindowTitle(captionWith(kAdvancedCaption, displayFileName(path)));
     m_app.filePath = path;
     setChanged(false);
+    checkScript();
     return true;
 }
 
@@ -356,6 +413,44 @@ void AdvancedWindow::showDebug() {
     debug.show();
     debug.raise();
     debug.appendDump();
+}
+
+void AdvancedWindow::goToLine() {
+    const int lines = editor->blockCount();
+    const int current = editor->textCursor().blockNumber() + 1;
+    if (const auto line = m_app.dialogs().askNumber("Go to Line", QString("Line (1 - %1):").arg(lines), current, 1, lines))
+        editor->goTo(*line);
+}
+
+void AdvancedWindow::checkScript() {
+    m_checkTimer->stop();
+    // Pictures are looked for where a run from this window finds them.
+    const engine::PictureSize pictureSize = [this](const std::string& path) -> std::optional<std::pair<int, int>> {
+        platform::PixelGrid picture;
+        if (!m_app.session.platform.pictures ||
+            !m_app.session.platform.pictures->load(screen::loadPath(m_app.session.scriptFolder, path), picture))
+            return std::nullopt;
+        return std::pair{picture.width, picture.height};
+    };
+    const std::vector<EditorFinding> findings = findingsIn(text(), pictureSize);
+    editor->markFindings(findings);
+    checkList->clear();
+    for (const EditorFinding& finding : findings) {
+        auto* item = new QListWidgetItem(QString("%1:%2: %3").arg(finding.line).arg(finding.byteColumn).arg(finding.message));
+        item->setData(Qt::UserRole, QPoint(finding.column, finding.line));
+        checkList->addItem(item);
+    }
+    if (findings.empty()) checkList->addItem("No mistakes found.");
+}
+
+void AdvancedWindow::showCheck() {
+    checkScript();
+    if (checkDock->isHidden()) {
+        checkDock->show();
+        resizeDocks({checkDock}, {height() / 4}, Qt::Vertical);
+    }
+    checkDock->raise();
+    checkList->setCurrentRow(0);
 }
 
 void AdvancedWindow::recordScript() {

@@ -10,9 +10,12 @@
 #include "app/findtext.h"
 #include "app/playtimers.h"
 #include "app/recordtimers.h"
+#include "app/scripteditor.h"
 
 class QAction;
-class QPlainTextEdit;
+class QDockWidget;
+class QListWidget;
+class QTimer;
 
 namespace tarvoke::app {
 
@@ -22,7 +25,10 @@ class AdvancedWindow : public QMainWindow {
 public:
     explicit AdvancedWindow(App& app);
 
-    QPlainTextEdit* editor;
+    ScriptEditor* editor;
+    // The checker's findings, one a line; activating one puts the caret there.
+    QDockWidget* checkDock;
+    QListWidget* checkList;
     PlayTimers& timers() { return *m_timers; }
     FindState& findState() { return m_find; }
 
@@ -31,10 +37,10 @@ public:
         *settingsAction, *exitAction;
     // Edit
     QAction *cutAction, *copyAction, *pasteAction, *deleteAction, *findAction, *findNextAction, *replaceAction,
-        *selectAllAction;
+        *goToLineAction, *selectAllAction;
     // Script
     QAction *playAction, *playSelectionAction, *repeatAction, *recordAction, *stopAction, *correctTimeAction,
-        *debugAction;
+        *debugAction, *checkAction;
     // Help
     QAction *aboutAction, *readmeAction;
 
@@ -60,6 +66,11 @@ public:
     void stopScript();
     void correctTime();
     void showDebug();
+    void goToLine();
+    // Checks the text now, marks the findings and lists them.
+    void checkScript();
+    // Check: the list of findings shown.
+    void showCheck();
     // One search from the caret with the find state; says so when nothing is found.
     void search();
 
@@ -89,6 +100,8 @@ private:
     std::unique_ptr<RecordTimers> m_recordTimers;
     std::unique_ptr<CorrectTimeRun> m_correctTime;
     QTextCursor m_keptLine;  // in the line whose layout is kept
+    QTimer* m_checkTimer;    // a check once typing pauses
+    int m_checkedRevision = 0;
 };
 
 }  // namespace tarvoke::app

@@ -1,6 +1,7 @@
 #include "app/dialogs.h"
 
 #include <QFileDialog>
+#include <QInputDialog>
 #include <QMessageBox>
 #include <QProcess>
 #include <QStringList>
@@ -72,5 +73,12 @@ QString QtDialogs::saveFileName(const QString& title, const QString& filter, con
 }
 
 void QtDialogs::openDocument(const QString& path) { QProcess::startDetached("xdg-open", {path}); }
+
+std::optional<int> QtDialogs::askNumber(const QString& title, const QString& label, int value, int minimum,
+                                        int maximum) {
+    bool ok = false;
+    const int number = QInputDialog::getInt(nullptr, title, label, value, minimum, maximum, 1, &ok);
+    return ok ? std::optional<int>(number) : std::nullopt;
+}
 
 }  // namespace tarvoke::app

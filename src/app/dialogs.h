@@ -3,6 +3,7 @@
 // Qt dialogs; tests put in answers of their own, so that nothing blocks.
 
 #include <QString>
+#include <optional>
 #include <QWidget>
 
 namespace tarvoke::app {
@@ -29,6 +30,10 @@ public:
     virtual QString saveFileName(const QString& title, const QString& filter, const QString& defaultExtension) = 0;
     // Opens a document with the desktop's program for it (readme.txt).
     virtual void openDocument(const QString& path) = 0;
+    // A whole number from minimum to maximum, offered first as value; none
+    // after Cancel.
+    virtual std::optional<int> askNumber(const QString& title, const QString& label, int value, int minimum,
+                                         int maximum) = 0;
 };
 
 // The real ones: Qt message boxes and file dialogs, xdg-open.
@@ -41,6 +46,8 @@ public:
     QString openFileName(const QString& title, const QString& filter, const QString& defaultExtension) override;
     QString saveFileName(const QString& title, const QString& filter, const QString& defaultExtension) override;
     void openDocument(const QString& path) override;
+    std::optional<int> askNumber(const QString& title, const QString& label, int value, int minimum,
+                                 int maximum) override;
 };
 
 // "Tarvoke Script Files|*.tk|All Files|*.*" as Qt writes it:

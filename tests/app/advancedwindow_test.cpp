@@ -1,8 +1,12 @@
 // Advanced Mode: files and captions, questions before text is lost, editing,
-// Find and Replace, path rules, the file's text.
+// Find and Replace, path rules, the file's text, the language in the editor.
 
+#include <QDockWidget>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPlainTextEdit>
+#include <QTextBlock>
+#include <QToolTip>
 #include <QtTest>
 
 #include "app/advancedwindow.h"
@@ -28,6 +32,28 @@ void select(AdvancedWindow& window, int start, int length) {
 Selection selectionOf(AdvancedWindow& window) {
     const QTextCursor cursor = window.editor->textCursor();
     return {cursor.selectionStart(), cursor.selectionEnd() - cursor.selectionStart()};
+}
+
+// The format the editor shows at a 1-based line and a 0-based character.
+QTextCharFormat formatAt(AdvancedWindow& window, int line, int column) {
+    const QTextBlock block = window.editor->document()->findBlockByNumber(line - 1);
+    for (const QTextLayout::FormatRange& range : block.layout()->formats())
+        if (column >= range.start && column < range.start + range.length) return range.format;
+    return {};
+}
+
+Token tokenAt(AdvancedWindow& window, int line, int column) {
+    return static_cast<Token>(formatAt(window, line, column).property(ScriptHighlighter::kTokenProperty).toInt());
+}
+
+bool underlinedAt(AdvancedWindow& window, int line, int column) {
+    return formatAt(window, line, column).underlineStyle() == QTextCharFormat::SpellCheckUnderline;
+}
+
+QPoint pointAt(AdvancedWindow& window, int line, int column) {
+    QTextCursor cursor(window.editor->document()->findBlockByNumber(line - 1));
+    cursor.setPosition(cursor.position() + column);
+    return window.editor->cursorRect(cursor).center() + QPoint(2, 0);
 }
 
 }  // namespace
@@ -260,6 +286,107 @@ private slots:
             window.editor->undo();
             QCOMPARE(window.text(), text);
         }
+    }
+
+    // Colours as the loader reads the text; the checker's findings
+    // underlined with their message as a tooltip, listed by F7, and a click
+    // in the list goes there; Ctrl+G goes to a line.
+    void editorShowsTheLanguage() {
+        AppFixture f;
+        AdvancedWindow& window = f.app->advancedWindow();
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        const QString text = "Function(Main);\n"
+                             "  LeftClik(); MoveMouse(-640, x1);\n"
+                             "SendKeys(\"a#b#c\", 0x4G);#a\n"
+                             "comment#Pause(1)\n"
+                             "Pause(2);\n"
+                             "LeftClick(1,2,3,4,5,6,7,8,9);\n"
+                             "While(1=2); EndIf();\n"
+                             "Call(Missing);\n"
+                             "EndFunction();\n"
+                             "Function(Main);EndFunction();RightClick;\n"
+                             "# never closed";
+        window.setText(text);
+        const struct {
+            int line, column;
+            Token token;
+        } rows[] = {{1, 0, Token::Command},        {1, 8, Token::Plain},         {2, 2, Token::UnknownCommand},
+                    {2, 10, Token::Plain},         {2, 14, Token::Command},      {2, 24, Token::Number},
+                    {2, 27, Token::Number},        {2, 31, Token::Plain},        {3, 9, Token::Quoted},
+                    {3, 11, Token::Comment},       {3, 13, Token::Comment},      {3, 14, Token::Quoted},
+                    {3, 18, Token::Hex},           {3, 21, Token::Hex},          {3, 25, Token::Comment},
+                    {4, 0, Token::Comment},        {4, 7, Token::Comment},       {4, 8, Token::Command},
+                    {4, 14, Token::Number},        {5, 0, Token::Plain},         {6, 0, Token::Command}};
+        for (const auto& row : rows)
+            QVERIFY2(tokenAt(window, row.line, row.column) == row.token,
+                     qPrintable(QString("line %1 column %2").arg(row.line).arg(row.column)));
+
+        QTest::keyClick(window.windowHandle(), Qt::Key_F7);
+        QVERIFY(window.checkDock->isVisible());
+        // Where each finding is underlined, and what the list says of it.
+        const struct {
+            int line, column;
+            const char* listed;
+        } findings[] = {{2, 2, "2:3: unknown command `leftclik`, did you mean `leftclick`?"},
+                        {2, 30, "2:31: parameter 2 of `movemouse`: `x1` is no number, and no variable of that name "
+                                "is ever written"},
+                        {3, 18, "3:19: `sendkeys` reads 1 parameter, this statement has 2"},
+                        {3, 18, "3:19: `0x4g` starts with `0x` but is no even run of hex digits"},
+                        {6, 26, "6:27: 9 parameters: a statement keeps at most 8, so all are dropped"},
+                        {7, 0, "7:1: `while` without `endwhile`"},
+                        {7, 12, "7:13: `endif` without `if`"},
+                        {8, 5, "8:6: `call` of `missing`, which no function defines"},
+                        {10, 9, "10:10: function `main` is defined twice; `call` enters the first, on line 1"},
+                        {10, 39, "10:40: `;` dropped: no `(` and `)` since the last statement, so the text runs on"},
+                        {11, 0, "11:1: comment never closed: the rest of the file is ignored"}};
+        QCOMPARE(window.checkList->count(), std::size(findings));
+        for (size_t i = 0; i < std::size(findings); ++i) {
+            const auto& [line, column, listed] = findings[i];
+            QCOMPARE(window.checkList->item(i)->text(), listed);
+            QVERIFY(underlinedAt(window, line, column) && !underlinedAt(window, line, column - 1));
+            const QPoint point = pointAt(window, line, column);
+            QHelpEvent help(QEvent::ToolTip, point, window.editor->viewport()->mapToGlobal(point));
+            QApplication::sendEvent(window.editor->viewport(), &help);
+            QVERIFY(QToolTip::text().split('\n').contains(QString(listed).section(": ", 1)));
+            emit window.checkList->itemActivated(window.checkList->item(i));
+            const QTextCursor caret = window.editor->textCursor();
+            QCOMPARE(caret.blockNumber() + 1, line);
+            QCOMPARE(caret.positionInBlock(), column);
+        }
+        QVERIFY(!underlinedAt(window, 1, 0));
+        // An edit of the line hides its marks until the next check, which
+        // comes once typing pauses.
+        emit window.checkList->itemActivated(window.checkList->item(0));
+        QTest::keyClick(window.editor, Qt::Key_Space);
+        QVERIFY(!underlinedAt(window, findings[0].line, findings[0].column + 1));
+        QTRY_VERIFY(underlinedAt(window, findings[0].line, findings[0].column + 1));
+
+        // A "#" typed at the top of a long script: the lines in view change at
+        // once, the others while the program waits for input.
+        window.setText(QString("Pause(1);\n").repeated(3 * ScriptHighlighter::kLinesAtOnce));
+        window.checkScript();
+        while (window.editor->highlighter->pending()) QCoreApplication::processEvents();
+        window.editor->goTo(1);
+        QTest::keyClick(window.editor, Qt::Key_NumberSign);
+        QCOMPARE(tokenAt(window, 100, 0), Token::Comment);
+        QVERIFY(window.editor->highlighter->pending());
+        while (window.editor->highlighter->pending()) QCoreApplication::processEvents();
+        QCOMPARE(tokenAt(window, window.editor->blockCount() - 1, 0), Token::Comment);
+        // A line too long to colour still opens its comment.
+        window.setText("Pause(1);" + QString(ScriptHighlighter::kColouredLineLimit, ' ') + "#\nPause(1);#\nPause(1);");
+        QCOMPARE(tokenAt(window, 1, 0), Token::Plain);
+        QCOMPARE(tokenAt(window, 2, 0), Token::Comment);
+        QCOMPARE(tokenAt(window, 3, 0), Token::Command);
+        window.editText(text);
+
+        f.dialogs.numbers = {4, 99};
+        for (const int line : {4, 11}) {  // 99 goes to the last line
+            QTest::keyClick(window.windowHandle(), Qt::Key_G, Qt::ControlModifier);
+            QCOMPARE(window.editor->textCursor().blockNumber() + 1, line);
+        }
+        QTest::keyClick(window.windowHandle(), Qt::Key_G, Qt::ControlModifier);  // Cancel
+        QCOMPARE(window.editor->textCursor().blockNumber() + 1, 11);
     }
 
     void deleteTakesOneCharacterOrTheSelection() {

@@ -38,6 +38,7 @@ public:
     std::deque<Answer> threeWay;         // Yes / No / Cancel; from answers when empty
     std::deque<SaveChoice> saveChoices;  // Cancel when empty
     std::deque<QString> paths;           // what the file dialogs return; "" (Cancel) when empty
+    std::deque<int> numbers;             // what number questions return; Cancel when empty
     QStringList opened;
 
     void tell(const QString& title, const QString& text, Icon icon) override {
@@ -55,6 +56,10 @@ public:
     QString openFileName(const QString&, const QString&, const QString&) override { return next(paths, QString()); }
     QString saveFileName(const QString&, const QString&, const QString&) override { return next(paths, QString()); }
     void openDocument(const QString& path) override { opened << path; }
+    std::optional<int> askNumber(const QString&, const QString&, int, int, int) override {
+        if (numbers.empty()) return std::nullopt;
+        return next(numbers, 0);
+    }
 };
 
 // Key state the test sets by hand.
