@@ -135,7 +135,7 @@ bool X11Input::fakeInput(uint8_t type, uint8_t detail, int32_t x, int32_t y, boo
     // a click the window manager holds can pass the click's replay, and the
     // button then stays down on the server. Right after the release is fine.
     const bool clickOpen = device == kPointer && !m_heldButtons.empty();
-    if (++m_sincePace >= kPaceEvents && !clickOpen) awaitDelivery(device);
+    if (!clickOpen && m_unconfirmed[device] >= 2 * kPaceEvents) awaitDelivery(device, kPaceEvents);
     return true;
 }
 
@@ -156,18 +156,20 @@ bool X11Input::turnUntil(const std::function<bool()>& done, std::optional<std::c
     }
 }
 
-void X11Input::awaitDelivery(Device device) {
-    m_sincePace = 0;
-    if (device == kPointer) m_moveBehindClick = false;
-    if (m_unconfirmed[device] == 0) return;
-    const auto echoes = [&] { return device == kKeyboard ? m_keys.keyEchoes() : m_keys.buttonEchoes(); };
-    const uint64_t target = m_echoBase[device] + m_unconfirmed[device];
-    turnUntil([&] { return echoes() >= target; }, kHeldBack);
-    // Counted from here on: an echo that comes after the deadline, or one
-    // of another program's XTest input, puts the next wait short by as
-    // much, never makes it wait in vain.
-    m_echoBase[device] = echoes();
-    m_unconfirmed[device] = 0;
+void X11Input::awaitDelivery(Device device, uint64_t inFlight) {
+    if (m_unconfirmed[device] > inFlight) {
+        const auto echoes = [&] { return device == kKeyboard ? m_keys.keyEchoes() : m_keys.buttonEchoes(); };
+        const uint64_t target = m_echoBase[device] + m_unconfirmed[device] - inFlight;
+        const bool caughtUp = turnUntil([&] { return echoes() >= target; }, kHeldBack);
+        // Caught up to what may stay on its way: that stays counted.
+        if (caughtUp && inFlight > 0) return;
+        // Counted from here on: an echo that comes after the deadline, or
+        // one of another program's XTest input, puts the next wait short by
+        // as much, never makes it wait in vain.
+        m_echoBase[device] = echoes();
+        m_unconfirmed[device] = 0;
+    }
+    if (device == kPointer && m_unconfirmed[kPointer] == 0) m_moveBehindClick = false;
 }
 
 // Some window managers (fluxbox among them) let a click through at once and

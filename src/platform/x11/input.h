@@ -16,9 +16,10 @@
 // holds back too, is waited for (at most kHeldBack); and after a click, until
 // the clicked window has the focus, for window managers that focus it only
 // after letting the click through. Events of one device
-// in a row stay in one write, except that every kPaceEvents events (but
-// never inside a click) the same wait keeps what is in flight small, so
-// that a stop ends input at once.
+// in a row stay in one write, except that once twice kPaceEvents of them
+// are on their way (never inside a click), the same wait lets the server
+// catch up to kPaceEvents: what is in flight stays small, so that a stop
+// ends input at once, and the server is never left without work.
 // While the user holds a modifier on a real keyboard, key events wait: the
 // user's shortcut must not turn the script's letters into shortcuts. Only keysyms needing a
 // spare keycode are bound in one batch and synced first: at most one round
@@ -86,8 +87,8 @@ private:
     // what is not down makes none). False when a stop dropped it.
     bool fakeInput(uint8_t type, uint8_t detail, int32_t x = 0, int32_t y = 0, bool echoes = true);
     // Waits until the raw events of the device's events sent so far have
-    // come back, at most kHeldBack, or a stop.
-    void awaitDelivery(Device device);
+    // come back, all but the last `inFlight`, at most kHeldBack, or a stop.
+    void awaitDelivery(Device device, uint64_t inFlight = 0);
     // After a button press, waits until the top-level window under the
     // pointer has the focus, at most kHeldBack: the window manager may
     // focus it only after the click has come through.
@@ -116,7 +117,6 @@ private:
     // events sent since that will make one.
     uint64_t m_echoBase[2] = {0, 0};
     uint64_t m_unconfirmed[2] = {0, 0};
-    int m_sincePace = 0;
     bool m_moveBehindClick = false;
     bool m_pressedSinceKeys = false;
     // The cursor as last asked, the move count and the time of asking.
