@@ -2,6 +2,7 @@
 
 #include <QFileDialog>
 #include <QInputDialog>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QProcess>
 #include <QStringList>
@@ -54,11 +55,27 @@ Dialogs::SaveChoice QtDialogs::askSave(const QString& title, const QString& text
     }
 }
 
+namespace {
+
+// Qt's completion list under the file name box is a popup: it takes the
+// keyboard from the dialog while it shows, and on a busy X server the dialog
+// can stay without Qt's activation once it has gone. Qt then no longer counts
+// the box as focused, keeps the folder typed on the way to a file selected in
+// place of the file, and puts the selection's name into the box between
+// typed keys, so a typed path ends in that folder or in a garbled name. The
+// box without the popup keeps the focus all along.
+void withoutCompletionPopup(QFileDialog& dialog) {
+    if (auto* name = dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))) name->setCompleter(nullptr);
+}
+
+}  // namespace
+
 QString QtDialogs::openFileName(const QString& title, const QString& filter, const QString& defaultExtension) {
     QFileDialog dialog(nullptr, title, QString(), qtFilter(filter));
     dialog.setAcceptMode(QFileDialog::AcceptOpen);
     dialog.setFileMode(QFileDialog::ExistingFile);
     dialog.setDefaultSuffix(defaultExtension);
+    withoutCompletionPopup(dialog);
     return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
 }
 
@@ -69,6 +86,7 @@ QString QtDialogs::saveFileName(const QString& title, const QString& filter, con
     // its extension.
     dialog.setOption(QFileDialog::DontConfirmOverwrite);
     dialog.setDefaultSuffix(defaultExtension);
+    withoutCompletionPopup(dialog);
     return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
 }
 
