@@ -42,6 +42,10 @@ class ActingOnTheDesktop(unittest.TestCase):
               # The drag ends where it was moved to.
               "ButtonRelease top 0 200 120 1 0x101", "KeyRelease child 0 150 70 0xffe1 0x1"]
              + taps("child 0 150 70", "0x61")),
+            # A release the window manager still holds lands where the pointer
+            # is when it lets it go: the move behind it waits.
+            ("a move right after a click", [], "RightDownEx({cx}, {cy});\nRightUpEx({cx}, {cy});\n"
+             "MoveMouse({tx}, {ty});\nLeftClick();", None, taps("child 0 25 35", "3") + taps("top 0 30 30", "1")),
             # Ex commands send events to the selected window and leave the
             # pointer alone; at 15 twips a pixel, 300 and 150 arrive as 20 and
             # 10. Look-ups ignore case: unquoted names are lower-cased at load.

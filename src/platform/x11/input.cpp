@@ -215,9 +215,17 @@ void X11Input::setCursorPos(int32_t x, int32_t y) {
     const int screen = DefaultScreen(m_x.display());
     x = std::clamp<int32_t>(x, 0, std::max(DisplayWidth(m_x.display(), screen) - 1, 0));
     y = std::clamp<int32_t>(y, 0, std::max(DisplayHeight(m_x.display(), screen) - 1, 0));
-    // A move behind a click that the window manager holds back is held
-    // with it, and the server reports the old position until both are
-    // through: the next cursor question waits for the click.
+    // A button event that the window manager holds back (a click it takes
+    // with a synchronous grab) goes out when the manager lets it through,
+    // at the place the pointer has then: a move elsewhere waits for the
+    // pointer's events before it. Never inside a click (see fakeInput),
+    // where the release belongs at the end of the drag anyway.
+    const Point to{x, y};
+    if (m_heldButtons.empty() && m_lastMove != to) awaitDelivery(kPointer);
+    m_lastMove = to;
+    // A move behind a click still held back is held with it, and the
+    // server reports the old position until both are through: the next
+    // cursor question waits for the click.
     if (m_unconfirmed[kPointer] > 0) m_moveBehindClick = true;
     fakeInput(XCB_MOTION_NOTIFY, 0, x, y, false);
     m_cursor.reset();

@@ -118,6 +118,7 @@ private:
     uint64_t m_echoBase[2] = {0, 0};
     uint64_t m_unconfirmed[2] = {0, 0};
     bool m_moveBehindClick = false;
+    std::optional<Point> m_lastMove;  // where the last move of ours went
     bool m_pressedSinceKeys = false;
     // The cursor as last asked, the move count and the time of asking.
     std::optional<Point> m_cursor;
