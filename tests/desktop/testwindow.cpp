@@ -3,14 +3,15 @@
 // event it receives, one line per event, flushed at once:
 //
 //   ready top=0x400001 child=0x400002 x=100 y=100 width=600 height=400 childx=150 childy=150
-//   ButtonPress win=child sent=0 time=1234 x=10 y=20 root=160,170 button=1 state=0x0
-//   KeyPress win=top sent=1 time=0 x=0 y=0 root=0,0 keycode=38 keysym=0x61 state=0x0
+//   ButtonPress win=child sent=0 time=1234 x=10 y=20 root=160,170 at=5021.337012 button=1 state=0x0
+//   KeyPress win=top sent=1 time=0 x=0 y=0 root=0,0 at=5021.337090 keycode=38 keysym=0x61 state=0x0
 //
 // "ready" comes once the top-level window is mapped and has the focus; x and
 // y are the root positions of the windows' insides. Positions of the child
-// are the child's own. keysym is the one XLookupString reads from the key
-// and the event's state (its level and group), read when the event is
-// handled.
+// are the child's own. at is when the window read the event, in seconds of
+// the monotonic clock: where the benchmarks see delivery end. keysym is the
+// one XLookupString reads from the key and the event's state (its level and
+// group), read when the event is handled.
 //
 // usage: tarvoke-testwindow [--class C] [--title T] [--child-class C]
 //                           [--geometry WxH+X+Y] [--log FILE] [--pid no]
@@ -22,6 +23,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <string>
 #include <unistd.h>
 
@@ -71,8 +73,10 @@ void setNames(Display* display, Window window, const std::string& windowClass, c
 void log(const XEvent& event, Window top, Window child, FILE* out) {
     const auto head = [&](const char* type, Window window, Bool sent, Time time, int x, int y, int rootX, int rootY) {
         const char* name = window == top ? "top" : window == child ? "child" : "other";
-        std::fprintf(out, "%s win=%s sent=%d time=%lu x=%d y=%d root=%d,%d", type, name, sent ? 1 : 0, time, x, y,
-                     rootX, rootY);
+        timespec now{};
+        clock_gettime(CLOCK_MONOTONIC, &now);
+        std::fprintf(out, "%s win=%s sent=%d time=%lu x=%d y=%d root=%d,%d at=%ld.%06ld", type, name, sent ? 1 : 0,
+                     time, x, y, rootX, rootY, static_cast<long>(now.tv_sec), now.tv_nsec / 1000);
     };
     if (event.type == ButtonPress || event.type == ButtonRelease) {
         const XButtonEvent& e = event.xbutton;
