@@ -161,8 +161,13 @@ void X11Input::awaitDelivery(Device device, uint64_t inFlight) {
         const auto echoes = [&] { return device == kKeyboard ? m_keys.keyEchoes() : m_keys.buttonEchoes(); };
         const uint64_t target = m_echoBase[device] + m_unconfirmed[device] - inFlight;
         const bool caughtUp = turnUntil([&] { return echoes() >= target; }, kHeldBack);
-        // Caught up to what may stay on its way: that stays counted.
-        if (caughtUp && inFlight > 0) return;
+        // Caught up to what may stay on its way: that stays counted, the
+        // rest is through, and the next wait comes after as many again.
+        if (caughtUp && inFlight > 0) {
+            m_echoBase[device] = target;
+            m_unconfirmed[device] = inFlight;
+            return;
+        }
         // Counted from here on: an echo that comes after the deadline, or
         // one of another program's XTest input, puts the next wait short by
         // as much, never makes it wait in vain.
