@@ -137,8 +137,8 @@ void reportReady(Display* display, Window top, Window child, const Options& opti
     std::fflush(out);
 }
 
-// A window can go away under a request of ours (the focus before the window
-// manager has shown the window): that is no reason to stop logging.
+// A request of ours can fail (the focus before the window manager has shown
+// the window, or after it went away): that is no reason to stop logging.
 int ignoreError(Display*, XErrorEvent*) { return 0; }
 
 }  // namespace
@@ -178,7 +178,10 @@ int main(int argc, char** argv) {
         XNextEvent(display, &event);
         if (event.type == MappingNotify) {
             XRefreshKeyboardMapping(&event.xmapping);
-        } else if (event.type == MapNotify && event.xmap.window == top && !ready) {
+        } else if ((event.type == MapNotify || event.type == Expose) && event.xany.window == top && !ready) {
+            // The window manager may map the window inside a frame it shows
+            // later: the focus asked for then fails, and the first exposure
+            // (the window is viewable at last) asks again.
             XSetInputFocus(display, top, RevertToParent, CurrentTime);
             XSync(display, False);
         } else if (event.type == FocusIn && event.xfocus.window == top && !ready) {
