@@ -31,9 +31,11 @@ class ActingOnTheDesktop(unittest.TestCase):
         # raise the window) while keys would pass: the player keeps the order.
         # Keys go to the focused window's child under the pointer.
         rows = [
+            # 65 is "a" pressed alone; 190 the physical key of "."; 49 the key of "1".
             ("buttons and keys", [], "MoveMouse({cx}, {cy});\nLeftClick();\nRightDown();\nRightUp();\n"
-             "KeyDown(65);\nKeyUp(65);\nKeyDown(190);\nKeyUp(190);\nMiddleClick();", None,
-             taps("child 0 25 35", "1", "3", "0x61", "0x2e", "2")),
+             "KeyDown(65);\nKeyUp(65);\nKeyDown(190);\nKeyUp(190);\nKeyDown(49);\nKeyUp(49);\nKeyDown(13);\n"
+             "KeyUp(13);\nMiddleClick();", None,
+             taps("child 0 25 35", "1", "3", "0x61", "0x2e", "0x31", "0xff0d", "2")),
             ("keys, a click, keys", [], 'SendKeys("ab");\nMoveMouse({tx}, {ty});\nLeftClick();\nSendKeys("cd");', None,
              taps("top 0 30 30", "0x61", "0x62", "1", "0x63", "0x64")),
             ("a key after a shift-drag", [], "MoveMouse({tx}, {ty});\nKeyDown(16);\nLeftDown();\n"
@@ -129,12 +131,12 @@ class Layouts(unittest.TestCase):
         setxkbmap("us")
 
     def test_every_character_is_typed_whatever_level_it_is_on(self):
-        # Text, named keys and characters outside the map; then AltGr
+        # Text, a Shift group, named keys and characters outside the map; then AltGr
         # characters, and on the French map ß, which needs a spare key.
         # ("#" would start a comment of the script.)
         rows = [
-            ("us", 'Hi You! 9{+}\u00e9\u20ac~', ["0x48", "0x69", "0x20", "0x59", "0x6f", "0x75", "0x21", "0x20",
-                                               "0x39", "0x2b", "0xe9", "0x10020ac", "0xff0d"]),
+            ("us", 'Hi You! 9{+}+(cd)\u00e9\u20ac~', ["0x48", "0x69", "0x20", "0x59", "0x6f", "0x75", "0x21", "0x20",
+                                                    "0x39", "0x2b", "0x43", "0x44", "0xe9", "0x10020ac", "0xff0d"]),
             ("de", "@[]{{}{}}\\|{~}", ["0x40", "0x5b", "0x5d", "0x7b", "0x7d", "0x5c", "0x7c", "0x7e"]),
             ("fr", "@{^}[]{{}{}}\\|`\u00df", ["0x40", "0x5e", "0x5b", "0x5d", "0x7b", "0x7d", "0x5c",
                                               "0x7c", "0x60", "0xdf"]),

@@ -136,45 +136,6 @@ TEST_F(X11Test, CursorFollowsMovesAndWarpsOfOtherPrograms) {
     XCloseDisplay(other);
 }
 
-// Shift (0xffe1, 0xffe2) comes and goes around the characters that need it.
-std::vector<std::string> typed(const TestWindow& window, const std::string& type) {
-    std::vector<std::string> keysyms;
-    for (const Event& event : window.events({type}))
-        if (event["keysym"] != "0xffe1" && event["keysym"] != "0xffe2" && event["sent"] == "0")
-            keysyms.push_back(event["keysym"]);
-    return keysyms;
-}
-
-TEST_F(X11Test, KeysArriveWithTheirKeysyms) {
-    TestWindow window;
-    // 65 is "a" pressed alone; 49 the key of "1"; 190 the physical key of ".".
-    for (uint8_t vk : {65, 49, 190, 13}) {
-        m_platform.input->keyEvent(vk, kKeyPress);
-        m_platform.input->keyEvent(vk, kKeyRelease);
-    }
-    m_platform.input->flush();
-    const std::vector<std::string> expected = {"0x61", "0x31", "0x2e", "0xff0d"};
-    eventually([&] { return typed(window, "KeyRelease").size() >= expected.size(); });
-    EXPECT_EQ(typed(window, "KeyPress"), expected);
-    EXPECT_EQ(typed(window, "KeyRelease"), expected);
-}
-
-// Upper case, symbols that need Shift, a modifier group, Enter, and
-// characters no key of the map carries. (The test window reads a keysym when
-// it handles the event: a window slower than the spare keycode's release
-// reads nothing there, so nothing else comes before.)
-TEST_F(X11Test, SendKeysTypesEveryCharacter) {
-    TestWindow window;
-    const std::string keys = "Ab,!{}}+(cd)~\xC3\xA9\xE2\x82\xAC";
-    ASSERT_TRUE(host::acceptsSendKeys(keys));
-    host::KeyStringStrokes strokes(keys);
-    m_platform.input->sendKeys(keys, strokes);
-    const std::vector<std::string> expected = {"0x41", "0x62", "0x2c",   "0x21", "0x7d",
-                                               "0x43", "0x44", "0xff0d", "0xe9", "0x10020ac"};
-    eventually([&] { return typed(window, "KeyPress").size() >= expected.size(); });
-    EXPECT_EQ(typed(window, "KeyPress"), expected);
-}
-
 TEST_F(X11Test, MessagesReachTheTargetWhileThePointerStays) {
     TestWindow window;
     m_platform.input->setCursorPos(5, 5);
@@ -365,22 +326,6 @@ TEST_F(X11Test, WaitsEndAtTheirDeadlineOrWhenCancelled) {
     EXPECT_GE(clock.monotonicMs() - start, 100);
     EXPECT_GE(innerEnd - start, 30);
     EXPECT_LT(innerEnd - start, 100);
-}
-
-TEST_F(X11Test, StartRunsAProgramAndItsWindowAppears) {
-    m_platform.programs->shellExecute("Open", TARVOKE_TESTWINDOW, "--class Started --title 'Started Window'", 3);
-    WindowId found = 0;
-    ASSERT_TRUE(eventually([&] {
-        return (found = m_platform.windows->findWindow(std::string("Started"), std::string("Started Window")));
-    }));
-    // The window is maximized (best effort, applied from the event loop).
-    Connection& connection = m_x11->connection();
-    const auto maximized = [&] {
-        const auto state = connection.cardinals(found, connection.atom("_NET_WM_STATE"), XA_ATOM);
-        return state && std::count(state->begin(), state->end(), connection.atom("_NET_WM_STATE_MAXIMIZED_HORZ"));
-    };
-    EXPECT_TRUE(eventually(maximized));
-    std::system(("xdotool windowkill " + std::to_string(found)).c_str());
 }
 
 // A capture shows the test window's child, painted by the server from a

@@ -1,14 +1,20 @@
-// libFuzzer target of the whole dry-run player: any text loads and runs with
-// the host commands on the dry-run platform, as `tarvoke-play --dry-run`
-// runs it, within a budget of statements, time and text memory per input.
+// libFuzzer target of the whole dry-run player: any text checks, loads, dumps
+// and runs with the host commands on the dry-run platform, as
+// `tarvoke-play --dry-run` runs it, within a budget of statements, time and
+// text memory per input. Built a second time as the loader's target
+// (TARVOKE_LOADER_FUZZ) with small budgets, so that the checker and the loader
+// see many inputs a second: texts stay small, and a loop of Multiply costs
+// time, not gigabytes.
 // Pictures are read only from regular files and a dry run writes none, so
 // paths of the fuzzer's making are harmless.
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
+#include "engine/check.h"
 #include "engine/sc.h"
 #include "host/dispatch.h"
 #include "host/session.h"
@@ -20,7 +26,12 @@ namespace {
 
 using namespace tarvoke;
 
+#ifdef TARVOKE_LOADER_FUZZ
+// Enough statements to go round loops and recursion a few hundred times.
+constexpr int64_t kStatementBudget = 5000;
+#else
 constexpr int64_t kStatementBudget = 20000;
+#endif
 constexpr auto kTimeBudget = std::chrono::seconds(2);
 constexpr size_t kTextMemory = size_t{64} << 20;
 
@@ -57,9 +68,20 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     host::HostCommands commands(session);
     engine::SC engine(commands);
     engine.setMaxTextMemory(kTextMemory);
+#ifdef TARVOKE_LOADER_FUZZ
+    engine.setMaxTextBytes(1 << 16);
+#endif
 
     std::string text(reinterpret_cast<const char*>(data), size);
+    // The checker reads any text too, and points inside it, in file order.
+    const int lines = 1 + static_cast<int>(std::count(text.begin(), text.end(), '\n'));
+    int lastLine = 1;
+    for (const engine::Finding& finding : engine::checkScript(text)) {
+        if (finding.line < lastLine || finding.line > lines || finding.column < 1) __builtin_trap();
+        lastLine = finding.line;
+    }
     engine.initialize(text);
+    if (engine.getDebug().empty()) __builtin_trap();
     running = &engine;
     engine.execute();
     running = nullptr;
