@@ -83,8 +83,8 @@ private:
     void typeKeysym(KeySym keysym);
     // One piece of a key string, with spare keycodes bound for what it types.
     void sendStrokes(const std::vector<KeyStroke>& strokes);
-    // One button event of MouseFlags; alone: a press that no release
-    // follows in the same operation.
+    // One button event of MouseFlags; alone: not one half of a click
+    // (mouseClick), so a press stays down past the operation.
     void buttonEvent(uint32_t flags, bool alone);
     enum Device { kKeyboard, kPointer, kNoDevice };
     // Queues one XTest event (XCB_KEY_PRESS ... XCB_MOTION_NOTIFY) for the
