@@ -68,7 +68,8 @@ def burst(window):
     subprocess.run(["xdotool", "mousemove", str(x), str(y)], check=True)
     subprocess.run(["xte"] + ["mouseclick 1"] * BURST_CLICKS, check=True)
     window.wait_for(2 * BURST_CLICKS, *INPUT_TYPES)
-    letters = "".join(random.Random(3).choice("abcdefghijklmnopqrstuvwxyz") for _ in range(BURST_KEYS))
+    rng = random.Random(3)
+    letters = "".join(rng.choice("abcdefghijklmnopqrstuvwxyz") for _ in range(BURST_KEYS))
     subprocess.run(["xte", "str " + letters], check=True)
     window.wait_for(2 * (BURST_CLICKS + BURST_KEYS), *INPUT_TYPES)
 
@@ -179,8 +180,17 @@ def xdotool_sequence(window):
     subprocess.run(["xdotool", *sequence(window)], check=True)
 
 
+def let_go():
+    """Releases the keys and the button the input uses. A replay that loses a
+    release leaves its key down, and the server's repeat of it would land in
+    the next measurement's window."""
+    subprocess.run(["xte", *("keyup " + k for k in "abcdefghijklmnopqrstuvwxyz0"), "keyup Control_L", "mouseup 1"],
+                   check=True)
+
+
 def measure(tool, folder, drive):
     path = os.path.join(folder, tool.name + ".rec")
+    let_go()
     with TestWindow() as window:
         tool.record(path, lambda: drive(window))
         original = inputs(window)
