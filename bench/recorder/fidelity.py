@@ -68,7 +68,8 @@ def burst(window):
     subprocess.run(["xdotool", "mousemove", str(x), str(y)], check=True)
     subprocess.run(["xte"] + ["mouseclick 1"] * BURST_CLICKS, check=True)
     window.wait_for(2 * BURST_CLICKS, *INPUT_TYPES)
-    letters = "".join(random.Random(3).choice("abcdefghijklmnopqrstuvwxyz") for _ in range(BURST_KEYS))
+    rng = random.Random(3)
+    letters = "".join(rng.choice("abcdefghijklmnopqrstuvwxyz") for _ in range(BURST_KEYS))
     subprocess.run(["xte", "str " + letters], check=True)
     window.wait_for(2 * (BURST_CLICKS + BURST_KEYS), *INPUT_TYPES)
 
@@ -91,11 +92,17 @@ class Tarvoke:
     name = "tarvoke"
 
     def record(self, path, drive):
-        recorder = subprocess.Popen([PLAY, "--record", path, "--force"], stderr=subprocess.DEVNULL)
+        recorder = subprocess.Popen([PLAY, "--record", path, "--force"], stderr=subprocess.PIPE, text=True)
+        # It listens once it says so (a loaded machine may take longer than the lead-in to start it).
+        said = recorder.stderr.readline()
+        if "recording into" not in said:
+            raise RuntimeError("the recorder did not start: " + said)
         time.sleep(LEAD)
         drive()
         time.sleep(0.3)
         press_stop_hotkey()
+        with recorder.stderr:
+            recorder.stderr.read()
         recorder.wait(timeout=20)
 
     def replay(self, path):
@@ -140,6 +147,7 @@ def recorded_error(path, original):
     apart from the player's."""
     script = script_times(path)
     if len(script) != len(original) or not script:
+        print("  the script has %d input lines for %d events" % (len(script), len(original)))
         return float("nan"), float("nan")
     errors = [abs((script[i][1] - script[0][1]) - (original[i][1] - original[0][1])) for i in range(len(script))]
     return statistics.mean(errors), max(errors)
@@ -151,18 +159,19 @@ def compare(original, replayed):
     matcher = difflib.SequenceMatcher(a=a, b=b, autojunk=False)
     pairs = [(i + k, j + k) for i, j, n in matcher.get_matching_blocks() for k in range(n)]
     remaining = list(b)
-    lost = 0
+    lost = []
     for what in a:
         if what in remaining:
             remaining.remove(what)
         else:
-            lost += 1
-    reordered = len(a) - lost - len(pairs)
+            lost.append(what)
+    reordered = len(a) - len(lost) - len(pairs)
     errors = []
     if pairs:
         (i0, j0) = pairs[0]
         errors = [abs((replayed[j][1] - replayed[j0][1]) - (original[i][1] - original[i0][1])) for i, j in pairs]
-    return {"events": len(a), "lost": lost, "reordered": reordered,
+    return {"events": len(a), "lost": len(lost), "reordered": reordered,
+            "differs": "lost %s; replay only %s" % (lost[:10], remaining[:10]) if lost or remaining else "",
             "mean_ms": statistics.mean(errors) if errors else float("nan"),
             "worst_ms": max(errors) if errors else float("nan")}
 
@@ -171,8 +180,17 @@ def xdotool_sequence(window):
     subprocess.run(["xdotool", *sequence(window)], check=True)
 
 
+def let_go():
+    """Releases the keys and the button the input uses. A replay that loses a
+    release leaves its key down, and the server's repeat of it would land in
+    the next measurement's window."""
+    subprocess.run(["xte", *("keyup " + k for k in "abcdefghijklmnopqrstuvwxyz0"), "keyup Control_L", "mouseup 1"],
+                   check=True)
+
+
 def measure(tool, folder, drive):
     path = os.path.join(folder, tool.name + ".rec")
+    let_go()
     with TestWindow() as window:
         tool.record(path, lambda: drive(window))
         original = inputs(window)
@@ -232,6 +250,9 @@ def report(title, results):
     print("%-8s %7s %5s %9s %8s %8s" % ("tool", "events", "lost", "reordered", "mean ms", "worst ms"))
     for name, r in results.items():
         print("%-8s %7d %5d %9d %8.2f %8.1f" % (name, r["events"], r["lost"], r["reordered"], r["mean_ms"], r["worst_ms"]))
+    for name, r in results.items():
+        if r["differs"]:
+            print("  %s: %s" % (name, r["differs"]))
     ours, theirs = results["tarvoke"], results["cnee"]
     if theirs["mean_ms"] > 0:
         print("mean timing error, tarvoke / cnee: %.2f" % (ours["mean_ms"] / theirs["mean_ms"]))

@@ -41,8 +41,8 @@ Answer plainButton(Session& session, uint32_t firstFlag, uint32_t secondFlag = 0
     // position that cannot fail the 16-bit rule is overtaken unread.
     if (session.pendingClickPoint && !session.pendingClickPoint->fitsInt16()) session.settleLastClick();
     session.pendingClickPoint = input.askCursorPos();
-    input.mouseEvent(firstFlag);
-    if (secondFlag != 0) input.mouseEvent(secondFlag);
+    if (secondFlag != 0) input.mouseClick(firstFlag, secondFlag);
+    else input.mouseEvent(firstFlag);
     return {};
 }
 

@@ -76,6 +76,12 @@ public:
     virtual std::unique_ptr<PendingPoint> askCursorPos() { return std::make_unique<KnownPoint>(cursorPos()); }
     // A button event at the cursor; flags is one of MouseFlags.
     virtual void mouseEvent(uint32_t flags) = 0;
+    // A press and its release at once (a click), which a platform may send
+    // together, where a press alone stays down until a later operation.
+    virtual void mouseClick(uint32_t downFlags, uint32_t upFlags) {
+        mouseEvent(downFlags);
+        mouseEvent(upFlags);
+    }
     virtual void keyEvent(uint8_t vk, uint32_t flags) = 0;
     // A key string the host has already parsed; keys is the script's text.
     virtual void sendKeys(const std::string& keys, KeyStrokes& strokes) = 0;

@@ -48,6 +48,10 @@ class ActingOnTheDesktop(unittest.TestCase):
             # is when it lets it go: the move behind it waits.
             ("a move right after a click", [], "RightDownEx({cx}, {cy});\nRightUpEx({cx}, {cy});\n"
              "MoveMouse({tx}, {ty});\nLeftClick();", None, taps("child 0 25 35", "3") + taps("top 0 30 30", "1")),
+            # A button held down while the window manager still holds the
+            # clicks before it must not make the server drop them.
+            ("clicks, then a button held", [], "MoveMouse({tx}, {ty});\nLeftClick();\nLeftClick();\nLeftDown();\n"
+             "Pause(50);\nLeftUp();", None, taps("top 0 30 30", "1", "1", "1")),
             # Ex commands send events to the selected window and leave the
             # pointer alone; at 15 twips a pixel, 300 and 150 arrive as 20 and
             # 10. Look-ups ignore case: unquoted names are lower-cased at load.

@@ -263,8 +263,29 @@ std::unique_ptr<PendingPoint> X11Input::askCursorPos() {
 
 void X11Input::mouseEvent(uint32_t flags) {
     beginOperation();
+    buttonEvent(flags, true);
+}
+
+void X11Input::mouseClick(uint32_t downFlags, uint32_t upFlags) {
+    beginOperation();
+    buttonEvent(downFlags, false);
+    buttonEvent(upFlags, false);
+}
+
+void X11Input::buttonEvent(uint32_t flags, bool alone) {
     for (const ButtonFlag& entry : kButtonFlags) {
         if (entry.flag != flags) continue;
+        // A window manager's synchronous grab freezes the core pointer, but
+        // not the XTest device under it, which goes on taking our events.
+        // When the manager lets its click through, the server hands the
+        // core pointer what it held back, and drops a release of a button
+        // that the XTest device has down again by then (and so every press
+        // of it after, until the XTest device lets go): a press left down
+        // past this operation (a pause, a turn of the loop before its
+        // release) would eat the held clicks before it. So it leaves once
+        // they are through. A click's press and release leave in one write,
+        // which the server takes in at once.
+        if (alone && entry.press) awaitDelivery(kPointer);
         const bool echoes = entry.press || m_heldButtons.count(entry.button) > 0;
         fakeInput(entry.press ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE, static_cast<uint8_t>(entry.button), 0, 0, echoes);
         return;

@@ -63,7 +63,10 @@ public:
     // millisecond.
     Point cursorPos() override;
     std::unique_ptr<PendingPoint> askCursorPos() override;
+    // A press alone first waits for the pointer's earlier events (see
+    // buttonEvent); a click's press and release leave together.
     void mouseEvent(uint32_t flags) override;
+    void mouseClick(uint32_t downFlags, uint32_t upFlags) override;
     void keyEvent(uint8_t vk, uint32_t flags) override;
     void sendKeys(const std::string& keys, KeyStrokes& strokes) override;
     void sendMessage(WindowId window, uint32_t message, uint32_t key, uint32_t point) override;
@@ -80,6 +83,9 @@ private:
     void typeKeysym(KeySym keysym);
     // One piece of a key string, with spare keycodes bound for what it types.
     void sendStrokes(const std::vector<KeyStroke>& strokes);
+    // One button event of MouseFlags; alone: not one half of a click
+    // (mouseClick), so a press stays down past the operation.
+    void buttonEvent(uint32_t flags, bool alone);
     enum Device { kKeyboard, kPointer, kNoDevice };
     // Queues one XTest event (XCB_KEY_PRESS ... XCB_MOTION_NOTIFY) for the
     // connection's next flush, after the waits that keep the order; echoes
