@@ -105,10 +105,7 @@ TEST_F(X11Test, ClicksArriveInOrderAndReadTheirOwnPositions) {
     // for the server costs one write, and the flood loses no click.
     constexpr int kFlood = 400;
     const unsigned long writesBefore = m_x11->connection().flushes();
-    for (int i = 0; i < kFlood; ++i) {
-        m_platform.input->mouseEvent(kLeftDown);
-        m_platform.input->mouseEvent(kLeftUp);
-    }
+    for (int i = 0; i < kFlood; ++i) m_platform.input->mouseClick(kLeftDown, kLeftUp);
     m_platform.input->flush();
     EXPECT_LE(m_x11->connection().flushes() - writesBefore, 2u * kFlood / X11Input::kPaceEvents + 2);
     EXPECT_EQ(window.waitFor(10 + 2 * kFlood, {"ButtonPress", "ButtonRelease"}).size(), 10u + 2 * kFlood);
