@@ -4,8 +4,8 @@
 # window manager has announced itself on the root window, with DISPLAY set,
 # and the desktop goes away again whatever happens to the command.
 # Usage: .ci/with-desktop.sh [--no-wm] COMMAND [ARGUMENTS...]
-# --no-wm leaves out the window manager (benchmarks: openbox grabs clicks on
-# client windows to raise them, and drops some when they come in a flood).
+# --no-wm leaves out the window manager (benchmarks: openbox grabs every click
+# on a client window to raise it, which sets the pace of a flood of clicks).
 set -euo pipefail
 
 with_wm=1
