@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <optional>
+#include <thread>
 
 namespace tarvoke::platform::x11 {
 namespace {
@@ -144,13 +145,18 @@ void X11Input::turn() {
     m_x.drainEvents();
 }
 
-bool X11Input::turnUntil(const std::function<bool()>& done, std::optional<std::chrono::milliseconds> limit) {
+bool X11Input::turnUntil(const std::function<bool()>& done, std::optional<std::chrono::milliseconds> limit,
+                         bool napping) {
     m_x.flush();
     const auto started = std::chrono::steady_clock::now();
     for (;;) {
         turn();
         if (done()) return true;
         if (stopped() || (limit && std::chrono::steady_clock::now() - started >= *limit)) return false;
+        if (napping) {
+            std::this_thread::sleep_for(kPaceNap);
+            continue;
+        }
         pollfd readable{ConnectionNumber(m_x.display()), POLLIN, 0};
         ::poll(&readable, 1, 1);
     }
@@ -160,7 +166,7 @@ void X11Input::awaitDelivery(Device device, uint64_t inFlight) {
     if (m_unconfirmed[device] > inFlight) {
         const auto echoes = [&] { return device == kKeyboard ? m_keys.keyEchoes() : m_keys.buttonEchoes(); };
         const uint64_t target = m_echoBase[device] + m_unconfirmed[device] - inFlight;
-        const bool caughtUp = turnUntil([&] { return echoes() >= target; }, kHeldBack);
+        const bool caughtUp = turnUntil([&] { return echoes() >= target; }, kHeldBack, inFlight > 0);
         // Caught up to what may stay on its way: that stays counted, the
         // rest is through, and the next wait comes after as many again.
         if (caughtUp && inFlight > 0) {
