@@ -19,7 +19,9 @@
 // in a row stay in one write, except that once twice kPaceEvents of them
 // are on their way (never inside a click), the same wait lets the server
 // catch up to kPaceEvents: what is in flight stays small, so that a stop
-// ends input at once, and the server is never left without work.
+// ends input at once, and the server is never left without work; and a
+// button pressed alone, not as half of a click, waits for the pointer's
+// earlier events (see buttonEvent).
 // While the user holds a modifier on a real keyboard, key events wait: the
 // user's shortcut must not turn the script's letters into shortcuts. Only keysyms needing a
 // spare keycode are bound in one batch and synced first: at most one round
