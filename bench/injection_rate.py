@@ -122,5 +122,6 @@ def main():
               (label, ratio, "ok" if ratio >= 100 else "MISSED", ours / theirs if theirs else 0,
                "ok" if ours > theirs else "MISSED"))
 
+
 if __name__ == "__main__":
     main()
