@@ -114,38 +114,29 @@ private slots:
         QCOMPARE(f.exits, 1);
     }
 
-    // Advanced Mode turns the first three flags on; a switch to Basic Mode
-    // is kept for the next start.
-    void savedModeIsKeptForTheNextStart() {
-        QByteArray saved;
-        {
-            AppFixture f("0,0,0,1,0,");
-            f.app->splashWindow().showStartWindow();
-            QVERIFY(f.app->advancedWindow().isVisible() && f.app->advancedWindow().repeatAction->isChecked());
-            f.app->advancedWindow().switchToBasicMode();
-            f.app->basicWindow().close();
-            QCOMPARE(f.exits, 1);
-            saved = f.readFile("settings.dat");
-        }
-        QCOMPARE(saved, "1,1,1,1,1,");
-        AppFixture next(saved.constData());
-        next.app->splashWindow().showStartWindow();
-        QVERIFY(next.app->basicWindowLoaded() && next.app->basicWindow().isVisible());
-        QVERIFY(!next.app->advancedWindowLoaded());
-    }
-
-    // Basic Mode shows the flags of the file.
-    void splashGoesOnByItsTimerAlone() {
+    // The splash goes on by its own timer to the saved mode, which shows the
+    // file's flags and leaves Advanced Mode unloaded (its load would turn the
+    // first three flags on, as a switch to it does); a switch back to Basic
+    // Mode is kept for the next start.
+    void savedModeIsShownAndKeptForTheNextStart() {
         AppFixture f("0,0,0,1,1,");
         SplashWindow& splash = f.app->splashWindow();
         splash.show();
         splash.start();
         QTRY_VERIFY_WITH_TIMEOUT(f.app->basicWindowLoaded() && f.app->basicWindow().isVisible(), 3000);
-        QVERIFY(!splash.isVisible());
+        QVERIFY(!splash.isVisible() && !f.app->advancedWindowLoaded());
         QVERIFY(!splash.splashTimer.isActive() && !splash.updateCheckTimer.isActive());
         BasicWindow& basic = f.app->basicWindow();
         QVERIFY(basic.timers().hotkeyPollOn() && f.app->session.ignorePauses);
         QVERIFY(!basic.repeatOption->isChecked() && !basic.mouseMoveBox->isChecked() && !basic.extendedClicksBox->isChecked());
+        basic.switchToAdvancedMode();
+        QVERIFY(f.app->session.repeat && f.app->mouseMove && f.app->extendedClicks);
+        QVERIFY(f.app->advancedWindow().repeatAction->isChecked());
+        QVERIFY(!basic.repeatOption->isChecked());  // shown at the first load only
+        f.app->advancedWindow().switchToBasicMode();
+        basic.close();
+        QCOMPARE(f.exits, 1);
+        QCOMPARE(f.readFile("settings.dat"), "1,1,1,1,1,");
     }
 
     // A settings.dat that is no file gives the defaults, as a missing one
@@ -209,20 +200,17 @@ private slots:
         }
     }
 
-    void firstSwitchToAdvancedModeTurnsTheOptionsOn() {
-        AppFixture f("0,0,0,0,1,");
-        BasicWindow& basic = f.app->basicWindow();
-        basic.switchToAdvancedMode();
-        QVERIFY(f.app->session.repeat && f.app->mouseMove && f.app->extendedClicks);
-        QVERIFY(!basic.repeatOption->isChecked());  // shown at the first load only
-    }
-
-    void openAsksEvenForTheTemplateAndNoEndsIt() {
+    // Save does nothing until a script was recorded or opened, and then
+    // always asks for a name; Open asks even over the template, and a No ends it.
+    void basicModeSaveAndOpen() {
         AppFixture f;
         BasicWindow& basic = f.app->basicWindow();
         f.writeFile("a.tk", "Pause(1);");
+        f.dialogs.paths = {f.qpath("never.tk")};
+        basic.saveScript();
+        QCOMPARE(f.dialogs.paths.size(), size_t(1));  // not asked
         f.dialogs.answers = {false};
-        f.dialogs.paths = {f.qpath("a.tk")};
+        f.dialogs.paths = {f.qpath("a.tk"), f.qpath("b.tk")};
         basic.openScript();
         QCOMPARE(f.dialogs.asked.size(), size_t(1));
         QVERIFY(f.dialogs.asked[0].contains("If you open a new script"));
@@ -230,20 +218,11 @@ private slots:
         basic.openScript();
         QCOMPARE(basic.windowTitle(), "Tarvoke Basic Mode - a.tk");
         QCOMPARE(basic.text(), "Pause(1);");
-    }
-
-    void saveNeedsSomethingAndAlwaysAsks() {
-        AppFixture f;
-        BasicWindow& basic = f.app->basicWindow();
-        f.dialogs.paths = {f.qpath("never.tk")};
         basic.saveScript();
-        QCOMPARE(f.dialogs.paths.size(), size_t(1));  // not asked
-        basic.setWindowTitle("Tarvoke Basic Mode - Untitled");
-        basic.saveScript();
-        QCOMPARE(basic.windowTitle(), "Tarvoke Basic Mode - never.tk");
-        QCOMPARE(f.readFile("never.tk"), kTemplate.toUtf8());
+        QCOMPARE(basic.windowTitle(), "Tarvoke Basic Mode - b.tk");
+        QCOMPARE(f.readFile("b.tk"), "Pause(1);");
         basic.saveScript();  // asks again: cancelled this time
-        QCOMPARE(basic.windowTitle(), "Tarvoke Basic Mode - never.tk");
+        QCOMPARE(basic.windowTitle(), "Tarvoke Basic Mode - b.tk");
     }
 
     // Changed text takes its mark along to Basic Mode, whose closing offers
@@ -453,17 +432,33 @@ private slots:
 
     // Correct Time from both windows, hidden or behind the white overlay; the Debug window.
     // The fake clock's pauses pass at once: the measure is whatever the run
-    // took, and the percentage in the text follows it.
+    // took, and the percentage in the text follows it. Cancel leaves the
+    // window, its text and its timers as they were.
     void calibratesTheCallingWindowsText() {
+        using Answer = Dialogs::Answer;
         const QString script = "Function(Main);\nOrigionalPlayTime(0.5);\nsetpausepercent(100);\nPause(1500);\nEndFunction();";
-        for (auto [basic, white] : {std::pair{false, false}, {false, true}, {true, false}, {true, true}}) {
+        const std::pair<bool, Answer> rows[] = {{false, Answer::No}, {false, Answer::Yes}, {false, Answer::Cancel},
+                                                {true, Answer::No},  {true, Answer::Yes},  {true, Answer::Cancel}};
+        for (const auto& [basic, answer] : rows) {
             AppFixture f;
             Window w = windowOf(*f.app, basic);
             w.widget->show();
             w.setText(script);
-            f.dialogs.answers = {white};
+            // Yes and No through the two-way question that the three-way one falls back on.
+            if (answer == Answer::Cancel)
+                f.dialogs.threeWay = {answer};
+            else
+                f.dialogs.answers = {answer == Answer::Yes};
             basic ? f.app->basicWindow().correctTimeButton->click() : f.app->advancedWindow().correctTimeAction->trigger();
             QCOMPARE(f.dialogs.asked, std::vector<QString>{"Do you wish to use the White Debug mode?"});
+            if (answer == Answer::Cancel) {
+                QVERIFY(w.widget->isVisible() && !f.app->whiteDebugWindow().isVisible());
+                QVERIFY(!w.timers->correctTimeTimerOn() && !w.timers->playTimerOn());
+                QCOMPARE(w.text(), script);
+                QVERIFY(f.dialogs.told.isEmpty());
+                continue;
+            }
+            const bool white = answer == Answer::Yes;
             QVERIFY(!w.widget->isVisible());
             QCOMPARE(w.timers->correctTimeTimerOn(), !white);  // Ctrl+1 only in the hidden run
             QCOMPARE(f.app->whiteDebugWindow().isVisible(), white);
@@ -481,24 +476,6 @@ private slots:
                 QCOMPARE(QStringList({overlay.lineCount->text(), overlay.totalTime->text(), overlay.currentTime->text()}),
                          QStringList({"5", "0.5", measured}));
             }
-        }
-    }
-
-    // Cancel in the question leaves the window, its text and its timers as they were.
-    void cancelChangesNothing() {
-        for (bool basic : {false, true}) {
-            AppFixture f;
-            Window w = windowOf(*f.app, basic);
-            w.widget->show();
-            w.setText("Function(Main);\nOrigionalPlayTime(0.5);\nSetPausePercent(100);\nEndFunction();");
-            const QString before = w.text();
-            f.dialogs.threeWay = {Dialogs::Answer::Cancel};
-            basic ? f.app->basicWindow().correctTimeButton->click() : f.app->advancedWindow().correctTimeAction->trigger();
-            QCOMPARE(f.dialogs.asked.size(), size_t{1});
-            QVERIFY(w.widget->isVisible() && !f.app->whiteDebugWindow().isVisible());
-            QVERIFY(!w.timers->correctTimeTimerOn() && !w.timers->playTimerOn());
-            QCOMPARE(w.text(), before);
-            QVERIFY(f.dialogs.told.isEmpty());
         }
     }
 
