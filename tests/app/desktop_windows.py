@@ -1,8 +1,10 @@
 """The program on a real desktop: a play that hides the window and clicks the
-test window, the hotkeys Ctrl+0, Ctrl+8 and Ctrl+9, and a save that fails."""
+test window, the hotkeys Ctrl+0, Ctrl+8 and Ctrl+9, a save that fails, and
+White Debug mode's overlay above the other windows."""
 
 import contextlib
 import os
+import struct
 import subprocess
 import sys
 import tempfile
@@ -10,6 +12,10 @@ import time
 import unittest
 
 from testwindow import TestWindow, wait_until, window_named, windows_named, xdotool
+
+
+def xprop(*args):
+    return subprocess.run(["xprop", *args], capture_output=True, text=True).stdout
 
 
 def hold(keys, ms=100):
@@ -36,14 +42,20 @@ class Program:
         self.process.wait()
         self.folder.cleanup()
 
+    def visible(self):
+        return xdotool("search", "--onlyvisible", "--pid", self.process.pid, check=False).split()
+
     def windows(self, kind, title=None):
         """Its visible windows whose _NET_WM_WINDOW_TYPE includes kind (DIALOG,
         DROPDOWN_MENU ...), and whose title is title when one is given."""
-        props = lambda window: subprocess.run(["xprop", "-id", window, "_NET_WM_WINDOW_TYPE", "_NET_WM_NAME"],
-                                              capture_output=True, text=True).stdout
-        return [window for window in xdotool("search", "--onlyvisible", "--pid", self.process.pid, check=False).split()
-                if "_NET_WM_WINDOW_TYPE_" + kind in props(window)
+        props = lambda window: xprop("-id", window, "_NET_WM_WINDOW_TYPE", "_NET_WM_NAME")
+        return [window for window in self.visible() if "_NET_WM_WINDOW_TYPE_" + kind in props(window)
                 and (title is None or '_NET_WM_NAME(UTF8_STRING) = "%s"' % title in props(window).splitlines())]
+
+    def overlays(self):
+        """Its visible windows that are full screen and above the others."""
+        state = lambda window: set(xprop("-id", window, "_NET_WM_STATE").replace(",", " ").split())
+        return [int(w) for w in self.visible() if {"_NET_WM_STATE_FULLSCREEN", "_NET_WM_STATE_ABOVE"} <= state(w)]
 
     def enter_script(self, text):
         """Replaces the editor's text of Advanced Mode by typing. The editor
@@ -194,6 +206,50 @@ class Files(unittest.TestCase):
             self.assertTrue(wait_until(lambda: len(a_presses()) > typed))
             hold("ctrl+0")
             self.assertTrue(wait_until(lambda: windows_named("Tarvoke - Untitled"), 1.0))
+
+
+def screenshot():
+    """The root window as a function of (x, y) to 0xRRGGBB (32 bits a pixel)."""
+    data = subprocess.run(["xwd", "-root", "-silent"], capture_output=True, check=True).stdout
+    size, order, line, colours = (struct.unpack_from(">I", data, 4 * i)[0] for i in (0, 7, 12, 19))
+    start = size + colours * 12
+    return lambda x, y: struct.unpack_from("<I" if order == 0 else ">I", data, start + y * line + x * 4)[0] & 0xFFFFFF
+
+
+def stacking():
+    return [int(w, 16) for w in xprop("-root", "_NET_CLIENT_LIST_STACKING").split("#")[-1].replace(",", " ").split()]
+
+
+class WhiteDebug(unittest.TestCase):
+    def test_overlay_counts_stays_above_and_gives_the_window_back(self):
+        """Correct Time from Basic Mode answered Yes covers the screen with the
+        white overlay and its counters, keeps it above a window that asks to
+        be raised, and gives the calling window back."""
+        with TestWindow() as target, Program() as program:
+            program.enter_script("Function(Main);\nOrigionalPlayTime(1.0);\nSetPausePercent(100);\n"
+                                 "Pause(6000);\nEndFunction();")
+            program.to_basic_mode()
+            # From Record, four Tabs pass Save, Open... and Advanced Mode to Correct Time.
+            xdotool("key", *["Tab"] * 4, "space")
+            xdotool("windowactivate", "--sync", window_named(r"White Debug mode\?"), "key", "Return")
+            overlay = wait_until(program.overlays, 5)
+            self.assertTrue(overlay and not windows_named("Tarvoke Basic Mode"))
+
+            top = int(target.ready["top"], 16)
+            xdotool("windowactivate", top, check=False)
+            xdotool("windowraise", top)
+            wait_until(lambda: stacking().index(top) > 0, 2)
+            self.assertGreater(stacking().index(overlay[0]), stacking().index(top))
+            pixel = screenshot()
+            self.assertEqual(pixel(*target.point("child", 100, 50)), 0xFFFFFF, "the black child shows through")
+            # "Time (seconds):" and the statement count under "Line:" are drawn.
+            for x0, y0, x1, y1 in [(8, 8, 120, 24), (8, 88, 40, 104)]:
+                self.assertTrue(any(pixel(x, y) < 0x808080 for x in range(x0, x1) for y in range(y0, y1)))
+
+            report = wait_until(lambda: program.windows("DIALOG"), 15)
+            xdotool("windowactivate", "--sync", report[0], "key", "Return")
+            self.assertTrue(wait_until(lambda: windows_named("Tarvoke Basic Mode"), 2))
+            self.assertFalse(program.overlays())
 
 
 if __name__ == "__main__":
