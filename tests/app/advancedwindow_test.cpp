@@ -65,14 +65,15 @@ private slots:
     void captionsFollowTheFileOperations() {
         AppFixture f;
         AdvancedWindow& window = f.app->advancedWindow();
-        QCOMPARE(window.windowTitle(), "Tarvoke");
-        QCOMPARE(window.text(), kTemplate);
-        // A file that holds no compiled script opens nothing; a name in capitals is a script.
+        // A file that holds no compiled script opens nothing and says so (the
+        // kinds of such files: playback_test); a name in capitals is a script.
         f.writeFile("tool.exe", "binary");
         f.writeFile("first.TK.EXE", "Function(Main);\r\nPause(5);\r\nEndFunction();\r\n");
         f.dialogs.paths = {f.qpath("tool.exe"), f.qpath("first.TK.EXE")};
         window.openScript();
+        QCOMPARE(f.dialogs.told, QStringList{"Tarvoke: This file holds no compiled script."});
         QCOMPARE(window.windowTitle(), "Tarvoke");
+        QCOMPARE(window.text(), kTemplate);
         QVERIFY(f.app->filePath.empty());
         window.openScript();
         QCOMPARE(window.windowTitle(), "Tarvoke - first.TK.EXE");
@@ -268,14 +269,15 @@ private slots:
         QCOMPARE(selectionOf(window), (Selection{10, 5}));
     }
 
-    // Every occurrence, exact in case, as one step that Undo takes back.
-    void replaceAll() {
+    // Replace All: every occurrence, exact in case, as one step that Undo
+    // takes back. Delete: one character, or the selection.
+    void replaceAllAndDelete() {
+        AppFixture f;
+        AdvancedWindow& window = f.app->advancedWindow();
         const std::tuple<QString, QString, QString, QString> rows[] = {
             {"Pause(1);Pause(2);", "Pause", "PauseS", "PauseS(1);PauseS(2);"},
             {"pause Pause", "Pause", "x", "pause x"}, {"abc", "", "x", "abc"}, {"a;b;", ";", "", "ab"}};
         for (const auto& [text, find, replacement, result] : rows) {
-            AppFixture f;
-            AdvancedWindow& window = f.app->advancedWindow();
             window.setText(text);
             ReplaceDialog dialog(window);
             dialog.findEdit->setText(find);
@@ -285,6 +287,13 @@ private slots:
             QCOMPARE(window.changed(), result != text);
             window.editor->undo();
             QCOMPARE(window.text(), text);
+        }
+        window.setText("ab\ncd");
+        const std::tuple<int, int, const char*> steps[] = {{2, 0, "abcd"}, {1, 2, "ad"}, {2, 0, "ad"}};
+        for (const auto& [start, length, result] : steps) {
+            select(window, start, length);
+            window.deleteText();
+            QCOMPARE(window.text(), result);
         }
     }
 
@@ -387,18 +396,6 @@ private slots:
         }
         QTest::keyClick(window.windowHandle(), Qt::Key_G, Qt::ControlModifier);  // Cancel
         QCOMPARE(window.editor->textCursor().blockNumber() + 1, 11);
-    }
-
-    void deleteTakesOneCharacterOrTheSelection() {
-        AppFixture f;
-        AdvancedWindow& window = f.app->advancedWindow();
-        window.setText("ab\ncd");
-        const std::tuple<int, int, const char*> steps[] = {{2, 0, "abcd"}, {1, 2, "ad"}, {2, 0, "ad"}};
-        for (const auto& [start, length, result] : steps) {
-            select(window, start, length);
-            window.deleteText();
-            QCOMPARE(window.text(), result);
-        }
     }
 };
 
