@@ -303,9 +303,10 @@ private slots:
         }
     }
 
-    // Colours as the loader reads the text; the checker's findings
-    // underlined with their message as a tooltip, listed by F7, and a click
-    // in the list goes there; Ctrl+G goes to a line.
+    // Colours as the loader reads the text; the checker's findings (every
+    // kind: tests/scripts/check/findings.tk) underlined with their message as
+    // a tooltip, listed by F7, and a click in the list goes there; Ctrl+G
+    // goes to a line.
     void editorShowsTheLanguage() {
         AppFixture f;
         AdvancedWindow& window = f.app->advancedWindow();
@@ -317,8 +318,6 @@ private slots:
                              "comment#Pause(1)\n"
                              "Pause(2);\n"
                              "LeftClick(1,2,3,4,5,6,7,8,9);\n"
-                             "While(1=2); EndIf();\n"
-                             "Call(Missing);\n"
                              "EndFunction();\n"
                              "Function(Main);EndFunction();RightClick;\n"
                              "# never closed";
@@ -349,12 +348,9 @@ private slots:
                         {3, 18, "3:19: `sendkeys` reads 1 parameter, this statement has 2"},
                         {3, 18, "3:19: `0x4g` starts with `0x` but is no even run of hex digits"},
                         {6, 26, "6:27: 9 parameters: a statement keeps at most 8, so all are dropped"},
-                        {7, 0, "7:1: `while` without `endwhile`"},
-                        {7, 12, "7:13: `endif` without `if`"},
-                        {8, 5, "8:6: `call` of `missing`, which no function defines"},
-                        {10, 9, "10:10: function `main` is defined twice; `call` enters the first, on line 1"},
-                        {10, 39, "10:40: `;` dropped: no `(` and `)` since the last statement, so the text runs on"},
-                        {11, 0, "11:1: comment never closed: the rest of the file is ignored"}};
+                        {8, 9, "8:10: function `main` is defined twice; `call` enters the first, on line 1"},
+                        {8, 39, "8:40: `;` dropped: no `(` and `)` since the last statement, so the text runs on"},
+                        {9, 0, "9:1: comment never closed: the rest of the file is ignored"}};
         QCOMPARE(window.checkList->count(), std::size(findings));
         for (size_t i = 0; i < std::size(findings); ++i) {
             const auto& [line, column, listed] = findings[i];
@@ -396,12 +392,12 @@ private slots:
         window.editText(text);
 
         f.dialogs.numbers = {4, 99};
-        for (const int line : {4, 11}) {  // 99 goes to the last line
+        for (const int line : {4, 9}) {  // 99 goes to the last line
             QTest::keyClick(window.windowHandle(), Qt::Key_G, Qt::ControlModifier);
             QCOMPARE(window.editor->textCursor().blockNumber() + 1, line);
         }
         QTest::keyClick(window.windowHandle(), Qt::Key_G, Qt::ControlModifier);  // Cancel
-        QCOMPARE(window.editor->textCursor().blockNumber() + 1, 11);
+        QCOMPARE(window.editor->textCursor().blockNumber() + 1, 9);
     }
 };
 
