@@ -32,7 +32,7 @@ using Choice = Dialogs::SaveChoice;
 
 namespace {
 
-enum Key : uint8_t { kCtrl = 17, kZero = 48, kSix = 54, kSeven = 55, kEight = 56, kNine = 57, kA = 65, kLeftCtrl = 162 };
+enum Key : uint8_t { kCtrl = 17, kZero = 48, kEight = 56, kNine = 57, kA = 65, kLeftCtrl = 162 };
 
 // Whether the recording holds the line yet (the sampler's timer adds it).
 bool recorded(AppFixture& f, const std::string& line) { return f.app->recorder.script.find(line) != std::string::npos; }
@@ -398,16 +398,9 @@ private slots:
             w.setText("");
             f.app->mouseMove = f.app->extendedClicks = true;
             w.record();
-            for (uint8_t digit : {kSix, kSeven}) {
-                f.keys.press(kCtrl);
-                f.keys.press(kLeftCtrl);
-                QTRY_VERIFY(recorded(f, "KeyDown(162);"));
-                f.keys.press(digit);
-                const bool& flag = digit == kSix ? f.app->recorder.mouseMoves : f.app->recorder.extendedClicks;
-                QTRY_VERIFY(!flag);
-                f.keys.releaseAll();
-                QTRY_VERIFY(!f.app->recorder.skipNextLine);  // the Ctrl release swallowed
-            }
+            QVERIFY(f.app->recorder.mouseMoves && f.app->recorder.extendedClicks);
+            // What Ctrl+6 and Ctrl+7 do in a recording (their keys: recorder_test).
+            f.app->recorder.mouseMoves = f.app->recorder.extendedClicks = false;
             w.stop();
             QVERIFY(!f.app->mouseMove && !f.app->extendedClicks);
             QCOMPARE(f.readFile("settings.dat"), "1,0,0,0,1,");
