@@ -78,8 +78,9 @@ class WindowsTest : public QObject {
 
 private slots:
     // Start-up: settings.dat and where it lives, the splash, the mode choice.
-    void settingsText() {
-        // The file's text and the five flags as read.
+    // The file's text and the five flags as read; a settings.dat that is no
+    // file gives the defaults, as a missing one does: no abort, no wait on a FIFO.
+    void settingsFileAsRead() {
         const std::pair<const char*, const char*> rows[] = {
             {"1,1,1,0,1,", "11101"}, {"0,0,0,1,1,", "00011"}, {"1,1,1,1,1", "11111"},  // the last comma missing
             {"1,1,", "11000"},  // a short file means Advanced Mode
@@ -90,6 +91,15 @@ private slots:
             for (bool b : {s.repeat, s.mouseMove, s.extendedClicks, s.ignorePauses, s.basicMode}) flags += b ? '1' : '0';
             QCOMPARE(flags, expected);
         }
+        QTemporaryDir folder;
+        const std::string path = folder.filePath("settings.dat").toStdString();
+        QCOMPARE(::mkdir(path.c_str(), 0700), 0);
+        QVERIFY(loadSettings(path).firstRun);
+        ::rmdir(path.c_str());
+        QCOMPARE(::mkfifo(path.c_str(), 0600), 0);
+        const LoadedSettings loaded = loadSettings(path);
+        QVERIFY(loaded.firstRun);
+        QCOMPARE(formatSettings(loaded.settings), formatSettings(Settings{}));
     }
 
     // The first start asks for the mode and saves the choice; closing the
@@ -137,20 +147,6 @@ private slots:
         basic.close();
         QCOMPARE(f.exits, 1);
         QCOMPARE(f.readFile("settings.dat"), "1,1,1,1,1,");
-    }
-
-    // A settings.dat that is no file gives the defaults, as a missing one
-    // does: no abort, no wait on a FIFO.
-    void unreadableSettingsGiveTheDefaults() {
-        QTemporaryDir folder;
-        const std::string path = folder.filePath("settings.dat").toStdString();
-        QCOMPARE(::mkdir(path.c_str(), 0700), 0);
-        QVERIFY(loadSettings(path).firstRun);
-        ::rmdir(path.c_str());
-        QCOMPARE(::mkfifo(path.c_str(), 0600), 0);
-        const LoadedSettings loaded = loadSettings(path);
-        QVERIFY(loaded.firstRun);
-        QCOMPARE(formatSettings(loaded.settings), formatSettings(Settings{}));
     }
 
     void settingsFolderFollowsTheEnvironment() {
