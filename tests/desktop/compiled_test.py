@@ -11,7 +11,7 @@ import unittest
 import zlib
 
 from player_test import ctrl_zero
-from testwindow import PLAY, answer, pointer, wait_until, window_named
+from testwindow import PLAY, Script, answer, pointer, wait_until, window_named
 
 
 def picture(red_at):
@@ -36,13 +36,9 @@ def bmp(rows):
 
 def compiled(folder, body, *options):
     """The program compiled from Main's body, alone in folder."""
-    with tempfile.TemporaryDirectory() as scratch:
-        script = os.path.join(scratch, "script.tk")
-        with open(script, "w") as out:
-            out.write("Function(Main);\n%s\nEndFunction();\n" % body)
-        program = os.path.join(folder, "program.exe")
-        subprocess.run([PLAY, "--compile", script, program, *options], check=True, timeout=20)
-        return program
+    script, program = Script(body), os.path.join(folder, "program.exe")
+    subprocess.run([PLAY, "--compile", script.path, program, *options], check=True, timeout=20)
+    return program
 
 
 class CompiledProgram(unittest.TestCase):
