@@ -1,13 +1,17 @@
 """tarvoke-play on the desktop: scripts act on the test window through the X
 server in the script's order, and a run stops on Ctrl+0, SIGINT and SIGTERM
-with no key left down."""
+with no key left down. A compiled program plays alone in a folder of its own
+and reads the pictures beside it."""
 
 import os
 import signal
+import struct
 import subprocess
 import sys
+import tempfile
 import time
 import unittest
+import zlib
 
 from testwindow import (INPUT, PLAY, Script, TestWindow, answer, pointer, resident_mb, wait_until,
                         window_named, windows_named, xdotool)
@@ -231,6 +235,58 @@ class StoppingARun(unittest.TestCase):
                 self.assertEqual(process.returncode, status, errors)
                 self.assertTrue(wait_until(lambda: not windows_named("Greeting")), "the box stayed open")
                 self.assertEqual(len(window.wait_for(clicks, "ButtonPress", "ButtonRelease")), clicks)
+
+
+def png(red_at):
+    """A PNG of 20x10 pixels, black but for one pure red pixel."""
+    rows = [[(255, 0, 0) if (x, y) == red_at else (0, 0, 0) for x in range(20)] for y in range(10)]
+    raw = b"".join(b"\0" + bytes(c for pixel in row for c in pixel) for row in rows)
+    chunk = lambda kind, data: struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
+    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", len(rows[0]), len(rows), 8, 2, 0, 0, 0))
+            + chunk(b"IDAT", zlib.compress(raw)) + chunk(b"IEND", b""))
+
+
+class CompiledProgram(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.TemporaryDirectory(prefix="tarvoke-compiled-")
+        self.addCleanup(self.folder.cleanup)
+
+    def start(self, body, *options):
+        """The program compiled from Main's body into the folder, run from elsewhere with nothing of the
+        build in reach."""
+        script, program = Script(body), os.path.join(self.folder.name, "program.exe")
+        there = os.listdir(self.folder.name)
+        subprocess.run([PLAY, "--compile", script.path, program, *options], check=True, timeout=20)
+        self.assertEqual(sorted(os.listdir(self.folder.name)), sorted(there + ["program.exe"]), "more than the program")
+        libraries = subprocess.run(["ldd", program], capture_output=True, text=True, check=True).stdout
+        self.assertNotIn("not found", libraries)
+        self.assertNotIn(os.path.dirname(PLAY), libraries)
+        return subprocess.Popen([program], cwd="/", stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+                                env={k: v for k, v in os.environ.items() if k != "LD_LIBRARY_PATH"})
+
+    def test_alone_in_a_folder_it_plays_reads_pictures_and_shows_boxes(self):
+        with open(os.path.join(self.folder.name, "pic.png"), "wb") as out:
+            out.write(png((7, 3)))
+        process = self.start("MoveMouse(300, 300);\nCreateColorRange(colorrange1, 250, 0, 0, 255, 5, 5);\n"
+                             "LoadImage(imagesave1, pic.png);\nMoveMouseToColorRange(imagesave1, colorrange1);\n"
+                             'Message("PNG Loaded", information, "Compiled Box");\nMoveMouse(12, 5);')
+        # The quoted title keeps its capitals and blank.
+        window_named("Compiled Box")
+        self.assertEqual(pointer(), (7, 3), "the PNG was not read")
+        answer("Compiled Box")
+        _, errors = process.communicate(timeout=10)
+        self.assertEqual(process.returncode, 0, errors)
+        self.assertEqual(pointer(), (12, 5), "the run did not go on after the box")
+
+    def test_a_repeating_program_runs_until_ctrl_zero(self):
+        process = self.start("MoveMouse(5, 6);\nPause(20);\nMoveMouse(9, 8);\nPause(20);", "--repeat")
+        # Round and round: both positions come, more than once.
+        for _ in range(2):
+            for spot in ((5, 6), (9, 8)):
+                self.assertTrue(wait_until(lambda: pointer() == spot), "the body did not run again")
+        ctrl_zero(process)
+        _, errors = process.communicate(timeout=10)
+        self.assertEqual(process.returncode, 0, errors)
 
 
 if __name__ == "__main__":

@@ -9,7 +9,7 @@ import tempfile
 import time
 import unittest
 
-from testwindow import INPUT, PLAY, TestWindow, pointer, xdotool
+from testwindow import INPUT, PLAY, TestWindow, xdotool
 
 HOLD = 0.06  # a tap shorter than the sampler's tick could fall between two polls
 
@@ -179,15 +179,6 @@ class RecordThenPlay(unittest.TestCase):
                                  "MoveMouseToColorRange(imagesave0, colorrange0);")])
         # The player keeps no settings.
         self.assertFalse(os.path.exists(self.env["TARVOKE_SETTINGS_DIR"]))
-        with TestWindow() as window:
-            xdotool("mousemove", *window.point("top", 10, 10))
-            self.play()
-            buttons = [b for b in window.wait_for(8, "ButtonPress", "ButtonRelease") if b["sent"] == "1"]
-            # Played back, the last block moves the pointer to the first black pixel of the screen.
-            self.assertNotEqual(pointer(), window.point("top", 10, 10))
-        # The target window gets the script's position divided by 15 twips per pixel.
-        self.assertEqual([(b["type"], b["win"], b["x"], b["y"]) for b in buttons],
-                         [(kind, "child", str(cx // 15), str(cy // 15)) for kind in ("ButtonPress", "ButtonRelease")])
 
     def test_a_recording_is_never_lost(self):
         # A file is kept unless --force is given.
