@@ -248,16 +248,15 @@ def png(red_at):
 
 class CompiledProgram(unittest.TestCase):
     def setUp(self):
-        self.folder = tempfile.TemporaryDirectory(prefix="tarvoke-compiled-")
-        self.addCleanup(self.folder.cleanup)
+        self.folder = self.enterContext(tempfile.TemporaryDirectory(prefix="tarvoke-compiled-"))
 
     def start(self, body, *options):
         """The program compiled from Main's body into the folder, run from elsewhere with nothing of the
         build in reach."""
-        script, program = Script(body), os.path.join(self.folder.name, "program.exe")
-        there = os.listdir(self.folder.name)
+        script, program = Script(body), os.path.join(self.folder, "program.exe")
+        there = os.listdir(self.folder)
         subprocess.run([PLAY, "--compile", script.path, program, *options], check=True, timeout=20)
-        self.assertEqual(sorted(os.listdir(self.folder.name)), sorted(there + ["program.exe"]), "more than the program")
+        self.assertEqual(sorted(os.listdir(self.folder)), sorted(there + ["program.exe"]), "more than the program")
         libraries = subprocess.run(["ldd", program], capture_output=True, text=True, check=True).stdout
         self.assertNotIn("not found", libraries)
         self.assertNotIn(os.path.dirname(PLAY), libraries)
@@ -265,7 +264,7 @@ class CompiledProgram(unittest.TestCase):
                                 env={k: v for k, v in os.environ.items() if k != "LD_LIBRARY_PATH"})
 
     def test_alone_in_a_folder_it_plays_reads_pictures_and_shows_boxes(self):
-        with open(os.path.join(self.folder.name, "pic.png"), "wb") as out:
+        with open(os.path.join(self.folder, "pic.png"), "wb") as out:
             out.write(png((7, 3)))
         process = self.start("MoveMouse(300, 300);\nCreateColorRange(colorrange1, 250, 0, 0, 255, 5, 5);\n"
                              "LoadImage(imagesave1, pic.png);\nMoveMouseToColorRange(imagesave1, colorrange1);\n"

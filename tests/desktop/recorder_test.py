@@ -60,12 +60,9 @@ def as_recorded(window):
 
 class RecordThenPlay(unittest.TestCase):
     def setUp(self):
-        self.folder = tempfile.TemporaryDirectory(prefix="tarvoke-record-")
-        self.script = os.path.join(self.folder.name, "recorded.tk")
-        self.env = dict(os.environ, TARVOKE_SETTINGS_DIR=os.path.join(self.folder.name, "settings"))
-
-    def tearDown(self):
-        self.folder.cleanup()
+        self.folder = self.enterContext(tempfile.TemporaryDirectory(prefix="tarvoke-record-"))
+        self.script = os.path.join(self.folder, "recorded.tk")
+        self.env = dict(os.environ, TARVOKE_SETTINGS_DIR=os.path.join(self.folder, "settings"))
 
     def start(self, *extra):
         """tarvoke-play --record, once it says it records (it listens by then)."""
@@ -191,7 +188,7 @@ class RecordThenPlay(unittest.TestCase):
             self.assertEqual(f.read(), "mine")
         # Neither the target (no file can be made in /proc) nor standard
         # output takes it: it is kept in the state folder.
-        state = os.path.join(self.folder.name, "state")
+        state = os.path.join(self.folder, "state")
         with open("/dev/full", "w") as full:
             recorder = subprocess.Popen([PLAY, "--record", "/proc/tarvoke-recorded.tk"], stdout=full,
                                         stderr=subprocess.PIPE, text=True, env=dict(os.environ, XDG_STATE_HOME=state))
