@@ -58,16 +58,6 @@ protected:
     Display* m_other = nullptr;  // another client: a program or the user's keyboard
 };
 
-std::vector<std::string> describe(const std::vector<Event>& events, const std::vector<std::string>& keys) {
-    std::vector<std::string> lines;
-    for (const Event& event : events) {
-        std::string line = event.type;
-        for (const auto& key : keys) line += " " + key + "=" + event[key];
-        lines.push_back(line);
-    }
-    return lines;
-}
-
 // Each button arrives where the cursor is. The clicks of one burst share a
 // cursor question until a move of ours; the move after a click that the
 // window manager holds back (it grabs the click to raise the window) is
@@ -160,10 +150,11 @@ TEST_F(X11Test, KeysWaitWhileTheUserHoldsAModifier) {
     m_platform.input->keyEvent(65, kKeyRelease);
     m_platform.input->flush();
     m_x11->keys().testDevices() = ours;
-    const auto keys = window.waitFor(4, {"KeyPress", "KeyRelease"});
-    EXPECT_EQ(describe(keys, {"keysym", "state"}),
-              (std::vector<std::string>{"KeyPress keysym=0xffe3 state=0x0", "KeyRelease keysym=0xffe3 state=0x4",
-                                        "KeyPress keysym=0x61 state=0x0", "KeyRelease keysym=0x61 state=0x0"}));
+    std::vector<std::string> keys;
+    for (const Event& key : window.waitFor(4, {"KeyPress", "KeyRelease"}))
+        keys.push_back(key.type + " keysym=" + key["keysym"] + " state=" + key["state"]);
+    EXPECT_EQ(keys, (std::vector<std::string>{"KeyPress keysym=0xffe3 state=0x0", "KeyRelease keysym=0xffe3 state=0x4",
+                                              "KeyPress keysym=0x61 state=0x0", "KeyRelease keysym=0x61 state=0x0"}));
 }
 
 TEST_F(X11Test, KeyStateFollowsTheKeysAndKeepsThePressBit) {
