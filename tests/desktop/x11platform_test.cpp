@@ -51,6 +51,14 @@ protected:
     bool keyStateBecomes(uint8_t vk, bool down) {
         return eventually([&] { return m_platform.keys->isDown(vk) == down; });
     }
+    // The server destroys a program's windows once it has seen its connection close.
+    bool destroyed(unsigned long window) {
+        return eventually([&] {
+            XWindowAttributes attributes;
+            return !m_x11->connection().checked(
+                [&] { XGetWindowAttributes(m_x11->connection().display(), window, &attributes); });
+        });
+    }
 
     QtLoop m_loop;
     std::unique_ptr<X11Platform> m_x11;
@@ -124,7 +132,7 @@ TEST_F(X11Test, WindowsAreFoundByClassAndTitle) {
     EXPECT_EQ(windows.windowFromPoint({window->rootX(true, 3), window->rootY(true, 3)}), child);
     EXPECT_EQ(windows.windowFromPoint({window->rootX(false, 3), window->rootY(false, 3)}), top);
     window.reset();
-    m_platform.clock->wait(100);
+    ASSERT_TRUE(destroyed(top));
     m_platform.input->sendMessage(top, 513, 0, 0);
     m_platform.input->flush();
     EXPECT_EQ(windows.className(top) + windows.title(top), "");
@@ -224,8 +232,7 @@ TEST_F(X11Test, TheNextStartCleansUpAfterAKilledRun) {
     // destroys what the run made, its mark in the list among them.
     ::shutdown(ConnectionNumber(killedDisplay), SHUT_RDWR);
     static_cast<void>(killed.release());
-    XWindowAttributes attributes;
-    eventually([&] { return !connection.checked([&] { XGetWindowAttributes(display, (*entries)[0], &attributes); }); });
+    ASSERT_TRUE(destroyed((*entries)[0]));
 
     PollLoop nextLoop;
     const auto next = X11Platform::open(nextLoop);
