@@ -184,13 +184,6 @@ TEST_F(X11Test, KeyStateFollowsTheKeysAndKeepsThePressBit) {
     EXPECT_TRUE(keyStateBecomes(2, true));
     ASSERT_EQ(std::system("xdotool mouseup 3"), 0);
     EXPECT_TRUE(keyStateBecomes(2, false));
-
-    // Once the pointer is followed, buttons come from raw events.
-    m_platform.keys->followPointer();
-    ASSERT_EQ(std::system("xdotool mousedown 1"), 0);
-    EXPECT_TRUE(keyStateBecomes(1, true));
-    ASSERT_EQ(std::system("xdotool mouseup 1"), 0);
-    EXPECT_TRUE(keyStateBecomes(1, false));
 }
 
 bool anyKeycodeCarries(Display* display, KeySym keysym) {
