@@ -1,13 +1,17 @@
 """tarvoke-play on the desktop: scripts act on the test window through the X
 server in the script's order, and a run stops on Ctrl+0, SIGINT and SIGTERM
-with no key left down."""
+with no key left down. A compiled program plays alone in a folder of its own
+and reads the pictures beside it."""
 
 import os
 import signal
+import struct
 import subprocess
 import sys
+import tempfile
 import time
 import unittest
+import zlib
 
 from testwindow import (INPUT, PLAY, Script, TestWindow, answer, pointer, resident_mb, wait_until,
                         window_named, windows_named, xdotool)
@@ -34,12 +38,12 @@ class ActingOnTheDesktop(unittest.TestCase):
             # 65 is "a" pressed alone; 190 the physical key of "."; 49 the key of "1".
             ("buttons and keys", [], "MoveMouse({cx}, {cy});\nLeftClick();\nRightDown();\nRightUp();\n"
              "KeyDown(65);\nKeyUp(65);\nKeyDown(190);\nKeyUp(190);\nKeyDown(49);\nKeyUp(49);\nKeyDown(13);\n"
-             "KeyUp(13);\nMiddleClick();", None,
+             "KeyUp(13);\nMiddleClick();", False,
              taps("child 0 25 35", "1", "3", "0x61", "0x2e", "0x31", "0xff0d", "2")),
-            ("keys, a click, keys", [], 'SendKeys("ab");\nMoveMouse({tx}, {ty});\nLeftClick();\nSendKeys("cd");', None,
+            ("keys, a click, keys", [], 'SendKeys("ab");\nMoveMouse({tx}, {ty});\nLeftClick();\nSendKeys("cd");', False,
              taps("top 0 30 30", "0x61", "0x62", "1", "0x63", "0x64")),
             ("a key after a shift-drag", [], "MoveMouse({tx}, {ty});\nKeyDown(16);\nLeftDown();\n"
-             "MoveMouse({dx}, {dy});\nLeftUp();\nKeyUp(16);\nKeyDown(65);\nKeyUp(65);", None,
+             "MoveMouse({dx}, {dy});\nLeftUp();\nKeyUp(16);\nKeyDown(65);\nKeyUp(65);", False,
              ["KeyPress top 0 30 30 0xffe1 0x0", "ButtonPress top 0 30 30 1 0x1",
               # The drag ends where it was moved to.
               "ButtonRelease top 0 200 120 1 0x101", "KeyRelease child 0 150 70 0xffe1 0x1"]
@@ -47,38 +51,38 @@ class ActingOnTheDesktop(unittest.TestCase):
             # A release the window manager still holds lands where the pointer
             # is when it lets it go: the move behind it waits.
             ("a move right after a click", [], "RightDownEx({cx}, {cy});\nRightUpEx({cx}, {cy});\n"
-             "MoveMouse({tx}, {ty});\nLeftClick();", None, taps("child 0 25 35", "3") + taps("top 0 30 30", "1")),
+             "MoveMouse({tx}, {ty});\nLeftClick();", False, taps("child 0 25 35", "3") + taps("top 0 30 30", "1")),
             # A button held down while the window manager still holds the
             # clicks before it must not make the server drop them.
             ("clicks, then a button held", [], "MoveMouse({tx}, {ty});\nLeftClick();\nLeftClick();\nLeftDown();\n"
-             "Pause(50);\nLeftUp();", None, taps("top 0 30 30", "1", "1", "1")),
+             "Pause(50);\nLeftUp();", False, taps("top 0 30 30", "1", "1", "1")),
             # Ex commands send events to the selected window and leave the
             # pointer alone; at 15 twips a pixel, 300 and 150 arrive as 20 and
-            # 10. Look-ups ignore case: unquoted names are lower-cased at load.
+            # 10, -30 as -2. Look-ups ignore case: unquoted names are
+            # lower-cased at load.
             ("Ex commands", ["--class", "Target", "--title", "Target Window", "--child-class", "TargetChild"],
              'SelectWindow(target, "TARGET window");\nLeftDownEx(300, 150);\nLeftUpEx(300, 150);\n'
-             'KeyDown(66);\nKeyUp(66);\nSelectSubWindow(targetchild);\nRightDownEx(45, 30);\nRightUpEx(45, 30);\n'
-             'DeselectWindow();\nMoveMouse(7, 8);', (7, 8),
-             taps("top 1 20 10", "1") + taps("top 1 0 0", "0x62") + taps("child 1 3 2", "3")),
+             'KeyDown(66);\nKeyUp(66);\nSelectSubWindow(targetchild);\nRightDownEx(45, 30);\nRightUpEx(-30, 30);',
+             True, taps("top 1 20 10", "1") + taps("top 1 0 0", "0x62")
+             + ["ButtonPress child 1 3 2 3 0x0", "ButtonRelease child 1 -2 2 3 0x400"]),
         ]
-        for name, args, body, moved_to, expected in rows:
+        for name, args, body, pointer_stays, expected in rows:
             with self.subTest(name), TestWindow(*args) as window:
                 (cx, cy), (tx, ty), (dx, dy) = (window.point(*p) for p in
                                                 (("child", 25, 35), ("top", 30, 30), ("top", 200, 120)))
                 xdotool("mousemove", tx, ty)
-                result = Script(body.format(cx=cx, cy=cy, tx=tx, ty=ty, dx=dx, dy=dy)).run()
-                self.assertEqual(result.returncode, 0, result.stderr)
+                Script(body.format(cx=cx, cy=cy, tx=tx, ty=ty, dx=dx, dy=dy)).run()
                 self.assertEqual(logged(window.wait_for(len(expected), *INPUT)), expected)
-                self.assertEqual(pointer(), moved_to or pointer())
+                if pointer_stays:
+                    self.assertEqual(pointer(), (tx, ty))
 
     def test_a_plain_click_notes_where_it_happened(self):
         # Moved by xdotool's warp, which the server reports to no raw-event
         # listener: the position must come from the server itself.
         xdotool("mousemove", 321, 234)
-        result = Script("LeftClick();\nMoveMouse(5, 6);\nInt(a, 0);\nAdd(a, lx);\nInt(b, 0);\nAdd(b, ly);\n"
-                        "MoveMouse(40000, -70000);").run("--dump")
-        self.assertEqual(result.returncode, 0, result.stderr)
-        self.assertIn("Long: a, value: 321\nLong: b, value: 234\n", result.stdout)
+        dump = Script("LeftClick();\nMoveMouse(5, 6);\nInt(a, 0);\nAdd(a, lx);\nInt(b, 0);\nAdd(b, ly);\n"
+                      "MoveMouse(40000, -70000);").run("--dump")
+        self.assertIn("Long: a, value: 321\nLong: b, value: 234\n", dump)
         # A position beyond the screen stops at its edge.
         self.assertEqual(pointer(), (1919, 0))
 
@@ -101,12 +105,9 @@ class ActingOnTheDesktop(unittest.TestCase):
                     xdotool("windowkill", window, check=False)
                 self.assertTrue(maximized, "the window was not maximized")
 
-
-class OrderAcrossDevices(unittest.TestCase):
-    """The window manager holds a click on an unfocused window back until it
-    has focused it, while keys would pass: the keys still land behind it."""
-
     def test_keys_after_a_click_land_in_the_clicked_window(self):
+        # The window manager holds a click on an unfocused window back until
+        # it has focused it, while keys would pass: the keys still land behind it.
         qtkexz = ["0x71", "0x74", "0x6b", "0x65", "0x78", "0x7a", "0x31", "0x77", "0xff0d"]
         rows = [
             ("plain click, text", "MoveMouse({x}, {y});\nLeftClick();\nSendKeys(\"qtkexz1w~\");", qtkexz),
@@ -120,10 +121,20 @@ class OrderAcrossDevices(unittest.TestCase):
             with self.subTest(name), TestWindow("--class", "Left", "--geometry", "500x300+20+40") as left, \
                     TestWindow("--class", "Right", "--geometry", "500x300+700+40") as right:
                 x, y = left.point("top", 30, 30)
-                result = Script(body.format(x=x, y=y)).run()
-                self.assertEqual(result.returncode, 0, result.stderr)
+                Script(body.format(x=x, y=y)).run()
                 self.assertEqual(left.typed(len(expected)), expected)
                 self.assertEqual(right.events("KeyPress", "KeyRelease"), [])
+
+    def test_acting_needs_a_display_and_a_wayland_session_is_told_once(self):
+        rows = [({"DISPLAY": None}, 2, "DISPLAY is not set"),
+                ({"WAYLAND_DISPLAY": "wayland-test"}, 0, "acts on X11 windows only")]
+        for change, status, words in rows:
+            with self.subTest(words):
+                env = {k: v for k, v in dict(os.environ, **change).items() if v is not None}
+                result = subprocess.run([PLAY, "-"], input="Function(Main);\nEndFunction();\n", capture_output=True,
+                                        text=True, env=env, timeout=10)
+                self.assertEqual(result.returncode, status, result.stderr)
+                self.assertEqual(result.stderr.count(words), 1)
 
 
 def setxkbmap(layout):
@@ -148,8 +159,7 @@ class Layouts(unittest.TestCase):
         for layout, keys, expected in rows:
             with self.subTest(layout), TestWindow() as window:
                 setxkbmap(layout)
-                result = Script('SendKeys("%s");' % keys).run()
-                self.assertEqual(result.returncode, 0, result.stderr)
+                Script('SendKeys("%s");' % keys).run()
                 self.assertEqual(window.typed(len(expected)), expected)
 
     def test_a_map_switched_during_a_run_is_followed(self):
@@ -211,8 +221,6 @@ class StoppingARun(unittest.TestCase):
                 self.assertEqual([e["type"] for e in window.events("ButtonPress", "ButtonRelease") if e["button"] == "1"],
                                  ["ButtonPress", "ButtonRelease"])
 
-
-class MessageBoxes(unittest.TestCase):
     def test_the_run_waits_while_the_box_is_open_and_a_stop_closes_it(self):
         for name, end, status, clicks in [("answered", lambda p: answer("Greeting"), 0, 2), ("stopped", SIGINT, 130, 0)]:
             with self.subTest(name), TestWindow() as window:
@@ -229,17 +237,55 @@ class MessageBoxes(unittest.TestCase):
                 self.assertEqual(len(window.wait_for(clicks, "ButtonPress", "ButtonRelease")), clicks)
 
 
-class WithoutADisplay(unittest.TestCase):
-    def test_acting_needs_a_display_and_a_wayland_session_is_told_once(self):
-        rows = [({"DISPLAY": None}, 2, "DISPLAY is not set"),
-                ({"WAYLAND_DISPLAY": "wayland-test"}, 0, "acts on X11 windows only")]
-        for change, status, words in rows:
-            with self.subTest(words):
-                env = {k: v for k, v in dict(os.environ, **change).items() if v is not None}
-                result = subprocess.run([PLAY, "-"], input="Function(Main);\nEndFunction();\n", capture_output=True,
-                                        text=True, env=env, timeout=10)
-                self.assertEqual(result.returncode, status, result.stderr)
-                self.assertEqual(result.stderr.count(words), 1)
+def png(red_at):
+    """A PNG of 20x10 pixels, black but for one pure red pixel."""
+    rows = [[(255, 0, 0) if (x, y) == red_at else (0, 0, 0) for x in range(20)] for y in range(10)]
+    raw = b"".join(b"\0" + bytes(c for pixel in row for c in pixel) for row in rows)
+    chunk = lambda kind, data: struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
+    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", len(rows[0]), len(rows), 8, 2, 0, 0, 0))
+            + chunk(b"IDAT", zlib.compress(raw)) + chunk(b"IEND", b""))
+
+
+class CompiledProgram(unittest.TestCase):
+    def setUp(self):
+        self.folder = self.enterContext(tempfile.TemporaryDirectory(prefix="tarvoke-compiled-"))
+
+    def start(self, body, *options):
+        """The program compiled from Main's body into the folder, run from elsewhere with nothing of the
+        build in reach."""
+        script, program = Script(body), os.path.join(self.folder, "program.exe")
+        there = os.listdir(self.folder)
+        subprocess.run([PLAY, "--compile", script.path, program, *options], check=True, timeout=20)
+        self.assertEqual(sorted(os.listdir(self.folder)), sorted(there + ["program.exe"]), "more than the program")
+        libraries = subprocess.run(["ldd", program], capture_output=True, text=True, check=True).stdout
+        self.assertNotIn("not found", libraries)
+        self.assertNotIn(os.path.dirname(PLAY), libraries)
+        return subprocess.Popen([program], cwd="/", stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+                                env={k: v for k, v in os.environ.items() if k != "LD_LIBRARY_PATH"})
+
+    def test_alone_in_a_folder_it_plays_reads_pictures_and_shows_boxes(self):
+        with open(os.path.join(self.folder, "pic.png"), "wb") as out:
+            out.write(png((7, 3)))
+        process = self.start("MoveMouse(300, 300);\nCreateColorRange(colorrange1, 250, 0, 0, 255, 5, 5);\n"
+                             "LoadImage(imagesave1, pic.png);\nMoveMouseToColorRange(imagesave1, colorrange1);\n"
+                             'Message("PNG Loaded", information, "Compiled Box");\nMoveMouse(12, 5);')
+        # The quoted title keeps its capitals and blank.
+        window_named("Compiled Box")
+        self.assertEqual(pointer(), (7, 3), "the PNG was not read")
+        answer("Compiled Box")
+        _, errors = process.communicate(timeout=10)
+        self.assertEqual(process.returncode, 0, errors)
+        self.assertEqual(pointer(), (12, 5), "the run did not go on after the box")
+
+    def test_a_repeating_program_runs_until_ctrl_zero(self):
+        process = self.start("MoveMouse(5, 6);\nPause(20);\nMoveMouse(9, 8);\nPause(20);", "--repeat")
+        # Round and round: both positions come, more than once.
+        for _ in range(2):
+            for spot in ((5, 6), (9, 8)):
+                self.assertTrue(wait_until(lambda: pointer() == spot), "the body did not run again")
+        ctrl_zero(process)
+        _, errors = process.communicate(timeout=10)
+        self.assertEqual(process.returncode, 0, errors)
 
 
 if __name__ == "__main__":

@@ -9,7 +9,7 @@ import tempfile
 import time
 import unittest
 
-from testwindow import INPUT, PLAY, TestWindow, pointer, xdotool
+from testwindow import INPUT, PLAY, TestWindow, xdotool
 
 HOLD = 0.06  # a tap shorter than the sampler's tick could fall between two polls
 
@@ -60,30 +60,25 @@ def as_recorded(window):
 
 class RecordThenPlay(unittest.TestCase):
     def setUp(self):
-        self.folder = tempfile.TemporaryDirectory(prefix="tarvoke-record-")
-        self.script = os.path.join(self.folder.name, "recorded.tk")
-        self.env = dict(os.environ, TARVOKE_SETTINGS_DIR=os.path.join(self.folder.name, "settings"))
-
-    def tearDown(self):
-        self.folder.cleanup()
+        self.folder = self.enterContext(tempfile.TemporaryDirectory(prefix="tarvoke-record-"))
+        self.script = os.path.join(self.folder, "recorded.tk")
+        self.env = dict(os.environ, TARVOKE_SETTINGS_DIR=os.path.join(self.folder, "settings"))
 
     def start(self, *extra):
         """tarvoke-play --record, once it says it records (it listens by then)."""
-        recorder = subprocess.Popen([PLAY, "--record", self.script, *extra], stderr=subprocess.PIPE, text=True,
-                                    env=self.env)
-        self.recorder = recorder
-        line = recorder.stderr.readline()
+        self.recorder = subprocess.Popen([PLAY, "--record", self.script, *extra], stderr=subprocess.PIPE, text=True,
+                                         env=self.env)
+        line = self.recorder.stderr.readline()
         if "recording into" not in line:
-            self.fail("the recorder did not start: " + line + recorder.stderr.read())
+            self.fail("the recorder did not start: " + line + self.recorder.stderr.read())
 
-    def stop(self, frame=False):
+    def stop(self):
         """The recording, after Ctrl+0 ended it: its lines between the frame without the pauses."""
         tap("ctrl", "0")
         with self.recorder.stderr:
             self.assertEqual(self.recorder.wait(timeout=10), 0, self.recorder.stderr.read())
         with open(self.script) as f:
-            text = f.read()
-        return text if frame else [line for line in text.split("\n")[4:-2] if line and not line.startswith("Pause(")]
+            return [line for line in f.read().split("\n")[4:-2] if line and not line.startswith("Pause(")]
 
     def play(self):
         """The recording checks clean, then plays."""
@@ -114,13 +109,8 @@ class RecordThenPlay(unittest.TestCase):
             xte("mousemove %d %d" % (x + 35, y + 15), "mouseclick 1", window=window, total=28)
             xdotool("mousemove", x + 60, y + 40)
             self.recorder.send_signal(signal.SIGCONT)
-            text = self.stop(frame=True)
+            lines = self.stop()
             recorded = played(window)
-        lines = text.split("\n")
-        self.assertEqual(lines[0], "Function(Main);")
-        self.assertRegex(lines[1], r"^OrigionalPlayTime\(\d+\.\d+\);$")
-        self.assertEqual(lines[2:4] + lines[-2:], ["SetPausePercent(100);", "", "", "EndFunction();"])
-        self.assertTrue(all(line.endswith(");") for line in lines[4:-2] if line))
         self.assertIn("MoveMouse(%d,%d);" % (x, y), lines)
         self.assertLess(lines.index("LeftDownEx(%d,%d);" % (x, y)), lines.index("LeftUpEx(%d,%d);" % (x, y)))
         self.assertEqual([line for line in lines if line.startswith("Key")], keys("a") + [
@@ -179,15 +169,6 @@ class RecordThenPlay(unittest.TestCase):
                                  "MoveMouseToColorRange(imagesave0, colorrange0);")])
         # The player keeps no settings.
         self.assertFalse(os.path.exists(self.env["TARVOKE_SETTINGS_DIR"]))
-        with TestWindow() as window:
-            xdotool("mousemove", *window.point("top", 10, 10))
-            self.play()
-            buttons = [b for b in window.wait_for(8, "ButtonPress", "ButtonRelease") if b["sent"] == "1"]
-            # Played back, the last block moves the pointer to the first black pixel of the screen.
-            self.assertNotEqual(pointer(), window.point("top", 10, 10))
-        # The target window gets the script's position divided by 15 twips per pixel.
-        self.assertEqual([(b["type"], b["win"], b["x"], b["y"]) for b in buttons],
-                         [(kind, "child", str(cx // 15), str(cy // 15)) for kind in ("ButtonPress", "ButtonRelease")])
 
     def test_a_recording_is_never_lost(self):
         # A file is kept unless --force is given.
@@ -200,7 +181,7 @@ class RecordThenPlay(unittest.TestCase):
             self.assertEqual(f.read(), "mine")
         # Neither the target (no file can be made in /proc) nor standard
         # output takes it: it is kept in the state folder.
-        state = os.path.join(self.folder.name, "state")
+        state = os.path.join(self.folder, "state")
         with open("/dev/full", "w") as full:
             recorder = subprocess.Popen([PLAY, "--record", "/proc/tarvoke-recorded.tk"], stdout=full,
                                         stderr=subprocess.PIPE, text=True, env=dict(os.environ, XDG_STATE_HOME=state))

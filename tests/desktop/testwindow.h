@@ -44,7 +44,7 @@ public:
             execv(argv[0], argv.data());
             _exit(127);
         }
-        const auto ready = waitFor(1, {"ready"}, true);
+        const auto ready = waitFor(1, {"ready"});
         if (ready.empty()) throw std::runtime_error("the test window did not become ready");
         m_ready = ready.front();
     }
@@ -60,14 +60,11 @@ public:
     int rootX(bool child, int x) const { return std::stoi(m_ready[child ? "childx" : "x"]) + x; }
     int rootY(bool child, int y) const { return std::stoi(m_ready[child ? "childy" : "y"]) + y; }
 
-    // The logged events of the given types, after the ready line (or the
-    // ready line itself).
-    std::vector<Event> events(const std::vector<std::string>& types, bool readyLine = false) const {
+    // The logged lines of the given types ("ready" is the first line's).
+    std::vector<Event> events(const std::vector<std::string>& types) const {
         std::vector<Event> result;
         std::ifstream in(m_log);
-        std::string line;
-        for (bool first = true; std::getline(in, line); first = false) {
-            if (first != readyLine) continue;
+        for (std::string line; std::getline(in, line);) {
             std::istringstream words(line);
             Event event;
             words >> event.type;
@@ -79,9 +76,9 @@ public:
         return result;
     }
     // Waits up to five seconds for count events of the types.
-    std::vector<Event> waitFor(size_t count, const std::vector<std::string>& types, bool readyLine = false) const {
+    std::vector<Event> waitFor(size_t count, const std::vector<std::string>& types) const {
         std::vector<Event> found;
-        for (int i = 0; i < 500 && (found = events(types, readyLine)).size() < count; ++i)
+        for (int i = 0; i < 500 && (found = events(types)).size() < count; ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         return found;
     }

@@ -61,19 +61,36 @@ def resident_mb(pid):
         return 0
 
 
+def write_script(path, body):
+    """A script at path whose Main has that body."""
+    with open(path, "w") as out:
+        out.write("Function(Main);\n%s\nEndFunction();\n" % body)
+    return path
+
+
+def log_lines(path):
+    """The lines a program wrote to its log so far (none if it has not made it yet)."""
+    try:
+        with open(path) as log:
+            return [line for line in log.read().splitlines() if line]
+    except FileNotFoundError:
+        return []
+
+
 class Script:
     """The body of Main in a folder of its own, which is also its settings folder."""
 
     def __init__(self, body):
         self.folder = tempfile.TemporaryDirectory(prefix="tarvoke-play-")
-        self.path = os.path.join(self.folder.name, "script.tk")
-        with open(self.path, "w") as out:
-            out.write("Function(Main);\n%s\nEndFunction();\n" % body)
+        self.path = write_script(os.path.join(self.folder.name, "script.tk"), body)
         self.env = dict(os.environ, TARVOKE_SETTINGS_DIR=self.folder.name)
 
     def run(self, *options, timeout=20):
-        return subprocess.run([PLAY, *options, self.path], capture_output=True, text=True, timeout=timeout,
-                              env=self.env)
+        """The standard output of a run that ended well."""
+        result = subprocess.run([PLAY, *options, self.path], capture_output=True, text=True, timeout=timeout,
+                                env=self.env)
+        assert result.returncode == 0, "status %d: %s" % (result.returncode, result.stderr)
+        return result.stdout
 
     def start(self):
         process = subprocess.Popen([PLAY, self.path], stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
@@ -97,7 +114,7 @@ class TestWindow:
 
     def __enter__(self):
         self.process = subprocess.Popen(self.args)
-        ready = lambda: [line for line in self.lines()[:1] if line.startswith("ready")]
+        ready = lambda: [line for line in log_lines(self.log)[:1] if line.startswith("ready")]
         if not wait_until(lambda: ready() or self.process.poll() is not None, 10) or not ready():
             self.__exit__()
             raise RuntimeError("the test window did not become ready (status %s)" % self.process.poll())
@@ -109,16 +126,9 @@ class TestWindow:
         self.process.wait()
         self.folder.cleanup()
 
-    def lines(self):
-        try:
-            with open(self.log) as log:
-                return [line for line in log.read().splitlines() if line]
-        except FileNotFoundError:
-            return []
-
     def events(self, *types):
         """Logged events after the ready line, of the given types (all if none)."""
-        events = [parse_line(line) for line in self.lines()[1:]]
+        events = [parse_line(line) for line in log_lines(self.log)[1:]]
         return [e for e in events if not types or e["type"] in types]
 
     def wait_for(self, count, *types, timeout=5):

@@ -17,7 +17,7 @@ import unittest
 import zlib
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "desktop"))
-from testwindow import wait_until  # noqa: E402
+from testwindow import log_lines, wait_until  # noqa: E402
 
 BUILD = SOURCE = VERSION = None
 PROGRAM_FOLDER = ["Compiler.dll", "readme.txt", "tarvoke", "tarvoke-message", "tarvoke-pictures.so", "tarvoke-play"]
@@ -83,8 +83,6 @@ class Installed(unittest.TestCase):
             self.assertEqual((out.returncode, out.stderr), (0, ""), page)
             self.assertEqual([word for word in words if word not in out.stdout], [], page)
 
-
-class InstallTest(Installed):
     def test_install_into_a_prefix(self):
         with tempfile.TemporaryDirectory() as prefix:
             self.assertEqual(run("cmake", "--install", BUILD, "--prefix", prefix).returncode, 0)
@@ -114,8 +112,6 @@ class InstallTest(Installed):
                           env=dict(os.environ, PATH=os.path.join(prefix, "bin") + ":" + os.environ["PATH"]))
                 self.assertEqual(sorted(out.stdout.split()), expected, (words, out.stderr))
 
-
-class PackageTest(Installed):
     def test_debian_package(self):
         with tempfile.TemporaryDirectory() as work:
             package = build_package(work)
@@ -206,10 +202,8 @@ class Headless:
 
     def moves(self):
         """The window's log lines of the pointer's move into the child, once there is one."""
-        def logged():
-            with contextlib.suppress(FileNotFoundError), open(self.log) as log:
-                return [line for line in log if line.startswith("MotionNotify win=child")]
-        return wait_until(logged, 120)
+        return wait_until(lambda: [line for line in log_lines(self.log) if line.startswith("MotionNotify win=child")],
+                          120)
 
     def processes(self):
         """(pid, name) of the player's children (Xvfb, the window manager, the guard) and of the test window."""

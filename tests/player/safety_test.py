@@ -17,7 +17,7 @@ import tempfile
 import time
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "desktop"))
-from testwindow import resident_mb, wait_until  # noqa: E402
+from testwindow import resident_mb, wait_until, write_script  # noqa: E402
 
 PLAY = sys.argv[1]
 MEMORY_LIMIT = 1536 << 20  # 1.5 GB of address space
@@ -25,10 +25,7 @@ DOUBLING = "String(x, a);\n" + "Combine(x, x);\n" * 29
 
 
 def script(folder, name, body):
-    path = os.path.join(folder, name)
-    with open(path, "w") as f:
-        f.write("Function(Main);\n" + body + "\nEndFunction();\n")
-    return path
+    return write_script(os.path.join(folder, name), body)
 
 
 def limited():
