@@ -114,14 +114,9 @@ TEST(ColorBox, BoundsBeyondBytesAndReversedBounds) {
     EXPECT_FALSE(screen::inBox(screen::byteBoxOf({}, {}), makePixel(0, 0, 1)));
 }
 
-// The figures of single pixels: tests/scripts/screen/measure.tk.
-TEST(Saturation, TheMeanOfTheArea) {
-    PixelGrid two = filledGrid(2, 1, 0);
-    two.at(1, 0) = grey(128);
-    EXPECT_EQ(screen::saturationOf(&two, {0, 0, 1, 0}), 25.0);
-}
-
-TEST(Saturation, PositionsOutsideCopyThePixelReadLast) {
+// The mean over the area; the figures of single pixels are in
+// tests/scripts/screen/measure.tk.
+TEST(Saturation, TheMeanOfTheAreaWherePositionsOutsideCopyThePixelReadLast) {
     PixelGrid g = filledGrid(2, 2, 0);
     g.at(1, 0) = grey(255);  // read last in row 0
     g.at(1, 1) = grey(128);
@@ -135,6 +130,7 @@ TEST(Saturation, PositionsOutsideCopyThePixelReadLast) {
         {{-1, 0, 1, 1}, 765.0 * 2 + 384, 6},   // left of row 1 copies the end of row 0
         {{0, 0, 1, 2}, 765.0 + 384 + 384 * 2, 6},  // the row below copies (1, 1)
         {{5, 5, 6, 6}, 0, 4},
+        {{0, 1, 1, 1}, 384, 2},                 // black and grey 128: 25
     };
     for (const auto& c : cases)
         EXPECT_DOUBLE_EQ(screen::saturationOf(&g, c.area), c.sum / 3.0 / c.count / 256.0 * 100.0);
