@@ -164,15 +164,19 @@ TEST_F(SaturationTest, TestsAnswerAndNoteTheFirstCorner) {
     });
 }
 
-// A bad coordinate stores nothing: d keeps 3, and n is a new text variable
+// A bad coordinate stores nothing: b keeps 3, and n is a new text variable
 // holding what the look-up of its name gave.
 TEST_F(SaturationTest, GetSaturationAnswersInTheVariablesType) {
     runBody("Int(i, 3);\nDouble(d, 3);\nGetSaturation(t, 0, 1, 0);\nGetSaturation(i, 0, 1, 0);\n"
             "GetSaturationIn(d, 0, 0, 0, 2, 0);\nGetSaturation(e, nothing, 0, 0);\nDouble(b, 3);\n"
             "GetSaturation(b, imagesave0, abc, 5);\nGetSaturation(n, 0, abc, 5);");
-    for (const auto& [name, value] : {std::pair{"t", "45.5729166666667"}, {"i", "46"}, {"d", "31.8576388888889"},
-                                      {"e", "0"}, {"b", "3"}, {"n", "n"}})
+    using engine::ValueKind;
+    for (const auto& [name, value, kind] : {std::tuple{"t", "45.5729166666667", ValueKind::Text}, {"i", "46", ValueKind::Long},
+                                            {"d", "31.8576388888889", ValueKind::Double}, {"e", "0", ValueKind::Text},
+                                            {"b", "3", ValueKind::Double}, {"n", "n", ValueKind::Text}}) {
         EXPECT_EQ(valueOf(name), value) << name;
+        EXPECT_EQ(typeOf(name), kind) << name;
+    }
 }
 
 }  // namespace
