@@ -435,27 +435,24 @@ long residentKb() {
 }
 
 TEST_F(NetTest, NoServerHoldsUpTheStartOrItsMemory) {
-    enum class Kind { None, Refused, UnknownHost, HangingLookup, Silent, ClosesAtOnce, Trickles, Floods };
-    for (Kind kind : {Kind::None, Kind::Refused, Kind::UnknownHost, Kind::HangingLookup, Kind::Silent,
-                      Kind::ClosesAtOnce, Kind::Trickles, Kind::Floods}) {
+    enum Kind { None, Refused, UnknownHost, HangingLookup, Silent, ClosesAtOnce, Trickles, Floods };
+    for (int kind = None; kind <= Floods; ++kind) {
         Handle pump, trickle;
         size_t flooded = 0;
         const std::string block(1 << 16, 'N');
-        uint16_t port = closedPort();
-        if (kind >= Kind::Silent)
-            port = serve([&](int fd) {
-                if (kind == Kind::ClosesAtOnce) ::shutdown(fd, SHUT_RDWR);
-                if (kind == Kind::Trickles) trickle = loop.every(1s, [fd] { ::send(fd, "N", 1, MSG_NOSIGNAL); }), ::send(fd, "N", 1, 0);
-                if (kind == Kind::Floods)
-                    pump = loop.watchWritable(fd, [&, fd] {
-                        const ssize_t n = ::send(fd, block.data(), block.size(), MSG_NOSIGNAL);
-                        if (n > 0) flooded += static_cast<size_t>(n);
-                        if (n < 0 || flooded >= 100'000'000) pump.reset();
-                    });
-            });
-        ScriptedLookup lookup(loop, kind == Kind::UnknownHost ? std::optional(11001) : std::nullopt);
-        const bool byName = kind == Kind::UnknownHost || kind == Kind::HangingLookup;
-        const UpdateServer server{kind == Kind::None ? "" : byName ? "update.test" : "127.0.0.1", port, "1"};
+        const uint16_t port = kind < Silent ? closedPort() : serve([&](int fd) {
+            if (kind == ClosesAtOnce) ::shutdown(fd, SHUT_RDWR);
+            if (kind == Trickles) trickle = loop.every(1s, [fd] { ::send(fd, "N", 1, MSG_NOSIGNAL); }), ::send(fd, "N", 1, 0);
+            if (kind == Floods)
+                pump = loop.watchWritable(fd, [&, fd] {
+                    const ssize_t n = ::send(fd, block.data(), block.size(), MSG_NOSIGNAL);
+                    if (n > 0) flooded += static_cast<size_t>(n);
+                    if (n < 0 || flooded >= 100'000'000) pump.reset();
+                });
+        });
+        ScriptedLookup lookup(loop, kind == UnknownHost ? std::optional(11001) : std::nullopt);
+        const bool byName = kind == UnknownHost || kind == HangingLookup;
+        const UpdateServer server{kind == None ? "" : byName ? "update.test" : "127.0.0.1", port, "1"};
         bool started = false;
         int asked = 0;
         UpdateCheck check(loop, server, {[&] { started = true; }, [&] { return ++asked, false; }, {}}, &lookup);
@@ -463,10 +460,9 @@ TEST_F(NetTest, NoServerHoldsUpTheStartOrItsMemory) {
         const auto begin = Clock::now();
         check.start();
         const Handle splashTimer = loop.every(1s, [&] { check.timeUp(); });
-        ASSERT_TRUE(runUntil([&] { return started; }, 3s)) << static_cast<int>(kind);
-        const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin).count();
-        EXPECT_LT(took, 1500) << static_cast<int>(kind);
-        if (kind == Kind::Floods) {
+        ASSERT_TRUE(runUntil([&] { return started; }, 3s)) << kind;
+        EXPECT_LT(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin).count(), 1500) << kind;
+        if (kind == Floods) {
             // The check stops listening long before the flood ends.
             ASSERT_TRUE(runUntil([&] { return !pump; }));
             EXPECT_LT(flooded, 100'000'000u);
