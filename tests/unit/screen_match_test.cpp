@@ -131,40 +131,32 @@ TEST_F(MatchTest, ExplainPrintsWhyAndMarksTheClosestPlace) {
     EXPECT_EQ(lines.size(), 1u);  // a find explains nothing
 }
 
-// LocateImage read plainly: every position where the whole sub-image lies
-// in the area, each pixel in the rule's verification window.
-std::optional<screen::Position> locatePlainly(const screen::SumPlane& image, const screen::SumPlane& sub, double t,
-                                              screen::Area a, bool firstFind) {
+// LocateImage and the closest place read plainly, over every position where
+// the whole sub-image lies in the area: a match has each pixel in the rule's
+// verification window; the closest has the least largest difference, first
+// among equals.
+struct Plainly {
     std::optional<screen::Position> found;
+    std::optional<screen::Closest> closest;
+};
+Plainly locatePlainly(const screen::SumPlane& image, const screen::SumPlane& sub, double t, screen::Area a,
+                      bool firstFind) {
+    Plainly plainly;
     for (int32_t Y = std::max(a.y1, 0); Y + sub.height - 1 <= std::min(a.y2, image.height - 1); ++Y)
         for (int32_t X = std::max(a.x1, 0); X + sub.width - 1 <= std::min(a.x2, image.width - 1); ++X) {
             bool all = true;
-            for (int32_t y = 0; all && y < sub.height; ++y)
-                for (int32_t x = 0; all && x < sub.width; ++x) {
-                    const double b = screen::brightnessOfSum(sub.row(y)[x]);
-                    const double c = screen::brightnessOfSum(image.row(Y + y)[X + x]);
-                    all = !(c < b - t - 1.0 || c > b + t + 1.0);
-                }
-            if (!all) continue;
-            found = screen::Position{X, Y};
-            if (firstFind) return found;
-        }
-    return found;
-}
-
-// The least largest difference over the whole sub-image, first among equals.
-std::optional<screen::Closest> closestPlainly(const screen::SumPlane& image, const screen::SumPlane& sub,
-                                              screen::Area a) {
-    std::optional<screen::Closest> best;
-    for (int32_t Y = std::max(a.y1, 0); Y + sub.height - 1 <= std::min(a.y2, image.height - 1); ++Y)
-        for (int32_t X = std::max(a.x1, 0); X + sub.width - 1 <= std::min(a.x2, image.width - 1); ++X) {
             int largest = 0;
             for (int32_t y = 0; y < sub.height; ++y)
-                for (int32_t x = 0; x < sub.width; ++x)
+                for (int32_t x = 0; x < sub.width; ++x) {
+                    const double b = screen::brightnessOfSum(sub.row(y)[x]);
+                    const double c = screen::brightnessOfSum(image.row(Y + y)[X + x]);
+                    all = all && !(c < b - t - 1.0 || c > b + t + 1.0);
                     largest = std::max(largest, std::abs(image.row(Y + y)[X + x] - sub.row(y)[x]));
-            if (!best || largest < best->difference) best = screen::Closest{{X, Y}, largest};
+                }
+            if (all && !(firstFind && plainly.found)) plainly.found = screen::Position{X, Y};
+            if (!plainly.closest || largest < plainly.closest->difference) plainly.closest = screen::Closest{{X, Y}, largest};
         }
-    return best;
+    return plainly;
 }
 
 // The fast matchers must give what the plain reading of their rules gives,
@@ -196,15 +188,15 @@ TEST(ImageMatch, EqualsThePlainRuleOnRandomPictures) {
         ASSERT_EQ(fast.found, plain.found) << trial;
         ASSERT_EQ(fast.match, plain.match) << trial;
         matches += plain.match.has_value();
+        const Plainly plainly = locatePlainly(image, sub, t, area, firstFind);
         const auto where = screen::locateImage(&image, &sub, t, area, firstFind);
-        ASSERT_EQ(where, locatePlainly(image, sub, t, area, firstFind)) << trial;
+        ASSERT_EQ(where, plainly.found) << trial;
         located += where.has_value();
         const auto closest = screen::closestImage(image, sub, {0, 0, sub.width, sub.height}, area, true);
-        const auto plainly = closestPlainly(image, sub, area);
-        ASSERT_EQ(closest.has_value(), plainly.has_value()) << trial;
+        ASSERT_EQ(closest.has_value(), plainly.closest.has_value()) << trial;
         if (closest) {
             ASSERT_EQ(std::make_pair(closest->at, closest->difference),
-                      std::make_pair(plainly->at, plainly->difference)) << trial;
+                      std::make_pair(plainly.closest->at, plainly.closest->difference)) << trial;
         }
     }
     EXPECT_GT(matches, 100);  // the cases are not all misses
