@@ -26,7 +26,8 @@ struct Connection {
         reader.setMode(1);
         reader.events.textArrival = [](std::string& text, int32_t, bool raw) {
             if (!raw && !text.empty() && !net::looksLikeUtf8(text)) std::abort();
-        };        writer = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        };
+        writer = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
         sockaddr_in where{AF_INET, htons(static_cast<uint16_t>(listener.localPort())), {htonl(INADDR_LOOPBACK)}, {}};
         if (::connect(writer, reinterpret_cast<sockaddr*>(&where), sizeof where) != 0) std::abort();
         while (reader.state() != 7) loop.turn(true);

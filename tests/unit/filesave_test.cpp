@@ -94,38 +94,6 @@ TEST_F(FileSave, WritesExactlyTheBytesWithTheAskedBits) {
     EXPECT_EQ(::umask(oldMask), 027u) << "reading the umask must not change it";
 }
 
-// A save that cannot be made leaves what was at the target, and nothing else.
-TEST_F(FileSave, RefusalsLeaveTheTargetAsItWas) {
-    struct Case {
-        const char* what;
-        const char* target;
-        Existing existing;
-        SaveOutcome outcome;
-        int error;
-    };
-    const Case cases[] = {
-        {"never-replace keeps a file", "old", Existing::Keep, SaveOutcome::TargetExists, EEXIST},
-        {"never-replace keeps a folder", "folder", Existing::Keep, SaveOutcome::TargetExists, EEXIST},
-        {"a folder is not replaced by a file", "folder", Existing::Replace, SaveOutcome::Failed, EISDIR},
-        {"a missing folder", "nowhere/out", Existing::Replace, SaveOutcome::Failed, ENOENT},
-        {"a missing folder, never-replace", "nowhere/out", Existing::Keep, SaveOutcome::Failed, ENOENT},
-    };
-    writePlain(at("old"), "old text", 0644);
-    fs::create_directory(at("folder"));
-    const std::set<std::string> before = names();
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        const SaveResult saved = saveFile(at(c.target).string(), "new", {.existing = c.existing, .mode = {}});
-        EXPECT_FALSE(saved);
-        EXPECT_EQ(saved.outcome, c.outcome);
-        EXPECT_EQ(saved.error, c.error);
-        EXPECT_FALSE(saved.reason().empty());
-        EXPECT_EQ(readFile(at("old")), "old text");
-        EXPECT_TRUE(fs::is_empty(at("folder")));
-        EXPECT_EQ(names(), before);
-    }
-}
-
 // The immutable flag stops root too, for whom permission bits do not.
 bool lockFolder(const std::string& folder, bool lock) {
     if (::geteuid() == 0) return std::system(("chattr " + std::string(lock ? "+i '" : "-i '") + folder + "' 2>/dev/null").c_str()) == 0;
@@ -148,32 +116,72 @@ bool limitFileSize(const std::string&, bool limit) {
     return ::setrlimit(RLIMIT_FSIZE, &small) == 0;
 }
 
-// Failures on the way, over a file whose text and bits must survive them,
-// with no temporary file left behind.
-TEST_F(FileSave, FailedSaveKeepsTheOldFile) {
+bool imposeNothing(const std::string&, bool) { return true; }
+
+// Saves in a child that is killed while it writes, by going over the file
+// size limit, whose signal ends the process at that very write. True when
+// that signal ended it.
+bool killedWhileSaving(const std::string& path) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const rlimit noCore{0, 0}, small{1 << 20, 1 << 20};
+        ::setrlimit(RLIMIT_CORE, &noCore);
+        ::signal(SIGXFSZ, SIG_DFL);
+        ::setrlimit(RLIMIT_FSIZE, &small);
+        saveFile(path, std::string(4 << 20, 'x'));
+        ::_exit(0);
+    }
+    int status = 0;
+    return child > 0 && ::waitpid(child, &status, 0) == child && WIFSIGNALED(status) && WTERMSIG(status) == SIGXFSZ;
+}
+
+// A save that cannot be made, refused at once, failing on the way or killed,
+// leaves what was at the target, its text and bits, and nothing else.
+TEST_F(FileSave, FailedSaveLeavesTheTargetAsItWas) {
     struct Case {
         const char* what;
+        const char* target;
+        Existing existing;
         bool (*impose)(const std::string& folder, bool on);
+        SaveOutcome outcome;
         std::set<int> errors;
     };
     const Case cases[] = {
-        {"the folder refuses new files", lockFolder, {EPERM, EACCES}},
-        {"the bytes do not fit", limitFileSize, {EFBIG}},
+        {"never-replace keeps a file", "old", Existing::Keep, imposeNothing, SaveOutcome::TargetExists, {EEXIST}},
+        {"never-replace keeps a folder", "folder", Existing::Keep, imposeNothing, SaveOutcome::TargetExists, {EEXIST}},
+        {"a folder is not replaced by a file", "folder", Existing::Replace, imposeNothing, SaveOutcome::Failed, {EISDIR}},
+        {"a missing folder", "nowhere/out", Existing::Replace, imposeNothing, SaveOutcome::Failed, {ENOENT}},
+        {"a missing folder, never-replace", "nowhere/out", Existing::Keep, imposeNothing, SaveOutcome::Failed, {ENOENT}},
+        {"the folder refuses new files", "old", Existing::Replace, lockFolder, SaveOutcome::Failed, {EPERM, EACCES}},
+        {"the bytes do not fit", "old", Existing::Replace, limitFileSize, SaveOutcome::Failed, {EFBIG}},
     };
-    writePlain(at("keep"), "old text", 0600);
+    writePlain(at("old"), "old text", 0600);
+    fs::create_directory(at("folder"));
+    const std::set<std::string> before = names();
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         if (!c.impose(m_dir.string(), true)) {
             std::printf("skipped: cannot impose that %s here\n", c.what);
             continue;
         }
-        const SaveResult saved = saveFile(at("keep").string(), "much more than four bytes");
+        const SaveResult saved = saveFile(at(c.target).string(), "much more than four bytes", {.existing = c.existing, .mode = {}});
         c.impose(m_dir.string(), false);
-        EXPECT_EQ(saved.outcome, SaveOutcome::Failed);
+        EXPECT_FALSE(saved);
+        EXPECT_EQ(saved.outcome, c.outcome);
         EXPECT_TRUE(c.errors.count(saved.error)) << saved.reason();
-        EXPECT_EQ(readFile(at("keep")), "old text");
-        EXPECT_EQ(modeOf(at("keep")), 0600u);
-        EXPECT_EQ(names(), std::set<std::string>{"keep"});
+        EXPECT_FALSE(saved.reason().empty());
+        EXPECT_EQ(readFile(at("old")), "old text");
+        EXPECT_EQ(modeOf(at("old")), 0600u);
+        EXPECT_TRUE(fs::is_empty(at("folder")));
+        EXPECT_EQ(names(), before);
+    }
+    // Killed over the old file or making a new one: the file written has no name.
+    for (const char* target : {"old", "fresh"}) {
+        SCOPED_TRACE(target);
+        ASSERT_TRUE(killedWhileSaving(at(target).string()));
+        EXPECT_EQ(readFile(at("old")), "old text");
+        EXPECT_EQ(modeOf(at("old")), 0600u);
+        EXPECT_EQ(names(), before);
     }
 }
 
@@ -218,32 +226,6 @@ TEST_F(FileSave, SymbolicLinksLeadToTheirFile) {
             const char* before = file == "sub/fresh" ? "" : "old";  // "" for no file
             EXPECT_EQ(readFile(at(file)), c.written && file == c.written ? "new" : before) << file;
         }
-    }
-}
-
-// A save killed while it writes (here by going over the file size limit,
-// whose signal ends the process at that very write) leaves the old file, or
-// no file, and nothing beside it: the file being written has no name.
-TEST_F(FileSave, KilledSaveLeavesNothingBehind) {
-    for (const bool replacing : {true, false}) {
-        SCOPED_TRACE(replacing ? "over an old file" : "a new file");
-        fs::remove(at("keep"));
-        if (replacing) writePlain(at("keep"), "old text", 0600);
-        const pid_t child = ::fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) {
-            const rlimit noCore{0, 0}, small{1 << 20, 1 << 20};
-            ::setrlimit(RLIMIT_CORE, &noCore);
-            ::signal(SIGXFSZ, SIG_DFL);
-            ::setrlimit(RLIMIT_FSIZE, &small);
-            saveFile(at("keep").string(), std::string(4 << 20, 'x'));
-            ::_exit(0);
-        }
-        int status = 0;
-        ASSERT_EQ(::waitpid(child, &status, 0), child);
-        ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGXFSZ) << status;
-        EXPECT_EQ(names(), replacing ? std::set<std::string>{"keep"} : std::set<std::string>{});
-        EXPECT_EQ(readFile(at("keep")), replacing ? "old text" : "");
     }
 }
 

@@ -20,22 +20,12 @@ namespace {
 using std::chrono::milliseconds;
 using Handle = std::unique_ptr<platform::EventLoop::Handle>;
 
-class PollLoopTest : public ::testing::Test {
-protected:
-    PollLoopTest() { EXPECT_EQ(::pipe(ends), 0); }
-    ~PollLoopTest() override {
-        ::close(ends[0]);
-        ::close(ends[1]);
-    }
-    void write() { EXPECT_EQ(::write(ends[1], "x", 1), 1); }
-
-    platform::PollLoop loop;
-    int ends[2] = {-1, -1};
-};
-
 // Hooks run first, then readable descriptors, then due timers; a handler
 // may end its own watch and another's.
-TEST_F(PollLoopTest, HandlersRunInOrderAndMayEndWatches) {
+TEST(PollLoop, HandlersRunInOrderAndMayEndWatches) {
+    platform::PollLoop loop;
+    int ends[2] = {-1, -1};
+    ASSERT_EQ(::pipe(ends), 0);
     std::vector<std::string> calls;
     Handle hook, readable, other, timer;
     hook = loop.beforeEachTurn([&] { calls.push_back("hook"); });
@@ -46,15 +36,18 @@ TEST_F(PollLoopTest, HandlersRunInOrderAndMayEndWatches) {
     });
     other = loop.watchReadable(ends[0], [&] { calls.push_back("other"); });
     timer = loop.every(milliseconds(1), [&] { calls.push_back("timer"); });
-    write();
+    EXPECT_EQ(::write(ends[1], "x", 1), 1);
     ::usleep(2000);
     loop.turn(false);
     loop.turn(false);
     EXPECT_EQ(calls, (std::vector<std::string>{"hook", "readable", "timer", "hook"}));
+    ::close(ends[0]);
+    ::close(ends[1]);
 }
 
 // A waiting turn sleeps until the next timer, and no longer.
-TEST_F(PollLoopTest, AWaitingTurnWakesForTheNextTimer) {
+TEST(PollLoop, AWaitingTurnWakesForTheNextTimer) {
+    platform::PollLoop loop;
     int ticks = 0;
     const Handle timer = loop.every(milliseconds(20), [&] { ++ticks; });
     const auto start = std::chrono::steady_clock::now();
@@ -63,7 +56,6 @@ TEST_F(PollLoopTest, AWaitingTurnWakesForTheNextTimer) {
     EXPECT_GE(took, milliseconds(20));
     EXPECT_LT(took, milliseconds(1000));
 }
-
 
 constexpr int64_t kMs = 1'000'000;
 

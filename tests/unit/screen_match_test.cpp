@@ -21,16 +21,11 @@ uint32_t withSum(int sum) {
     return makePixel(static_cast<uint8_t>(r), static_cast<uint8_t>(g), static_cast<uint8_t>(b));
 }
 
-class MatchTest : public ScreenTest {
-protected:
-    std::string answerOf(const std::string& statement) {
-        runBody(statement);
-        return valueOf("r");
-    }
-    std::pair<int, int> last() const { return {session.lastX, session.lastY}; }
-};
+class MatchTest : public ScreenTest {};
 
-TEST_F(MatchTest, PointCommandsCompareOnePixelWithSubImagePixel11) {
+// Points: a pixel is compared with the sub-image's pixel (1,1); rows and
+// columns 0 of the sub-image take no part; an empty slot reads black.
+TEST_F(MatchTest, PointsAndAreasCompareFromSubImagePixel11) {
     PixelGrid sub = filledGrid(2, 2, makePixel(1, 2, 3));
     sub.at(1, 1) = grey(128);  // brightness 50, sum 384
     putImage(1, sub);
@@ -40,46 +35,29 @@ TEST_F(MatchTest, PointCommandsCompareOnePixelWithSubImagePixel11) {
     image.at(2, 0) = grey(128);
     image.at(3, 0) = withSum(385);
     putImage(0, image);
-    const std::pair<const char*, const char*> cases[] = {
-        {"IsImage(r, 0, 1, 0, 0);", "True"},
-        {"IsImage(r, 0, 1, 1, 0);", "False"},
-        {"IsImageEx(r, 0, 1, 1, 0, 1);", "True"},
-        {"IsImageEx(r, 0, 1, 2, 0, -1);", "True"},   // equal brightness only
-        {"IsImageEx(r, 0, 1, 3, 0, -1);", "False"},
-        {"IsImageEx(r, 0, 1, 2, 0, -2);", "False"},  // the verification window is empty
-        {"IsImageEx(r, 0, 1, 2, 0, abc);", "True"},  // a tolerance that is no number is 0
-        {"IsImage(r, 0, 1, x, 0);", "True"},          // a coordinate that is no number
-        {"IsImage(r, 0, nothing, 2, 0);", "False"},
-    };
-    for (const auto& [statement, answer] : cases) EXPECT_EQ(answerOf(statement), answer) << statement;
-}
-
-TEST_F(MatchTest, RowZeroAndColumnZeroOfTheSubImageTakeNoPart) {
-    PixelGrid image = filledGrid(6, 6, grey(40));
-    PixelGrid sub = filledGrid(3, 3, grey(40));
+    checkAnswers({
+        {"IsImage(r, 0, 1, 0, 0);", "True", {0, 0}},
+        {"IsImage(r, 0, 1, 1, 0);", "False", {-1, -1}},
+        {"IsImageEx(r, 0, 1, 1, 0, 1);", "True", {1, 0}},
+        {"IsImageEx(r, 0, 1, 2, 0, -1);", "True", {2, 0}},  // equal brightness only
+        {"IsImageEx(r, 0, 1, 3, 0, -1);", "False", {-1, -1}},
+        {"IsImageEx(r, 0, 1, 2, 0, -2);", "False", {-1, -1}},  // the verification window is empty
+        {"IsImageEx(r, 0, 1, 2, 0, abc);", "True", {2, 0}},    // a tolerance that is no number is 0
+        {"IsImage(r, 0, 1, x, 0);", "True", {-1, -1}},          // a coordinate that is no number
+        {"IsImage(r, 0, nothing, 2, 0);", "False", {-1, -1}},
+    });
+    sub = filledGrid(3, 3, grey(40));
     for (int i = 0; i < 3; ++i) sub.at(i, 0) = sub.at(0, i) = grey(250);
-    putImage(0, image);
+    putImage(0, filledGrid(6, 6, grey(40)));
     putImage(1, sub);
-    EXPECT_EQ(answerOf("IsImageInArea(r, 0, 1, 2, 2, 3, 3);"), "True");
-}
-
-TEST_F(MatchTest, TheSameSlotMatchesItselfAtOneOne) {
-    PixelGrid image;
-    image.resize(9, 7);
-    for (int32_t y = 0; y < 7; ++y)
-        for (int32_t x = 0; x < 9; ++x) image.at(x, y) = withSum((x * 53 + y * 97) % 766);
-    putImage(4, image);
-    EXPECT_EQ(answerOf("IsImageInArea(r, 4, 4, 1, 1, 8, 6);"), "True");
-    EXPECT_EQ(last(), std::make_pair(1, 1));
-}
-
-TEST_F(MatchTest, EmptyAreasAndUnchangedFindsAfterAFailure) {
-    putImage(0, filledGrid(4, 4, grey(10)));
-    putImage(1, filledGrid(2, 2, grey(200)));
-    session.lastX = 7, session.lastY = 8;
-    EXPECT_EQ(answerOf("IsImageInArea(r, 0, 1, 3, 0, 0, 3);"), "False");
-    EXPECT_EQ(answerOf("IsImageInArea(r, 0, 1, 0, 0, 2, 2);"), "False");
-    EXPECT_EQ(last(), std::make_pair(7, 8));
+    checkAnswers({{"IsImageInArea(r, 0, 1, 2, 2, 3, 3);", "True", {2, 2}}});
+    putImage(0, filledGrid(3, 3, 0));
+    putImage(1, filledGrid(1, 1, grey(255)));  // no pixel (1,1): black reference
+    checkAnswers({
+        {"IsImage(r, 0, 9, 1, 1);", "True", {1, 1}},  // the empty sub-image has reference 0
+        {"IsImage(r, 8, 9, 1, 1);", "True", {1, 1}},  // both empty
+        {"IsImage(r, 0, 1, 1, 1);", "True", {1, 1}},
+    });
 }
 
 TEST_F(MatchTest, FindModesDecideWhichMatchIsNoted) {
@@ -91,36 +69,38 @@ TEST_F(MatchTest, FindModesDecideWhichMatchIsNoted) {
     sub.at(1, 1) = grey(200);
     putImage(0, image);
     putImage(1, sub);
-    // The walk runs to (x2, y2) = (6, 2): the sub-image covers it only from
-    // candidates whose walk stays within two columns and rows.
-    EXPECT_EQ(answerOf("IsImageInArea(r, 0, 1, 0, 0, 6, 2);"), "True");
-    EXPECT_EQ(last(), std::make_pair(5, 1));  // the first candidate passing the filter fails its walk
-    session.firstFind = false;
-    EXPECT_EQ(answerOf("IsImageInArea(r, 0, 1, 0, 0, 7, 3);"), "True");
-    EXPECT_EQ(last(), std::make_pair(5, 1));
-}
-
-TEST_F(MatchTest, RandomModeAnswersWhatTheLastFilteredCandidateGave) {
-    // A match at (1,1), then a later candidate that passes the filter and fails.
-    PixelGrid image = filledGrid(6, 3, grey(0));
+    checkAnswers({
+        // The walk runs to (x2, y2) = (6, 2): the sub-image covers it only from
+        // candidates whose walk stays within two columns and rows; the first
+        // candidate passing the filter fails its walk.
+        {"IsImageInArea(r, 0, 1, 0, 0, 6, 2);", "True", {5, 1}},
+        {"RandomFindMode(); IsImageInArea(r, 0, 1, 0, 0, 7, 3);", "True", {5, 1}},
+        {"IsImageInArea(r, 0, 1, 3, 0, 0, 3);", "False", {-1, -1}},  // x2 < x1
+        {"IsImageInArea(r, 0, 1, 2, 0, 4, 3);", "False", {-1, -1}},
+    });
+    // A failure keeps the find noted before it.
+    session.lastX = 7, session.lastY = 8;
+    runBody("IsImageInArea(r, 0, 1, 3, 0, 0, 3);\nIsImageInArea(r, 0, 1, 2, 0, 4, 3);");
+    EXPECT_EQ(std::make_pair(int(session.lastX), int(session.lastY)), std::make_pair(7, 8));
+    // Random mode answers what the last candidate that passed the filter gave:
+    // a match at (1,1), then a later candidate passing the filter and failing.
+    image = filledGrid(6, 3, grey(0));
     image.at(1, 1) = grey(100);
     image.at(4, 2) = withSum(300 + 12);  // filter window is +-3 points, verification +-1
-    PixelGrid sub = filledGrid(2, 2, grey(0));
+    sub = filledGrid(2, 2, grey(0));
     sub.at(1, 1) = grey(100);
     putImage(0, image);
     putImage(1, sub);
-    session.firstFind = false;
-    EXPECT_EQ(answerOf("IsImageInArea(r, 0, 1, 1, 1, 1, 1);"), "True");
-    EXPECT_EQ(answerOf("IsImageInArea(r, 0, 1, 0, 0, 5, 2);"), "False");
-    EXPECT_EQ(last(), std::make_pair(1, 1));
-}
-
-TEST_F(MatchTest, EmptySlotsReadBlack) {
-    putImage(0, filledGrid(3, 3, 0));
-    EXPECT_EQ(answerOf("IsImage(r, 0, 9, 1, 1);"), "True");      // the empty sub-image has reference 0
-    EXPECT_EQ(answerOf("IsImage(r, 8, 9, 1, 1);"), "True");      // both empty
-    putImage(2, filledGrid(1, 1, grey(255)));                    // no pixel (1,1): black reference
-    EXPECT_EQ(answerOf("IsImage(r, 0, 2, 1, 1);"), "True");
+    checkAnswers({
+        {"RandomFindMode(); IsImageInArea(r, 0, 1, 1, 1, 1, 1);", "True", {1, 1}},
+        {"RandomFindMode(); IsImageInArea(r, 0, 1, 0, 0, 5, 2);", "False", {-1, -1}},
+    });
+    // A slot matches itself, at (1,1).
+    image.resize(9, 7);
+    for (int32_t y = 0; y < 7; ++y)
+        for (int32_t x = 0; x < 9; ++x) image.at(x, y) = withSum((x * 53 + y * 97) % 766);
+    putImage(4, image);
+    checkAnswers({{"IsImageInArea(r, 4, 4, 1, 1, 8, 6);", "True", {1, 1}}});
 }
 
 // --explain on the fake platform: the line, and the picture through the
@@ -135,7 +115,8 @@ TEST_F(MatchTest, ExplainPrintsWhyAndMarksTheClosestPlace) {
     image.at(3, 1) = grey(54);  // 12 sums: 1.5625 points, past tolerance 0 by 0.5625
     putImage(0, image);
     putImage(1, filledGrid(2, 2, grey(50)));
-    EXPECT_EQ(answerOf("LocateImage(r, 0, 1, 0, 0, 5, 3, 0);"), "False");
+    runBody("LocateImage(r, 0, 1, 0, 0, 5, 3, 0);");
+    EXPECT_EQ(valueOf("r"), "False");
     ASSERT_EQ(lines.size(), 1u);
     EXPECT_EQ(lines[0], "explain: LocateImage(r, 0, 1, 0, 0, 5, 3, 0) is False; best at (2, 1): 1 of 4 pixels matched, "
                         "then (3, 1) wanted 19.53 found 21.09; tolerance 0.57 would match; explain-1.png");
@@ -145,44 +126,37 @@ TEST_F(MatchTest, ExplainPrintsWhyAndMarksTheClosestPlace) {
     EXPECT_EQ(picture.at(32, 24), makePixel(255, 0, 255));  // and outside (3,2)
     EXPECT_EQ(picture.at(23, 12), makePixel(255, 255, 0));  // left of (3,1)
     EXPECT_EQ(picture.at(0, 0), grey(100));
-    EXPECT_EQ(answerOf("LocateImage(r, 0, 1, 0, 0, 5, 3, 0.57);"), "True");
+    runBody("LocateImage(r, 0, 1, 0, 0, 5, 3, 0.57);");
+    EXPECT_EQ(valueOf("r"), "True");
     EXPECT_EQ(lines.size(), 1u);  // a find explains nothing
 }
 
-// LocateImage read plainly: every position where the whole sub-image lies
-// in the area, each pixel in the rule's verification window.
-std::optional<screen::Position> locatePlainly(const screen::SumPlane& image, const screen::SumPlane& sub, double t,
-                                              screen::Area a, bool firstFind) {
+// LocateImage and the closest place read plainly, over every position where
+// the whole sub-image lies in the area: a match has each pixel in the rule's
+// verification window; the closest has the least largest difference, first
+// among equals.
+struct Plainly {
     std::optional<screen::Position> found;
+    std::optional<screen::Closest> closest;
+};
+Plainly locatePlainly(const screen::SumPlane& image, const screen::SumPlane& sub, double t, screen::Area a,
+                      bool firstFind) {
+    Plainly plainly;
     for (int32_t Y = std::max(a.y1, 0); Y + sub.height - 1 <= std::min(a.y2, image.height - 1); ++Y)
         for (int32_t X = std::max(a.x1, 0); X + sub.width - 1 <= std::min(a.x2, image.width - 1); ++X) {
             bool all = true;
-            for (int32_t y = 0; all && y < sub.height; ++y)
-                for (int32_t x = 0; all && x < sub.width; ++x) {
-                    const double b = screen::brightnessOfSum(sub.row(y)[x]);
-                    const double c = screen::brightnessOfSum(image.row(Y + y)[X + x]);
-                    all = !(c < b - t - 1.0 || c > b + t + 1.0);
-                }
-            if (!all) continue;
-            found = screen::Position{X, Y};
-            if (firstFind) return found;
-        }
-    return found;
-}
-
-// The least largest difference over the whole sub-image, first among equals.
-std::optional<screen::Closest> closestPlainly(const screen::SumPlane& image, const screen::SumPlane& sub,
-                                              screen::Area a) {
-    std::optional<screen::Closest> best;
-    for (int32_t Y = std::max(a.y1, 0); Y + sub.height - 1 <= std::min(a.y2, image.height - 1); ++Y)
-        for (int32_t X = std::max(a.x1, 0); X + sub.width - 1 <= std::min(a.x2, image.width - 1); ++X) {
             int largest = 0;
             for (int32_t y = 0; y < sub.height; ++y)
-                for (int32_t x = 0; x < sub.width; ++x)
+                for (int32_t x = 0; x < sub.width; ++x) {
+                    const double b = screen::brightnessOfSum(sub.row(y)[x]);
+                    const double c = screen::brightnessOfSum(image.row(Y + y)[X + x]);
+                    all = all && !(c < b - t - 1.0 || c > b + t + 1.0);
                     largest = std::max(largest, std::abs(image.row(Y + y)[X + x] - sub.row(y)[x]));
-            if (!best || largest < best->difference) best = screen::Closest{{X, Y}, largest};
+                }
+            if (all && !(firstFind && plainly.found)) plainly.found = screen::Position{X, Y};
+            if (!plainly.closest || largest < plainly.closest->difference) plainly.closest = screen::Closest{{X, Y}, largest};
         }
-    return best;
+    return plainly;
 }
 
 // The fast matchers must give what the plain reading of their rules gives,
@@ -214,15 +188,15 @@ TEST(ImageMatch, EqualsThePlainRuleOnRandomPictures) {
         ASSERT_EQ(fast.found, plain.found) << trial;
         ASSERT_EQ(fast.match, plain.match) << trial;
         matches += plain.match.has_value();
+        const Plainly plainly = locatePlainly(image, sub, t, area, firstFind);
         const auto where = screen::locateImage(&image, &sub, t, area, firstFind);
-        ASSERT_EQ(where, locatePlainly(image, sub, t, area, firstFind)) << trial;
+        ASSERT_EQ(where, plainly.found) << trial;
         located += where.has_value();
         const auto closest = screen::closestImage(image, sub, {0, 0, sub.width, sub.height}, area, true);
-        const auto plainly = closestPlainly(image, sub, area);
-        ASSERT_EQ(closest.has_value(), plainly.has_value()) << trial;
+        ASSERT_EQ(closest.has_value(), plainly.closest.has_value()) << trial;
         if (closest) {
             ASSERT_EQ(std::make_pair(closest->at, closest->difference),
-                      std::make_pair(plainly->at, plainly->difference)) << trial;
+                      std::make_pair(plainly.closest->at, plainly.closest->difference)) << trial;
         }
     }
     EXPECT_GT(matches, 100);  // the cases are not all misses

@@ -17,11 +17,12 @@ const uint32_t kOrange = makePixel(200, 100, 50);
 
 class SearchTest : public ScreenTest {
 protected:
-    // 10 x 8 of grey 128 with orange at (6, 2) and (3, 5).
+    // 10 x 8 of grey 128 with orange at (6, 2) and (3, 5), and black at (7, 2).
     void SetUp() override {
         PixelGrid grid = filledGrid(10, 8, grey(128));
         grid.at(6, 2) = kOrange;
         grid.at(3, 5) = kOrange;
+        grid.at(7, 2) = 0;
         putImage(0, grid);
         runBody("CreateColorRange(colorrange4, 199, 49, 99, 201, 51, 101);");
     }
@@ -50,7 +51,7 @@ TEST_F(SearchTest, MoveMouseGoesToTheFirstFindInReadingOrder) {
         {"MoveMouseToColorRange(imagesave1, colorrange4);", {}, {0, 0}},             // empty slot
         {"MoveMouseToColorRange(nothing, colorrange4);", {}, {0, 0}},
         // A range name that cannot be read is range 0, which holds black only.
-        {"MoveMouseToColorRange(0, colorrange);", {}, {0, 0}},
+        {"MoveMouseToColorRange(0, colorrange);", {"SetCursorPos 7 2"}, {7, 2}},
         // The centre of a 10 x 8 screen is (5, 4).
         {"MoveMouseToColorRangeFromCenterScreen(0, colorrange4, -2, 1, 4, 3);", {"SetCursorPos 3 5"}, {3, 5}},
         {"MoveMouseToColorRangeFromCenterScreen(0, colorrange4, 0, 0, 4, 3);", {}, {0, 0}},
@@ -67,7 +68,8 @@ TEST_F(SearchTest, MoveMouseGoesToTheFirstFindInReadingOrder) {
     }
 }
 
-TEST_F(SearchTest, IsPixelAnswersAndNotesTheFind) {
+// Saturation: the mean brightness, here of grey (50), orange (45.57) and black.
+TEST_F(SearchTest, TestsAnswerAndNoteTheFind) {
     checkAnswers({
         {"IsPixel(r, 0, 6, 2, colorrange4);", "True", {6, 2}},
         {"IsPixel(r, 0, 5, 2, colorrange4);", "False", {-1, -1}},
@@ -81,6 +83,17 @@ TEST_F(SearchTest, IsPixelAnswersAndNotesTheFind) {
         {"IsPixel(r, imagesave0, abc, 5, colorrange0);", "True", {-1, -1}},
         {"IsPixelIn(r, 0, 0, 0, 9, 70000, colorrange4);", "True", {-1, -1}},
         {"IsPixel(r, noimage, 6, 2, colorrange4);", "False", {-1, -1}},
+        {"IsSaturation(r, 0, 5, 2, 50);", "True", {5, 2}},
+        {"IsSaturation(r, 0, 5, 2, -50);", "True", {5, 2}},
+        {"IsSaturation(r, 0, 5, 2, 49.9);", "False", {-1, -1}},
+        {"IsSaturationEx(r, 0, 5, 2, 45, 5);", "True", {5, 2}},
+        {"IsSaturationEx(r, 0, 5, 2, 45, -5);", "True", {5, 2}},
+        {"IsSaturationEx(r, 0, 5, 2, 45, 4.9);", "False", {-1, -1}},
+        {"IsSaturationEx(r, 0, 6, 2, 45, 0.6);", "True", {6, 2}},
+        {"IsSaturationInArea(r, 0, 5, 2, 7, 2, x);", "False", {-1, -1}},
+        {"IsSaturationInAreaEx(r, 0, 6, 2, 7, 2, 22.8, 0.1);", "True", {6, 2}},
+        {"IsSaturation(r, 0, q, 2, 50);", "True", {-1, -1}},
+        {"IsSaturation(r, nothing, 5, 2, 50);", "False", {-1, -1}},
     });
 }
 
@@ -114,14 +127,9 @@ TEST(ColorBox, BoundsBeyondBytesAndReversedBounds) {
     EXPECT_FALSE(screen::inBox(screen::byteBoxOf({}, {}), makePixel(0, 0, 1)));
 }
 
-// The figures of single pixels: tests/scripts/screen/measure.tk.
-TEST(Saturation, TheMeanOfTheArea) {
-    PixelGrid two = filledGrid(2, 1, 0);
-    two.at(1, 0) = grey(128);
-    EXPECT_EQ(screen::saturationOf(&two, {0, 0, 1, 0}), 25.0);
-}
-
-TEST(Saturation, PositionsOutsideCopyThePixelReadLast) {
+// The mean over the area; the figures of single pixels are in
+// tests/scripts/screen/measure.tk.
+TEST(Saturation, TheMeanOfTheAreaWherePositionsOutsideCopyThePixelReadLast) {
     PixelGrid g = filledGrid(2, 2, 0);
     g.at(1, 0) = grey(255);  // read last in row 0
     g.at(1, 1) = grey(128);
@@ -135,6 +143,7 @@ TEST(Saturation, PositionsOutsideCopyThePixelReadLast) {
         {{-1, 0, 1, 1}, 765.0 * 2 + 384, 6},   // left of row 1 copies the end of row 0
         {{0, 0, 1, 2}, 765.0 + 384 + 384 * 2, 6},  // the row below copies (1, 1)
         {{5, 5, 6, 6}, 0, 4},
+        {{0, 1, 1, 1}, 384, 2},                 // black and grey 128: 25
     };
     for (const auto& c : cases)
         EXPECT_DOUBLE_EQ(screen::saturationOf(&g, c.area), c.sum / 3.0 / c.count / 256.0 * 100.0);
@@ -142,41 +151,19 @@ TEST(Saturation, PositionsOutsideCopyThePixelReadLast) {
     EXPECT_EQ(screen::saturationOf(&g, {1, 0, 0, 1}), 0.0);  // x2 < x1
 }
 
-class SaturationTest : public ScreenTest {
-protected:
-    void SetUp() override {
-        PixelGrid grid = filledGrid(3, 1, grey(128));
-        grid.at(1, 0) = makePixel(200, 100, 50);
-        grid.at(2, 0) = 0;
-        putImage(0, grid);
-    }
-};
-
-TEST_F(SaturationTest, TestsAnswerAndNoteTheFirstCorner) {
-    checkAnswers({
-        {"IsSaturation(r, 0, 0, 0, 50);", "True", {0, 0}},
-        {"IsSaturation(r, 0, 0, 0, -50);", "True", {0, 0}},
-        {"IsSaturation(r, 0, 0, 0, 49.9);", "False", {-1, -1}},
-        {"IsSaturationEx(r, 0, 0, 0, 45, 5);", "True", {0, 0}},
-        {"IsSaturationEx(r, 0, 0, 0, 45, -5);", "True", {0, 0}},
-        {"IsSaturationEx(r, 0, 0, 0, 45, 4.9);", "False", {-1, -1}},
-        {"IsSaturationEx(r, 0, 1, 0, 45, 0.6);", "True", {1, 0}},
-        {"IsSaturationInArea(r, 0, 0, 0, 2, 0, x);", "False", {-1, -1}},
-        {"IsSaturationInAreaEx(r, 0, 1, 0, 2, 0, 22.8, 0.1);", "True", {1, 0}},
-        {"IsSaturation(r, 0, q, 0, 50);", "True", {-1, -1}},
-        {"IsSaturation(r, nothing, 0, 0, 50);", "False", {-1, -1}},
-    });
-}
-
-// A bad coordinate stores nothing: d keeps 3, and n is a new text variable
+// A bad coordinate stores nothing: b keeps 3, and n is a new text variable
 // holding what the look-up of its name gave.
-TEST_F(SaturationTest, GetSaturationAnswersInTheVariablesType) {
-    runBody("Int(i, 3);\nDouble(d, 3);\nGetSaturation(t, 0, 1, 0);\nGetSaturation(i, 0, 1, 0);\n"
-            "GetSaturationIn(d, 0, 0, 0, 2, 0);\nGetSaturation(e, nothing, 0, 0);\nDouble(b, 3);\n"
+TEST_F(SearchTest, GetSaturationAnswersInTheVariablesType) {
+    runBody("Int(i, 3);\nDouble(d, 3);\nGetSaturation(t, 0, 6, 2);\nGetSaturation(i, 0, 6, 2);\n"
+            "GetSaturationIn(d, 0, 5, 2, 7, 2);\nGetSaturation(e, nothing, 0, 0);\nDouble(b, 3);\n"
             "GetSaturation(b, imagesave0, abc, 5);\nGetSaturation(n, 0, abc, 5);");
-    for (const auto& [name, value] : {std::pair{"t", "45.5729166666667"}, {"i", "46"}, {"d", "31.8576388888889"},
-                                      {"e", "0"}, {"b", "3"}, {"n", "n"}})
+    using engine::ValueKind;
+    for (const auto& [name, value, kind] : {std::tuple{"t", "45.5729166666667", ValueKind::Text}, {"i", "46", ValueKind::Long},
+                                            {"d", "31.8576388888889", ValueKind::Double}, {"e", "0", ValueKind::Text},
+                                            {"b", "3", ValueKind::Double}, {"n", "n", ValueKind::Text}}) {
         EXPECT_EQ(valueOf(name), value) << name;
+        EXPECT_EQ(typeOf(name), kind) << name;
+    }
 }
 
 }  // namespace
