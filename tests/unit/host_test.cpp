@@ -42,22 +42,16 @@ protected:
     platform::WindowId notepad = 0, edit = 0;
 };
 
-// More in tests/scripts/host/mouse_keys.tk (a plain button notes the cursor, key strings).
+// Each button, click and Ex flag, and the screen's centre: examples/host_commands.tk.
+// A plain button notes the cursor: tests/scripts/host/mouse_keys.tk.
 const Case kMouseAndKeys[] = {
-    {"each Ex flag", "LeftUpEx(1,2); RightDownEx(1,2); RightUpEx(1,2); MiddleDownEx(1,2); MiddleUpEx(1,2);",
-     {"SetCursorPos 1 2", "mouse_event 4", "SetCursorPos 1 2", "mouse_event 8", "SetCursorPos 1 2", "mouse_event 16",
-      "SetCursorPos 1 2", "mouse_event 32", "SetCursorPos 1 2", "mouse_event 64"}},
-    {"plain buttons at the cursor", "LeftDown(); LeftUp(); RightDown(); RightUp(); MiddleDown(); MiddleUp();",
-     {"mouse_event 2", "mouse_event 4", "mouse_event 8", "mouse_event 16", "mouse_event 32", "mouse_event 64"}},
-    {"clicks are two events", "LeftClick(); RightClick(); MiddleClick();",
-     {"mouse_event 2", "mouse_event 4", "mouse_event 8", "mouse_event 16", "mouse_event 32", "mouse_event 64"}},
     {"a missing y does nothing, not even the move", "LeftDownEx(10);", {}},
     {"Ex is 16-bit, MoveMouse 32-bit", "LeftDownEx(40000, 10); MoveMouse(40000, 10);", {"SetCursorPos 40000 10"}},
     {"bad numbers move nothing", "MoveMouse(abc, 1); MoveMouse(1); MoveMouse(\"lx\", 5);", {}},
     {"key codes are bytes rounded to even", "KeyDown(256); KeyDown(-1); KeyDown(); KeyDown(65.5); KeyUp(64.5);",
      {"keybd_event 66 0", "keybd_event 64 2"}},
-    {"MoveMouse leaves lx and ly", "LeftDownEx(5, 6); MoveMouse(10, 20); LeftUpEx(lx, ly);",
-     {"SetCursorPos 5 6", "mouse_event 2", "SetCursorPos 10 20", "SetCursorPos 5 6", "mouse_event 4"}},
+    {"moves leave lx and ly", "LeftDownEx(5, 6); MoveMouse(10, 20); MoveMouseToCenterScreen(); LeftUpEx(lx, ly);",
+     {"SetCursorPos 5 6", "mouse_event 2", "SetCursorPos 10 20", "SetCursorPos 960 540", "SetCursorPos 5 6", "mouse_event 4"}},
     {"quoted lx goes through ResolveCoordinate", "LeftDownEx(7, 8); LeftDownEx(\"lx\", 5);",
      {"SetCursorPos 7 8", "mouse_event 2", "SetCursorPos 7 5", "mouse_event 2"}},
     {"lx and ly can be crossed", "LeftDownEx(3, 4); LeftUpEx(ly, lx);",
@@ -65,8 +59,6 @@ const Case kMouseAndKeys[] = {
     {"parameters resolve through variables", "String(s, \"42\"); Int(n, 7); KeyDown(s); KeyUp(n); KeyDown($9);",
      {"keybd_event 42 0", "keybd_event 7 2", "keybd_event 9 0"}},
     {"a rejected key string sends nothing", "SendKeys(\"{FOO}\"); SendKeys(\"(a\");", {}},
-    {"the centre of a 1920 by 1080 screen", "MoveMouseToCenterScreen(); LeftUpEx(lx, ly);",
-     {"SetCursorPos 960 540", "SetCursorPos 0 0", "mouse_event 4"}},
 };
 
 TEST_F(HostTest, MouseAndKeysOnTheInputStream) { checkAll(kMouseAndKeys); }
@@ -147,15 +139,16 @@ const Case kProgramsAndMessages[] = {
 
 TEST_F(HostTest, ProgramsAndMessages) { checkAll(kProgramsAndMessages); }
 
-// Pieces of long pauses, scaled seconds and hours: tests/scripts/host/pause_pieces.tk.
 const Case kPauses[] = {
     {"nothing positive, nothing waited", "Pause(0); Pause(-5); Pause(abc); Pause(); Pause(0.4); PauseS(-1); PauseM(abc);",
      {}},
     {"a minute is sixty waits of a second", "PauseM(1);", Lines(60, "Wait 1000")},
-    {"9999 is one wait", "Pause(9999);", {"Wait 9999"}},
+    {"pieces of 9999, the last of 0 after a multiple above one", "Pause(9999); Pause(19998);",
+     {"Wait 9999", "Wait 9999", "Wait 9999", "Wait 0"}},
     {"one over the piece", "Pause(10000);", {"Wait 9999", "Wait 1"}},
     {"the guard rounds the unscaled value", "Pause(0.6);", {"Wait 1"}},
-    {"half speed rounds ties to even", "SetPausePercent(50); Pause(101); Pause(3);", {"Wait 50", "Wait 2"}},
+    {"half speed rounds ties to even", "SetPausePercent(50); Pause(101); Pause(3); PauseS(3); PauseH(1);",
+     {"Wait 50", "Wait 2", "Wait 1000", "Wait 1000"}},
     {"the scaled length decides the pieces", "SetPausePercent(300); Pause(5000);", {"Wait 9999", "Wait 5001"}},
     {"0 percent yields once and skips whole units", "SetPausePercent(0); Pause(100); PauseS(5);", {"Wait 0"}},
     {"a negative factor waits nothing", "SetPausePercent(-50); Pause(100); PauseS(2); PauseM(1); PauseH(1);",
@@ -170,20 +163,6 @@ TEST_F(HostTest, Pauses) { checkAll(kPauses); }
 TEST_F(HostTest, TheFactorOutlivesTheRun) {
     run("SetPausePercent(10);");
     EXPECT_EQ(play("Pause(100);"), (Lines{"Wait 10"}));
-}
-
-TEST_F(HostTest, SetPausePercentByExecuteType) {
-    int counted = 0;
-    session.onWhiteDebugPercent = [&] { ++counted; };
-    engine.setExecuteType(engine::ExecuteType::CorrectTime);
-    run("SetPausePercent(70);");
-    EXPECT_EQ(session.pausePercent, "70");
-    EXPECT_EQ(session.pauseFactor, 1.0);
-    engine.setExecuteType(engine::ExecuteType::WhiteDebug);
-    run("SetPausePercent(abc);");
-    EXPECT_EQ(session.pausePercent, "abc");
-    EXPECT_EQ(counted, 1);
-    EXPECT_EQ(session.pauseFactor, 1.0);
 }
 
 TEST_F(HostTest, AStopEndsThePauseAndThePiecesToCome) {

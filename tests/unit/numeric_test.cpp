@@ -38,23 +38,16 @@ TEST(Rounding, TiesGoToTheEvenNeighbour) {
     EXPECT_EQ(roundToInt16(-32768.4), -32768);
 }
 
+// Rounding and the byte's and 16-bit bounds through the commands: the key
+// and Ex rows of host_test.cpp; textToLong: number_text.tk and the builtins.
 TEST(Conversions, FailOnEmptyNonNumericAndOutOfRange) {
     EXPECT_EQ(textToByte("255"), 255);
-    EXPECT_EQ(textToByte("65.5"), 66);
-    EXPECT_EQ(textToByte("64.5"), 64);
-    EXPECT_FALSE(textToByte("256"));
-    EXPECT_FALSE(textToByte("-1"));
-    EXPECT_FALSE(textToByte(""));
     EXPECT_EQ(textToInt16("-32768"), -32768);
-    EXPECT_FALSE(textToInt16("40000"));
     EXPECT_FALSE(textToInt16("lx"));
-    EXPECT_EQ(textToInt32("40000"), 40000);
     EXPECT_EQ(textToInt32(" 1e3 "), 1000);
     EXPECT_FALSE(textToInt32("12abc"));
     EXPECT_EQ(textToDouble("2.5"), 2.5);
     EXPECT_FALSE(textToDouble("1e400"));
-    EXPECT_EQ(textToLong("12abc"), 12);
-    EXPECT_FALSE(textToLong("99999999999"));
 }
 
 TEST(DoubleToText, FifteenDigitsPlainOrExponent) {
