@@ -31,14 +31,10 @@ TEST_F(LoaderTest, StatementSplitting) {
         const char* text;
         std::vector<std::pair<int32_t, Params>> statements;
     } cases[] = {
-        {"", {}},
-        {"# only a comment #", {}},
-        {"message(hi;there);", {{22, {"hithere"}}}},
-        {"message(\"a)b;c\");", {{22, {"\"a)"}}}},
-        {"abc;foo(1);", {{-1, {"1"}}}},
+        {"", {}}, {"# only a comment #", {}}, {"message(hi;there);", {{22, {"hithere"}}}},
+        {"message(\"a)b;c\");", {{22, {"\"a)"}}}}, {"abc;foo(1);", {{-1, {"1"}}}},
         {"message(\"a,b\",normal,\"t\");", {{22, {"\"a", "b\"", "normal", "\"t\""}}}},
-        {"foo(1)x;", {{-1, {"1)"}}}},
-        {"foo();", {{-1, {}}}},
+        {"foo(1)x;", {{-1, {"1)"}}}}, {"foo();", {{-1, {}}}},
         {"foo(,);", {{-1, {}}}},  // two empty parameters
         {"pause(1,2,3,4,5,6,7,8,9);", {{101, {}}}},
         {"pause(1,2,3,4,5,6,7,8);", {{101, {"1", "2", "3", "4", "5", "6", "7", "8"}}}},
@@ -61,11 +57,8 @@ TEST_F(LoaderTest, StartAndEndLines) {
         const char* text;
         int32_t start, end;
     } cases[] = {
-        {"", 1, 0},
-        {"a(); b();", 1, 0},
-        {"function(main); endfunction();", 1, 2},
-        {"FUNCTION(MAIN); ENDFUNCTION();", 1, 2},
-        {"function(\"main\"); endfunction();", 1, 0},
+        {"", 1, 0}, {"a(); b();", 1, 0}, {"function(main); endfunction();", 1, 2},
+        {"FUNCTION(MAIN); ENDFUNCTION();", 1, 2}, {"function(\"main\"); endfunction();", 1, 0},
         {"function(a); endfunction(); function(main); x(); endfunction(); function(b); endfunction();", 3, 5},
         // The last endfunction before the next function closes main.
         {"function(main); endfunction(); endfunction(); function(b); endfunction();", 1, 3},
@@ -135,7 +128,7 @@ TEST_P(BuiltinCases, LeaveTheVariable) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Declarations, BuiltinCases, ::testing::Values(
-    // More in tests/scripts/engine: number_text.tk (rounding), layout_crlf.tk (0x texts), variables_dump.tk.
+    // More in tests/scripts/engine: layout_crlf.tk (0x texts), variables_dump.tk.
     Case{"string(x, 5);", "x", Text, "5"}, Case{"double(x, abc);", "x", Double, "0"}, Case{"int(x);", "x", Long, "0"},
     Case{"string(x, \"0X41\");", "x", Text, "0X41"},  // hex only after a lower-case 0x
     Case{"int(x, 9); int(x, 3);", "x", Long, "3"}, Case{"set(x, 5);", "x", Long, "5"},
@@ -143,6 +136,21 @@ INSTANTIATE_TEST_SUITE_P(Declarations, BuiltinCases, ::testing::Values(
     Case{"int(x, 1); set(x, 2.5);", "x", Long, "1"},     // the double stands behind the long
     Case{"string(x, a); set(x, 5);", "x", Text, "a"}, Case{"double(b, 5.5); set(a, b);", "a", Double, "5.5"},
     Case{"double(b, 5); set(a, b);", "a", Long, "5"}, Case{"int(x, 99999999999);", "x", Long, "0"}));
+
+// How numbers read and print: the double forms, rounding half to even,
+// exponent and &h forms, numeric prefixes, and the edges of a long.
+INSTANTIATE_TEST_SUITE_P(NumberText, BuiltinCases, ::testing::Values(
+    Case{"double(a, 0.000001);", "a", Double, "1E-06"}, Case{"double(a, 0.00001);", "a", Double, "0.00001"},
+    Case{"double(a, 1.5e20);", "a", Double, "1.5E+20"}, Case{"double(a, 999999999999999.9);", "a", Double, "1E+15"},
+    Case{"double(a, 123456789012345.0);", "a", Double, "123456789012345"},
+    Case{"double(a, 0.1); add(a, 0.2);", "a", Double, "0.3"},
+    Case{"double(a, 2); divide(a, 3);", "a", Double, "0.666666666666667"},
+    Case{"int(a, 3.5);", "a", Long, "4"}, Case{"int(a, -2.5);", "a", Long, "-2"}, Case{"int(a, 1e5);", "a", Long, "100000"},
+    Case{"int(a, &h7FFFFFFF);", "a", Long, "2147483647"}, Case{"int(a, 12abc);", "a", Long, "12"},
+    Case{"int(a, -2147483648); subtract(a, 1);", "a", Long, "-2147483648"},
+    Case{"double(a, -0.5); multiply(a, 0);", "a", Double, "0"}, Case{"double(a, 0); divide(a, 0);", "a", Double, "nan"},
+    Case{"double(a, -1); divide(a, 0);", "a", Double, "-inf"}, Case{"double(a, \" 2.5\");", "a", Double, "2.5"},
+    Case{"int(a, 0x10);", "a", Long, "0"}));
 
 INSTANTIATE_TEST_SUITE_P(Arithmetic, BuiltinCases, ::testing::Values(
     Case{"add(u, 1); add(u, 1);", "u", Text, "11"}, Case{"int(x, 10); add(x, 2.5);", "x", Long, "12"},
@@ -221,6 +229,7 @@ TEST_F(BuiltinsTest, AStopCutsALongTextStepShort) {
 }
 
 TEST_F(BuiltinsTest, TheDumpComesInPiecesAndEndsOnAStop) {
+    EXPECT_EQ(engine.getDebug(), "Printing Code:\n\nPrinting Found Functions:\n\nPrinting Found Variables:\n\n\n\n");
     run("string(big, a); multiply(big, 30000); multiply(big, 10); int(n, 7);");
     std::string whole;
     int pieces = 0;
@@ -245,10 +254,6 @@ TEST_F(BuiltinsTest, MessageStyles) {
                                                          "MessageBox 1048576 \"t\" \"a\""}));
 }
 
-TEST_F(BuiltinsTest, DumpBeforeAnyLoadHasItsHeadingsOnly) {
-    EXPECT_EQ(engine.getDebug(), "Printing Code:\n\nPrinting Found Functions:\n\nPrinting Found Variables:\n\n\n\n");
-}
-
 
 class VariablesTest : public EngineTest {};
 
@@ -258,37 +263,34 @@ TEST_F(VariablesTest, Conditions) {
         const char* condition;
         bool result;
     } cases[] = {
-        {"int(x,5);", "x=5", true},
+        {"int(x,5);", "x=5", true}, {"double(x,5.5);", "x=5", false},
         {"string(x,5);", "x=5", true},  // compared as text
-        {"double(x,5.5);", "x=5", false},
         {"int(x,5);", "x", false},       // no operator
         {"", "a=b=c", false},            // right side "b=c"
-        {"string(a,\"b=c\");", "a=b=c", true},
-        {"", "1<=1", true},
+        {"string(a,\"b=c\");", "a=b=c", true}, {"", "1<=1", true},
         {"", "1=<1", false},             // "=" with the right side "<1"
         {"string(s,\"abc\");", "s=\"Abc\"", false},
         {"string(s,\"abc\");", "s=abc", true},  // as a script writes s=Abc: the load lowers it
-        {"", "2<10", true},
+        {"", "2<10", true}, {"", "3<>4", true}, {"", "3!=3", false}, {"", "b>=a", true},
         {"", "\"2\"<\"10\"", false},      // as text
         {"int(n,2);", "n<\"10\"", false}, // text against number: as text
         {"double(d,2.5);", "d>2", true},  // long against double
-        {"", "3<>4", true},
-        {"", "3!=3", false},
-        {"", "b>=a", true},
         {"", "99999999999=1", false},     // beyond 32 bits: false
         {"", "\"=\"", false},             // a lone quote on each side
         {"", "=", true},                  // two empty texts
     };
     for (const Case& c : cases) {
-        load(c.setup);
-        engine.execute();
-        EXPECT_EQ(engine.evaluate(c.condition), c.result)
-            << c.setup << " " << c.condition;
+        run(c.setup);
+        EXPECT_EQ(engine.evaluate(c.condition), c.result) << c.setup << " " << c.condition;
     }
 }
 
 TEST_F(VariablesTest, ResolvingParameters) {
-    run("string(s, abc); int(l, 7); double(d, 2.5);");
+    // lx and ly read the last position before the tables, though set(lx, 5) made a variable.
+    session.lastX = 12;
+    session.lastY = -3;
+    run("string(s, abc); int(l, 7); double(d, 2.5); set(lx, 5);");
+    EXPECT_TRUE(engine.isExistingVariable("lx"));
     struct Case {
         const char* parameter;
         engine::ValueKind type;
@@ -296,7 +298,7 @@ TEST_F(VariablesTest, ResolvingParameters) {
     } cases[] = {
         {"s", Text, "abc"}, {"l", Long, "7"}, {"d", Double, "2.5"}, {"5", Long, "5"}, {"2.5", Double, "2.5"},
         {"word", Text, "word"}, {"\"s\"", Text, "s"}, {"$s", Text, "s"}, {"", Text, ""}, {"0x41", Text, "0x41"},
-        {"1e3", Long, "1e3"},
+        {"1e3", Long, "1e3"}, {"lx", Long, "12"}, {"ly", Long, "-3"},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(typeOf(c.parameter), c.type) << c.parameter;
@@ -310,22 +312,9 @@ TEST_F(VariablesTest, ResolvingParameters) {
     engine.getVariable(quoted);
     EXPECT_EQ(quoted, "s");
     EXPECT_EQ(engine.getVariableAsString("$x"), "x");
-}
-
-TEST_F(VariablesTest, LastPositionWordsReadBeforeTheTables) {
-    session.lastX = 12;
-    session.lastY = -3;
-    run("set(lx, 5);");
-    EXPECT_TRUE(engine.isExistingVariable("lx"));
-    EXPECT_EQ(valueOf("lx"), "12");
-    EXPECT_EQ(valueOf("ly"), "-3");
-    EXPECT_EQ(typeOf("lx"), Long);
-}
-
-TEST_F(VariablesTest, ATooLargeNumberKeepsTheLastLong) {
-    std::string five = "5";
+    // A number too large for a long fails and leaves the last long in the slot.
+    std::string five = "5", huge = "99999999999";
     engine.getVariable(five);
-    std::string huge = "99999999999";
     engine.getVariable(huge);
     EXPECT_EQ(engine.valueSlot().kind, Long);
     EXPECT_EQ(engine.valueSlot().integer, 5);

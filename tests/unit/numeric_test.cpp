@@ -39,7 +39,7 @@ TEST(Rounding, TiesGoToTheEvenNeighbour) {
 }
 
 // Rounding and the byte's and 16-bit bounds through the commands: the key
-// and Ex rows of host_test.cpp; textToLong: number_text.tk and the builtins.
+// and Ex rows of host_test.cpp; textToLong: the builtins' cases in engine_test.cpp.
 TEST(Conversions, FailOnEmptyNonNumericAndOutOfRange) {
     EXPECT_EQ(textToByte("255"), 255);
     EXPECT_EQ(textToInt16("-32768"), -32768);
@@ -52,7 +52,7 @@ TEST(Conversions, FailOnEmptyNonNumericAndOutOfRange) {
 
 TEST(DoubleToText, FifteenDigitsPlainOrExponent) {
     const std::pair<double, const char*> cases[] = {
-        // More forms, nan and -inf: tests/scripts/engine/number_text.tk.
+        // More forms, nan and -inf: the builtins' NumberText cases in engine_test.cpp.
         {0, "0"}, {5.5, "5.5"}, {-2.25, "-2.25"}, {1.0 / 3, "0.333333333333333"}, {1e-7, "1E-07"},
         {999999999999999, "999999999999999"}, {123456789012345678.0, "1.23456789012346E+17"},
         {2.0 / 3 * 1e-6, "6.66666666666667E-07"}, {std::numeric_limits<double>::infinity(), "inf"},
