@@ -116,10 +116,11 @@ TEST_F(HostTest, HeldInputLeavesBeforeAnyOtherCommand) {
     }
 }
 
-TEST_F(HostTest, AClosedTargetIsStillUsed) {
-    run("SelectWindow(notepad);");
+// The target, even once its window closed, and the pause factor.
+TEST_F(HostTest, TheTargetAndTheFactorOutliveTheRun) {
+    run("SelectWindow(notepad); SetPausePercent(10);");
     fake.windows.removeWindow(notepad);
-    EXPECT_EQ(play("KeyDown(1);"), (Lines{"SendMessage 1001 256 1 0x00010001"}));
+    EXPECT_EQ(play("KeyDown(1); Pause(100);"), (Lines{"SendMessage 1001 256 1 0x00010001", "Wait 10"}));
 }
 
 const Case kProgramsAndMessages[] = {
@@ -157,11 +158,6 @@ const Case kPauses[] = {
 };
 
 TEST_F(HostTest, Pauses) { checkAll(kPauses); }
-
-TEST_F(HostTest, TheFactorOutlivesTheRun) {
-    run("SetPausePercent(10);");
-    EXPECT_EQ(play("Pause(100);"), (Lines{"Wait 10"}));
-}
 
 TEST_F(HostTest, AStopEndsThePauseAndThePiecesToCome) {
     fake.onYield = [&] {
