@@ -239,18 +239,16 @@ TEST(SendKeys, ParsesTheNotation) {
         EXPECT_EQ(describe(host::parseSendKeys(keys)), "rejected") << "keys: " << keys;
 }
 
-// Nesting is as deep as the text: nothing runs out of stack.
-TEST(SendKeys, NestsAsDeepAsTheText) {
+// Nesting is as deep as the text: nothing runs out of stack. A long text
+// is made a piece at a time: no piece holds much of it.
+TEST(SendKeys, DeepAndLongTexts) {
     const std::string opens(1'000'000, '('), closes(1'000'000, ')');
     EXPECT_FALSE(host::parseSendKeys(opens));
     EXPECT_EQ(describe(host::parseSendKeys(opens + "a" + closes)), "'a'");
     const auto held = host::parseSendKeys(std::string(1'000'000, '+') + "a");
     ASSERT_TRUE(held);
     EXPECT_EQ(held->size(), 2'000'001u);
-}
 
-// A long text is made a piece at a time: no piece holds much of it.
-TEST(SendKeys, LongTextsComeInPieces) {
     const std::string keys = "+(" + std::string(100'000, 'a') + "){LEFT 9999}";
     host::KeyStringStrokes strokes(keys);
     std::vector<platform::KeyStroke> piece;
