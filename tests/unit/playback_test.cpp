@@ -85,7 +85,9 @@ const std::string kOneMessage = "Function(Main);\nMessage(run, normal, t);\nEndF
 
 // A play hides the windows and turns the timer on; nothing runs before the
 // first tick. Play forgets the target window, playing a selection keeps it.
+// The timer fires inside the run too, and a tick never nests.
 TEST_F(PlaybackTest, RunCountsFollowRepeatAndPlayX) {
+    onYield = [&] { playback.tick(); };
     struct Case {
         const char* name;
         bool repeat;
@@ -116,6 +118,7 @@ TEST_F(PlaybackTest, RunCountsFollowRepeatAndPlayX) {
         EXPECT_EQ(timer, c.runs < 0);
         EXPECT_EQ(shown, c.runs >= 0);
         EXPECT_EQ(ticks, c.runs < 0 ? 20 : c.runs);
+        EXPECT_FALSE(playback.inTick());
         playback.stopPlay();
     }
 }
@@ -162,15 +165,6 @@ TEST_F(PlaybackTest, AStoppedPlayLetsGoOfTheKeysAfterItsLastStatement) {
             EXPECT_GE(cancels, 1) << "the pause is cut short";
         }
     }
-}
-
-TEST_F(PlaybackTest, TickNeverNests) {
-    session.repeat = false;
-    start(kOneMessage);
-    onYield = [&] { playback.tick(); };  // the timer firing again inside the run
-    playback.tick();
-    EXPECT_EQ(linesStartingWith("MessageBox"), 1);
-    EXPECT_FALSE(playback.inTick());
 }
 
 TEST_F(PlaybackTest, PlayDuringARunReplacesIt) {
@@ -378,7 +372,7 @@ TEST(CompiledScript, CompactBodyAndItsLoad) {
     EXPECT_EQ(playback::bodyAsLines("a(1);msgbox(x;y);"), "a(1);\nmsgbox(x;\ny);\n");
 }
 
-TEST(CompiledScript, BytesFieldByField) {
+TEST(CompiledScript, BytesFieldByFieldAndTheirReadingBack) {
     const std::string runtime = "RUNTIMEZ";  // L = 8; its last byte gives way to the flag
     for (const bool repeat : {false, true}) {
         const std::string program = playback::compiledProgram(runtime, repeat, "a();");
@@ -393,9 +387,7 @@ TEST(CompiledScript, BytesFieldByField) {
         EXPECT_EQ(tail->body, "a();");
     }
     EXPECT_EQ(playback::compiledProgram(std::string(300, 'x'), false, "").substr(300), std::string("\x2c\x01\x00\x00", 4));
-}
-
-TEST(CompiledScript, TailOutOfRangeIsNoScript) {
+    // A tail out of range is no script.
     const std::string corrupt[] = {"", "abc", std::string("\0\0\0\0", 4), std::string("xy\x03\x00\x00\x00", 6),
                                    std::string("xy\xff\xff\xff\xff", 6), "plain script text;"};
     for (const std::string& file : corrupt) EXPECT_FALSE(playback::compiledTailOf(file)) << file.size();
