@@ -116,11 +116,16 @@ TEST_F(HostTest, HeldInputLeavesBeforeAnyOtherCommand) {
     }
 }
 
-// The target, even once its window closed, and the pause factor.
-TEST_F(HostTest, TheTargetAndTheFactorOutliveTheRun) {
-    run("SelectWindow(notepad); SetPausePercent(10);");
+// The target, even once its window closed, the pause factor and the modes.
+TEST_F(HostTest, TheTargetTheFactorAndTheModesOutliveTheRun) {
+    run("SelectWindow(notepad); SetPausePercent(10); DisableRepeat(); RandomFindMode();");
+    EXPECT_FALSE(session.repeat);
+    EXPECT_FALSE(session.firstFind);
     fake.windows.removeWindow(notepad);
-    EXPECT_EQ(play("KeyDown(1); Pause(100);"), (Lines{"SendMessage 1001 256 1 0x00010001", "Wait 10"}));
+    EXPECT_EQ(play("KeyDown(1); Pause(100); EnableRepeat(); FirstFindMode();"),
+              (Lines{"SendMessage 1001 256 1 0x00010001", "Wait 10"}));
+    EXPECT_TRUE(session.repeat);
+    EXPECT_TRUE(session.firstFind);
 }
 
 const Case kProgramsAndMessages[] = {
@@ -175,15 +180,6 @@ TEST_F(HostTest, StopwatchesReadTheClock) {
     run("Pause(5);");
     EXPECT_EQ(host::readEventClock(session), 30);
     EXPECT_EQ(host::readRunClock(session), 5);
-}
-
-TEST_F(HostTest, ModeSwitches) {
-    run("DisableRepeat(); RandomFindMode();");
-    EXPECT_FALSE(session.repeat);
-    EXPECT_FALSE(session.firstFind);
-    run("EnableRepeat(); FirstFindMode();");
-    EXPECT_TRUE(session.repeat);
-    EXPECT_TRUE(session.firstFind);
 }
 
 // A test whose coordinates do not convert answers true; one without its
