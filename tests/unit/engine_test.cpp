@@ -45,7 +45,7 @@ TEST(Rounding, TiesGoToTheEvenNeighbour) {
 }
 
 // Rounding and the byte's and 16-bit bounds through the commands: the key
-// and Ex rows of host_test.cpp; textToLong: the builtins' cases in engine_test.cpp.
+// and Ex rows of host_test.cpp; textToLong: the builtins' cases below.
 TEST(Conversions, FailOnEmptyNonNumericAndOutOfRange) {
     EXPECT_EQ(textToByte("255"), 255);
     EXPECT_EQ(textToInt16("-32768"), -32768);
@@ -54,23 +54,17 @@ TEST(Conversions, FailOnEmptyNonNumericAndOutOfRange) {
     EXPECT_FALSE(textToInt32("12abc"));
     EXPECT_EQ(textToDouble("2.5"), 2.5);
     EXPECT_FALSE(textToDouble("1e400"));
-}
-
-TEST(DoubleToLong, GoesThroughTheText) {
+    // A double becomes a long through its printed text.
     EXPECT_EQ(doubleToLong(2.5), 2);
     EXPECT_EQ(doubleToLong(0.5000000000000001), 0);  // prints as 0.5, a tie
     EXPECT_FALSE(doubleToLong(1e20));
     EXPECT_FALSE(doubleToLong(std::numeric_limits<double>::infinity()));
 }
 
-
+// Lowering, tabs and blanks, UTF-8, line ends and comments: tests/scripts/engine/layout_crlf.tk.
 TEST(stripSource, CommentsQuotesBlanksAndCase) {
-    const std::pair<const char*, const char*> cases[] = {
-        // Lowering, tabs and blanks, UTF-8, line ends and comments: tests/scripts/engine/layout_crlf.tk.
-        {"message(\"a#b\");#x#y", "message(\"ax"},  // the quote stays open through the comment
-        {"# open to the end", ""},
-    };
-    for (const auto& [text, stripped] : cases) EXPECT_EQ(stripSource(text), stripped) << text;
+    EXPECT_EQ(stripSource("message(\"a#b\");#x#y"), "message(\"ax");  // the quote stays open through the comment
+    EXPECT_EQ(stripSource("# open to the end"), "");
 }
 
 using Params = std::vector<std::string>;
