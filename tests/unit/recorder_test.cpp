@@ -77,6 +77,7 @@ struct SamplerCase {
 const std::string kColour = "CaptureScreen(imagesave0);\nPause(0);\nCreateColorRange(colorrange0, 255, 64, 128, 255, 64, "
                             "128);\nPause(0);\nMoveMouseToColorRange(imagesave0, colorrange0);\n";
 
+// Clicks with and without positions: the click rows of kChangeCases, which drive the same sampler.
 const SamplerCase kSamplerCases[] = {
     {"a key held from before the start gives only its release", false, false, {65}, {{{65}}, {{}}},
      "Pause(20);\nKeyUp(65);\n"},
@@ -98,9 +99,6 @@ const SamplerCase kSamplerCases[] = {
      "Pause(10);\n"},
     {"only diagonal moves are written", true, false, {}, {{{}, {10, 0}}, {{}, {20, 5}}, {{}, {30, 5}}},
      "Pause(20);\nMoveMouse(20,5);\n"},
-    {"clicks without positions", false, false, {}, {{{1}}, {{}}}, "Pause(10);\nLeftDown();\nPause(10);\nLeftUp();\n"},
-    {"clicks with positions", false, true, {}, {{{2}, {7, 9}}, {{}, {7, 9}}},
-     "Pause(10);\nRightDownEx(7,9);\nPause(10);\nRightUpEx(7,9);\n"},
     {"a hotkey start drops two lines in the main window", false, false, {}, {{{56}}, {{}}, {{65}}},
      "Pause(30);\nKeyDown(65);\n", Form::Main, true},
     {"a hotkey start drops nothing in the basic window", false, false, {}, {{{56}}, {{}}, {{65}}},
