@@ -172,14 +172,13 @@ TEST_F(HostTest, AStopEndsThePauseAndThePiecesToCome) {
     EXPECT_EQ(play("PauseH(1); KeyDown(1);"), (Lines{"Wait 1000"}));
 }
 
-TEST_F(HostTest, StopwatchesReadTheClock) {
+// The run clock: the timed runs of playback_test.cpp.
+TEST_F(HostTest, TheEventClockReadsTheClock) {
     host::startEventClock(session);
     run("Pause(25);");
-    host::startRunClock(session);
     EXPECT_EQ(host::readEventClock(session), 25);
     run("Pause(5);");
     EXPECT_EQ(host::readEventClock(session), 30);
-    EXPECT_EQ(host::readRunClock(session), 5);
 }
 
 // A test whose coordinates do not convert answers true; one without its

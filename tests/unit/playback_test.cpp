@@ -297,7 +297,6 @@ TEST(CorrectTime, ScanCalibrationAndReplace) {
     const std::tuple<const char*, const char*, double, const char*> replaces[] = {
         {"a;\nsetpausepercent(100);SETPAUSEPERCENT(100);", "100", 200, "a;\nSetPausePercent(200);SetPausePercent(200);"},
         {"SetPausePercent(50);", "100", 12.5, "SetPausePercent(50);"},
-        {"SetPausePercent(100);", "100", 12.5, "SetPausePercent(12.5);"},
     };
     for (const auto& [text, old, percent, result] : replaces)
         EXPECT_EQ(playback::replacePausePercent(text, old, percent), result);
