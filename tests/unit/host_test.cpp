@@ -171,7 +171,7 @@ TEST_F(HostTest, AStopEndsThePauseAndThePiecesToCome) {
     EXPECT_EQ(play("PauseH(1); KeyDown(1);"), (Lines{"Wait 1000"}));
 }
 
-// The run clock: the timed runs of playback_test.cpp.
+// The run clock is read by the timed runs of playback_test.cpp.
 TEST_F(HostTest, TheEventClockReadsTheClock) {
     host::startEventClock(session);
     run("Pause(25);");
@@ -183,20 +183,16 @@ TEST_F(HostTest, TheEventClockReadsTheClock) {
 // A test whose coordinates do not convert answers true; one without its
 // image answers false. (Measures: the saturation tests.)
 TEST_F(HostTest, AnswersTakeTheVariablesKind) {
-    const struct {
-        const char* declare;
-        const char* x;
-        const char* value;
-        engine::ValueKind kind;
-    } cases[] = {
+    // What is declared first, the x coordinate, and the answer's text and kind.
+    const std::tuple<const char*, const char*, const char*, engine::ValueKind> cases[] = {
         {"", "x", "True", engine::ValueKind::Text},         {"", "1", "False", engine::ValueKind::Text},
         {"Int(r, 7);", "x", "0", engine::ValueKind::Long},     {"Int(r, 7);", "1", "1", engine::ValueKind::Long},
         {"Double(r, 3);", "x", "0", engine::ValueKind::Double}, {"Double(r, 3);", "1", "1", engine::ValueKind::Double},
     };
-    for (const auto& c : cases) {
-        run(std::string(c.declare) + "IsPixel(r, imagesave0, " + c.x + ", 2, colorrange0);");
-        EXPECT_EQ(valueOf("r"), c.value) << c.declare << c.x;
-        EXPECT_EQ(typeOf("r"), c.kind) << c.declare << c.x;
+    for (const auto& [declare, x, value, kind] : cases) {
+        run(std::string(declare) + "IsPixel(r, imagesave0, " + x + ", 2, colorrange0);");
+        EXPECT_EQ(valueOf("r"), value) << declare << x;
+        EXPECT_EQ(typeOf("r"), kind) << declare << x;
     }
 }
 
