@@ -127,41 +127,37 @@ TEST_F(PlaybackTest, RunCountsFollowRepeatAndPlayX) {
 // held once no statement of the run can press again; a repeat keeps keys
 // held from one run to the next.
 TEST_F(PlaybackTest, AStoppedPlayLetsGoOfTheKeysAfterItsLastStatement) {
-    struct Case {
-        const char* name;
-        bool repeat;
-        int stopAtYield;  // 0: the play ends by itself, or runs to the bound
-        const char* script;
-    };
-    const Case cases[] = {
+    // What each case checks, repeat, the yield to stop at (0: the play ends by
+    // itself, or runs to the bound), the script.
+    const std::tuple<const char*, bool, int, const char*> cases[] = {
         {"stop between statements", true, 3, "Function(Main);\nKeyDown(16);\nPause(60000);\nKeyDown(17);\nEndFunction();"},
         {"stop in the pause", true, 4, "Function(Main);\nKeyDown(16);\nPause(60000);\nKeyDown(17);\nEndFunction();"},
         {"the end of a single run", false, 0, "Function(Main);\nKeyDown(16);\nPause(60000);\nKeyDown(17);\nEndFunction();"},
         {"a repeat holds on between runs", true, 0, "Function(Main);\nKeyDown(16);\nEndFunction();"},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, repeat, stopAtYield, script] : cases) {
+        SCOPED_TRACE(name);
         transcript.clear();
-        session.repeat = c.repeat;
-        start(c.script);
+        session.repeat = repeat;
+        start(script);
         int yields = 0;
         cancels = 0;
         onYield = [&] {
-            if (++yields == c.stopAtYield) playback.stopPlay();
+            if (++yields == stopAtYield) playback.stopPlay();
         };
         tickWhileOn(5);
         onYield = nullptr;
-        if (c.stopAtYield) {
+        if (stopAtYield) {
             EXPECT_FALSE(timer);
         }
-        EXPECT_EQ(std::count(transcript.begin(), transcript.end(), "keybd_event 17 0"), c.stopAtYield ? 0 : !c.repeat);
-        EXPECT_EQ(std::count(transcript.begin(), transcript.end(), "ReleaseAll"), c.repeat && !c.stopAtYield ? 0 : 1);
+        EXPECT_EQ(std::count(transcript.begin(), transcript.end(), "keybd_event 17 0"), stopAtYield ? 0 : !repeat);
+        EXPECT_EQ(std::count(transcript.begin(), transcript.end(), "ReleaseAll"), repeat && !stopAtYield ? 0 : 1);
         EXPECT_EQ(transcript.front(), "keybd_event 16 0") << "nothing let go before the run";
         playback.stopPlay();
         EXPECT_FALSE(timer);
         EXPECT_TRUE(shown);
         EXPECT_EQ(transcript.back(), "ReleaseAll");
-        if (c.stopAtYield) {
+        if (stopAtYield) {
             EXPECT_GE(cancels, 1) << "the pause is cut short";
         }
     }
@@ -354,19 +350,16 @@ TEST_F(TimedRunTest, RewritesThePercentTheRunCarriedOut) {
 
 
 TEST(CompiledScript, CompactBodyAndItsLoad) {
-    struct Case {
-        std::string text, body, loaded;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, const char*, const char*> cases[] = {  // the text, its compact body, its load
         {"Function(Main);\r\n  MsgBox(\"Hi There; You\");\nEndFunction();", "function(main);msgbox(Hi There; You);endfunction();",
          "function(main);msgbox(Hi There; You);endfunction();"},
         {"A\tB #Note Here# C", "a\tb#notehere#c", "abc"},
         {"", "", ""},
     };
-    for (const Case& c : cases) {
-        EXPECT_EQ(playback::compactScript(c.text), c.body) << c.text;
+    for (const auto& [text, body, loaded] : cases) {
+        EXPECT_EQ(playback::compactScript(text), body) << text;
         // The runtime's load folds nothing a second time.
-        EXPECT_EQ(engine::stripSource(c.body, engine::SourceForm::Compact), c.loaded) << c.text;
+        EXPECT_EQ(engine::stripSource(body, engine::SourceForm::Compact), loaded) << text;
     }
     EXPECT_EQ(playback::bodyAsLines("a(1);msgbox(x;y);"), "a(1);\nmsgbox(x;\ny);\n");
 }
