@@ -88,36 +88,30 @@ const std::string kOneMessage = "Function(Main);\nMessage(run, normal, t);\nEndF
 // The timer fires inside the run too, and a tick never nests.
 TEST_F(PlaybackTest, RunCountsFollowRepeatAndPlayX) {
     onYield = [&] { playback.tick(); };
-    struct Case {
-        const char* name;
-        bool repeat;
-        bool playX;
-        int target;
-        int runs;  // -1: still running after the bound
-        bool clearTarget = true;
-    };
-    const Case cases[] = {
-        {"once", false, false, 0, 1},        {"repeat runs on", true, false, 0, -1},
-        {"play X three", true, true, 3, 3},  {"play X zero runs once", true, true, 0, 1},
+    // What each case checks, repeat, Play X and its target, the runs (-1:
+    // still running after the bound), whether the play clears the target.
+    const std::tuple<const char*, bool, bool, int, int, bool> cases[] = {
+        {"once", false, false, 0, 1, true},        {"repeat runs on", true, false, 0, -1, true},
+        {"play X three", true, true, 3, 3, true},  {"play X zero runs once", true, true, 0, 1, true},
         {"play X one, a selection", true, true, 1, 1, false},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, repeat, x, target, runs, clearTarget] : cases) {
+        SCOPED_TRACE(name);
         transcript.clear();
-        session.repeat = c.repeat;
+        session.repeat = repeat;
         session.targetWindow = 42;
-        playX = c.playX;
-        if (c.playX) playback.setPlayTarget(c.target);
-        start(kOneMessage, c.clearTarget);
+        playX = x;
+        if (x) playback.setPlayTarget(target);
+        start(kOneMessage, clearTarget);
         EXPECT_FALSE(shown);
         EXPECT_TRUE(timer);
-        EXPECT_EQ(session.targetWindow, c.clearTarget ? 0u : 42u);
+        EXPECT_EQ(session.targetWindow, clearTarget ? 0u : 42u);
         EXPECT_TRUE(transcript.empty());
         const int ticks = tickWhileOn(20);
-        EXPECT_EQ(linesStartingWith("MessageBox"), c.runs < 0 ? 20 : c.runs);
-        EXPECT_EQ(timer, c.runs < 0);
-        EXPECT_EQ(shown, c.runs >= 0);
-        EXPECT_EQ(ticks, c.runs < 0 ? 20 : c.runs);
+        EXPECT_EQ(linesStartingWith("MessageBox"), runs < 0 ? 20 : runs);
+        EXPECT_EQ(timer, runs < 0);
+        EXPECT_EQ(shown, runs >= 0);
+        EXPECT_EQ(ticks, runs < 0 ? 20 : runs);
         EXPECT_FALSE(playback.inTick());
         playback.stopPlay();
     }
