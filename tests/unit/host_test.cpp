@@ -51,7 +51,8 @@ const Case kMouseAndKeys[] = {
     {"key codes are bytes rounded to even", "KeyDown(256); KeyDown(-1); KeyDown(); KeyDown(65.5); KeyUp(64.5);",
      {"keybd_event 66 0", "keybd_event 64 2"}},
     {"moves leave lx and ly", "LeftDownEx(5, 6); MoveMouse(10, 20); MoveMouseToCenterScreen(); LeftUpEx(lx, ly);",
-     {"SetCursorPos 5 6", "mouse_event 2", "SetCursorPos 10 20", "SetCursorPos 960 540", "SetCursorPos 5 6", "mouse_event 4"}},
+     {"SetCursorPos 5 6", "mouse_event 2", "SetCursorPos 10 20", "SetCursorPos 960 540", "SetCursorPos 5 6",
+      "mouse_event 4"}},
     {"quoted lx goes through ResolveCoordinate", "LeftDownEx(7, 8); LeftDownEx(\"lx\", 5);",
      {"SetCursorPos 7 8", "mouse_event 2", "SetCursorPos 7 5", "mouse_event 2"}},
     {"lx and ly can be crossed", "LeftDownEx(3, 4); LeftUpEx(ly, lx);",
@@ -78,7 +79,7 @@ const Case kTargetWindow[] = {
      {"FindWindow \"notepad\" null", "mouse_event 2", "SendKeys \"a\""}},
     {"a failed choice clears the target", "SelectWindow(notepad); SelectWindow(\"a\", \"b\"); KeyDown(65);",
      {"FindWindow \"notepad\" null", "FindWindow \"a\" \"b\"", "keybd_event 65 0"}},
-    {"FindWindow matches class and title without regard to case", "FindWindow(\"NotePad\", \"UNTITLED - notepad\"); KeyDown(1);",
+    {"class and title match without regard to case", "FindWindow(\"NotePad\", \"UNTITLED - notepad\"); KeyDown(1);",
      {"FindWindow \"NotePad\" \"UNTITLED - notepad\"", "SendMessage 1001 256 1 0x00010001"}},
     {"case beyond ASCII too, and nothing more", "FindWindow(, \"\u00c9T\u00c9 \u0100\u0139\"); KeyDown(1);"
      " FindWindow(, \"untitled\"); KeyDown(2);",
