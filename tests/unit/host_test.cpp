@@ -42,22 +42,17 @@ protected:
     platform::WindowId notepad = 0, edit = 0;
 };
 
-// More in tests/scripts/host/mouse_keys.tk (a plain button notes the cursor, key strings).
+// Each button, click and Ex flag, and the screen's centre: examples/host_commands.tk.
+// A plain button notes the cursor: tests/scripts/host/mouse_keys.tk.
 const Case kMouseAndKeys[] = {
-    {"each Ex flag", "LeftUpEx(1,2); RightDownEx(1,2); RightUpEx(1,2); MiddleDownEx(1,2); MiddleUpEx(1,2);",
-     {"SetCursorPos 1 2", "mouse_event 4", "SetCursorPos 1 2", "mouse_event 8", "SetCursorPos 1 2", "mouse_event 16",
-      "SetCursorPos 1 2", "mouse_event 32", "SetCursorPos 1 2", "mouse_event 64"}},
-    {"plain buttons at the cursor", "LeftDown(); LeftUp(); RightDown(); RightUp(); MiddleDown(); MiddleUp();",
-     {"mouse_event 2", "mouse_event 4", "mouse_event 8", "mouse_event 16", "mouse_event 32", "mouse_event 64"}},
-    {"clicks are two events", "LeftClick(); RightClick(); MiddleClick();",
-     {"mouse_event 2", "mouse_event 4", "mouse_event 8", "mouse_event 16", "mouse_event 32", "mouse_event 64"}},
     {"a missing y does nothing, not even the move", "LeftDownEx(10);", {}},
     {"Ex is 16-bit, MoveMouse 32-bit", "LeftDownEx(40000, 10); MoveMouse(40000, 10);", {"SetCursorPos 40000 10"}},
     {"bad numbers move nothing", "MoveMouse(abc, 1); MoveMouse(1); MoveMouse(\"lx\", 5);", {}},
     {"key codes are bytes rounded to even", "KeyDown(256); KeyDown(-1); KeyDown(); KeyDown(65.5); KeyUp(64.5);",
      {"keybd_event 66 0", "keybd_event 64 2"}},
-    {"MoveMouse leaves lx and ly", "LeftDownEx(5, 6); MoveMouse(10, 20); LeftUpEx(lx, ly);",
-     {"SetCursorPos 5 6", "mouse_event 2", "SetCursorPos 10 20", "SetCursorPos 5 6", "mouse_event 4"}},
+    {"moves leave lx and ly", "LeftDownEx(5, 6); MoveMouse(10, 20); MoveMouseToCenterScreen(); LeftUpEx(lx, ly);",
+     {"SetCursorPos 5 6", "mouse_event 2", "SetCursorPos 10 20", "SetCursorPos 960 540", "SetCursorPos 5 6",
+      "mouse_event 4"}},
     {"quoted lx goes through ResolveCoordinate", "LeftDownEx(7, 8); LeftDownEx(\"lx\", 5);",
      {"SetCursorPos 7 8", "mouse_event 2", "SetCursorPos 7 5", "mouse_event 2"}},
     {"lx and ly can be crossed", "LeftDownEx(3, 4); LeftUpEx(ly, lx);",
@@ -65,8 +60,6 @@ const Case kMouseAndKeys[] = {
     {"parameters resolve through variables", "String(s, \"42\"); Int(n, 7); KeyDown(s); KeyUp(n); KeyDown($9);",
      {"keybd_event 42 0", "keybd_event 7 2", "keybd_event 9 0"}},
     {"a rejected key string sends nothing", "SendKeys(\"{FOO}\"); SendKeys(\"(a\");", {}},
-    {"the centre of a 1920 by 1080 screen", "MoveMouseToCenterScreen(); LeftUpEx(lx, ly);",
-     {"SetCursorPos 960 540", "SetCursorPos 0 0", "mouse_event 4"}},
 };
 
 TEST_F(HostTest, MouseAndKeysOnTheInputStream) { checkAll(kMouseAndKeys); }
@@ -86,8 +79,6 @@ const Case kTargetWindow[] = {
      {"FindWindow \"notepad\" null", "mouse_event 2", "SendKeys \"a\""}},
     {"a failed choice clears the target", "SelectWindow(notepad); SelectWindow(\"a\", \"b\"); KeyDown(65);",
      {"FindWindow \"notepad\" null", "FindWindow \"a\" \"b\"", "keybd_event 65 0"}},
-    {"FindWindow matches class and title", "FindWindow(notepad, \"Untitled - Notepad\"); KeyDown(1);",
-     {"FindWindow \"notepad\" \"Untitled - Notepad\"", "SendMessage 1001 256 1 0x00010001"}},
     {"class and title match without regard to case", "FindWindow(\"NotePad\", \"UNTITLED - notepad\"); KeyDown(1);",
      {"FindWindow \"NotePad\" \"UNTITLED - notepad\"", "SendMessage 1001 256 1 0x00010001"}},
     {"case beyond ASCII too, and nothing more", "FindWindow(, \"\u00c9T\u00c9 \u0100\u0139\"); KeyDown(1);"
@@ -112,9 +103,8 @@ TEST_F(HostTest, TargetWindow) { checkAll(kTargetWindow); }
 // (a file, a program's start, a wait), and is sent on before it.
 TEST_F(HostTest, HeldInputLeavesBeforeAnyOtherCommand) {
     const std::pair<const char*, int> cases[] = {
-        {"LeftClick(); RightDown(); RightUp(); MiddleClick(); LeftDownEx(1, 2); MoveMouse(3, 4);", 0},
-        {"KeyDown(65); KeyUp(65); SendKeys(ab);", 0},
-        {"int(n, 1); add(n, 1); LeftClick();", 0},
+        {"LeftClick(); RightDown(); RightUp(); MiddleClick(); LeftDownEx(1, 2); MoveMouse(3, 4); KeyDown(65);"
+         "KeyUp(65); SendKeys(ab); int(n, 1); add(n, 1); LeftClick();", 0},
         {"LeftClick(); Pause(1);", 1},
         {"LeftClick(); Start(notes.txt); LeftClick(); SaveImage(1, x.bmp);", 2},
         {"SendKeys(a); SelectWindow(notepad, null); MsgBox(hi);", 2},
@@ -126,10 +116,16 @@ TEST_F(HostTest, HeldInputLeavesBeforeAnyOtherCommand) {
     }
 }
 
-TEST_F(HostTest, AClosedTargetIsStillUsed) {
-    run("SelectWindow(notepad);");
+// The target, even once its window closed, the pause factor and the modes.
+TEST_F(HostTest, TheTargetTheFactorAndTheModesOutliveTheRun) {
+    run("SelectWindow(notepad); SetPausePercent(10); DisableRepeat(); RandomFindMode();");
+    EXPECT_FALSE(session.repeat);
+    EXPECT_FALSE(session.firstFind);
     fake.windows.removeWindow(notepad);
-    EXPECT_EQ(play("KeyDown(1);"), (Lines{"SendMessage 1001 256 1 0x00010001"}));
+    EXPECT_EQ(play("KeyDown(1); Pause(100); EnableRepeat(); FirstFindMode();"),
+              (Lines{"SendMessage 1001 256 1 0x00010001", "Wait 10"}));
+    EXPECT_TRUE(session.repeat);
+    EXPECT_TRUE(session.firstFind);
 }
 
 const Case kProgramsAndMessages[] = {
@@ -147,15 +143,16 @@ const Case kProgramsAndMessages[] = {
 
 TEST_F(HostTest, ProgramsAndMessages) { checkAll(kProgramsAndMessages); }
 
-// Pieces of long pauses, scaled seconds and hours: tests/scripts/host/pause_pieces.tk.
 const Case kPauses[] = {
     {"nothing positive, nothing waited", "Pause(0); Pause(-5); Pause(abc); Pause(); Pause(0.4); PauseS(-1); PauseM(abc);",
      {}},
     {"a minute is sixty waits of a second", "PauseM(1);", Lines(60, "Wait 1000")},
-    {"9999 is one wait", "Pause(9999);", {"Wait 9999"}},
+    {"pieces of 9999, the last of 0 after a multiple above one", "Pause(9999); Pause(19998);",
+     {"Wait 9999", "Wait 9999", "Wait 9999", "Wait 0"}},
     {"one over the piece", "Pause(10000);", {"Wait 9999", "Wait 1"}},
     {"the guard rounds the unscaled value", "Pause(0.6);", {"Wait 1"}},
-    {"half speed rounds ties to even", "SetPausePercent(50); Pause(101); Pause(3);", {"Wait 50", "Wait 2"}},
+    {"half speed rounds ties to even", "SetPausePercent(50); Pause(101); Pause(3); PauseS(3); PauseH(1);",
+     {"Wait 50", "Wait 2", "Wait 1000", "Wait 1000"}},
     {"the scaled length decides the pieces", "SetPausePercent(300); Pause(5000);", {"Wait 9999", "Wait 5001"}},
     {"0 percent yields once and skips whole units", "SetPausePercent(0); Pause(100); PauseS(5);", {"Wait 0"}},
     {"a negative factor waits nothing", "SetPausePercent(-50); Pause(100); PauseS(2); PauseM(1); PauseH(1);",
@@ -167,25 +164,6 @@ const Case kPauses[] = {
 
 TEST_F(HostTest, Pauses) { checkAll(kPauses); }
 
-TEST_F(HostTest, TheFactorOutlivesTheRun) {
-    run("SetPausePercent(10);");
-    EXPECT_EQ(play("Pause(100);"), (Lines{"Wait 10"}));
-}
-
-TEST_F(HostTest, SetPausePercentByExecuteType) {
-    int counted = 0;
-    session.onWhiteDebugPercent = [&] { ++counted; };
-    engine.setExecuteType(engine::ExecuteType::CorrectTime);
-    run("SetPausePercent(70);");
-    EXPECT_EQ(session.pausePercent, "70");
-    EXPECT_EQ(session.pauseFactor, 1.0);
-    engine.setExecuteType(engine::ExecuteType::WhiteDebug);
-    run("SetPausePercent(abc);");
-    EXPECT_EQ(session.pausePercent, "abc");
-    EXPECT_EQ(counted, 1);
-    EXPECT_EQ(session.pauseFactor, 1.0);
-}
-
 TEST_F(HostTest, AStopEndsThePauseAndThePiecesToCome) {
     fake.onYield = [&] {
         if (fake.transcript.size() == 1) engine.stopExecution();
@@ -194,42 +172,28 @@ TEST_F(HostTest, AStopEndsThePauseAndThePiecesToCome) {
     EXPECT_EQ(play("PauseH(1); KeyDown(1);"), (Lines{"Wait 1000"}));
 }
 
-TEST_F(HostTest, StopwatchesReadTheClock) {
+// The run clock is read by the timed runs of playback_test.cpp.
+TEST_F(HostTest, TheEventClockReadsTheClock) {
     host::startEventClock(session);
     run("Pause(25);");
-    host::startRunClock(session);
     EXPECT_EQ(host::readEventClock(session), 25);
     run("Pause(5);");
     EXPECT_EQ(host::readEventClock(session), 30);
-    EXPECT_EQ(host::readRunClock(session), 5);
-}
-
-TEST_F(HostTest, ModeSwitches) {
-    run("DisableRepeat(); RandomFindMode();");
-    EXPECT_FALSE(session.repeat);
-    EXPECT_FALSE(session.firstFind);
-    run("EnableRepeat(); FirstFindMode();");
-    EXPECT_TRUE(session.repeat);
-    EXPECT_TRUE(session.firstFind);
 }
 
 // A test whose coordinates do not convert answers true; one without its
 // image answers false. (Measures: the saturation tests.)
 TEST_F(HostTest, AnswersTakeTheVariablesKind) {
-    const struct {
-        const char* declare;
-        const char* x;
-        const char* value;
-        engine::ValueKind kind;
-    } cases[] = {
+    // What is declared first, the x coordinate, and the answer's text and kind.
+    const std::tuple<const char*, const char*, const char*, engine::ValueKind> cases[] = {
         {"", "x", "True", engine::ValueKind::Text},         {"", "1", "False", engine::ValueKind::Text},
         {"Int(r, 7);", "x", "0", engine::ValueKind::Long},     {"Int(r, 7);", "1", "1", engine::ValueKind::Long},
         {"Double(r, 3);", "x", "0", engine::ValueKind::Double}, {"Double(r, 3);", "1", "1", engine::ValueKind::Double},
     };
-    for (const auto& c : cases) {
-        run(std::string(c.declare) + "IsPixel(r, imagesave0, " + c.x + ", 2, colorrange0);");
-        EXPECT_EQ(valueOf("r"), c.value) << c.declare << c.x;
-        EXPECT_EQ(typeOf("r"), c.kind) << c.declare << c.x;
+    for (const auto& [declare, x, value, kind] : cases) {
+        run(std::string(declare) + "IsPixel(r, imagesave0, " + x + ", 2, colorrange0);");
+        EXPECT_EQ(valueOf("r"), value) << declare << x;
+        EXPECT_EQ(typeOf("r"), kind) << declare << x;
     }
 }
 
@@ -266,18 +230,16 @@ TEST(SendKeys, ParsesTheNotation) {
         EXPECT_EQ(describe(host::parseSendKeys(keys)), "rejected") << "keys: " << keys;
 }
 
-// Nesting is as deep as the text: nothing runs out of stack.
-TEST(SendKeys, NestsAsDeepAsTheText) {
+// Nesting is as deep as the text: nothing runs out of stack. A long text
+// is made a piece at a time: no piece holds much of it.
+TEST(SendKeys, DeepAndLongTexts) {
     const std::string opens(1'000'000, '('), closes(1'000'000, ')');
     EXPECT_FALSE(host::parseSendKeys(opens));
     EXPECT_EQ(describe(host::parseSendKeys(opens + "a" + closes)), "'a'");
     const auto held = host::parseSendKeys(std::string(1'000'000, '+') + "a");
     ASSERT_TRUE(held);
     EXPECT_EQ(held->size(), 2'000'001u);
-}
 
-// A long text is made a piece at a time: no piece holds much of it.
-TEST(SendKeys, LongTextsComeInPieces) {
     const std::string keys = "+(" + std::string(100'000, 'a') + "){LEFT 9999}";
     host::KeyStringStrokes strokes(keys);
     std::vector<platform::KeyStroke> piece;

@@ -85,37 +85,34 @@ const std::string kOneMessage = "Function(Main);\nMessage(run, normal, t);\nEndF
 
 // A play hides the windows and turns the timer on; nothing runs before the
 // first tick. Play forgets the target window, playing a selection keeps it.
+// The timer fires inside the run too, and a tick never nests.
 TEST_F(PlaybackTest, RunCountsFollowRepeatAndPlayX) {
-    struct Case {
-        const char* name;
-        bool repeat;
-        bool playX;
-        int target;
-        int runs;  // -1: still running after the bound
-        bool clearTarget = true;
-    };
-    const Case cases[] = {
-        {"once", false, false, 0, 1},        {"repeat runs on", true, false, 0, -1},
-        {"play X three", true, true, 3, 3},  {"play X zero runs once", true, true, 0, 1},
+    onYield = [&] { playback.tick(); };
+    // What each case checks, repeat, Play X and its target, the runs (-1:
+    // still running after the bound), whether the play clears the target.
+    const std::tuple<const char*, bool, bool, int, int, bool> cases[] = {
+        {"once", false, false, 0, 1, true},        {"repeat runs on", true, false, 0, -1, true},
+        {"play X three", true, true, 3, 3, true},  {"play X zero runs once", true, true, 0, 1, true},
         {"play X one, a selection", true, true, 1, 1, false},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, repeat, x, target, runs, clearTarget] : cases) {
+        SCOPED_TRACE(name);
         transcript.clear();
-        session.repeat = c.repeat;
+        session.repeat = repeat;
         session.targetWindow = 42;
-        playX = c.playX;
-        if (c.playX) playback.setPlayTarget(c.target);
-        start(kOneMessage, c.clearTarget);
+        playX = x;
+        if (x) playback.setPlayTarget(target);
+        start(kOneMessage, clearTarget);
         EXPECT_FALSE(shown);
         EXPECT_TRUE(timer);
-        EXPECT_EQ(session.targetWindow, c.clearTarget ? 0u : 42u);
+        EXPECT_EQ(session.targetWindow, clearTarget ? 0u : 42u);
         EXPECT_TRUE(transcript.empty());
         const int ticks = tickWhileOn(20);
-        EXPECT_EQ(linesStartingWith("MessageBox"), c.runs < 0 ? 20 : c.runs);
-        EXPECT_EQ(timer, c.runs < 0);
-        EXPECT_EQ(shown, c.runs >= 0);
-        EXPECT_EQ(ticks, c.runs < 0 ? 20 : c.runs);
+        EXPECT_EQ(linesStartingWith("MessageBox"), runs < 0 ? 20 : runs);
+        EXPECT_EQ(timer, runs < 0);
+        EXPECT_EQ(shown, runs >= 0);
+        EXPECT_EQ(ticks, runs < 0 ? 20 : runs);
+        EXPECT_FALSE(playback.inTick());
         playback.stopPlay();
     }
 }
@@ -124,53 +121,40 @@ TEST_F(PlaybackTest, RunCountsFollowRepeatAndPlayX) {
 // held once no statement of the run can press again; a repeat keeps keys
 // held from one run to the next.
 TEST_F(PlaybackTest, AStoppedPlayLetsGoOfTheKeysAfterItsLastStatement) {
-    struct Case {
-        const char* name;
-        bool repeat;
-        int stopAtYield;  // 0: the play ends by itself, or runs to the bound
-        const char* script;
-    };
-    const Case cases[] = {
+    // What each case checks, repeat, the yield to stop at (0: the play ends by
+    // itself, or runs to the bound), the script.
+    const std::tuple<const char*, bool, int, const char*> cases[] = {
         {"stop between statements", true, 3, "Function(Main);\nKeyDown(16);\nPause(60000);\nKeyDown(17);\nEndFunction();"},
         {"stop in the pause", true, 4, "Function(Main);\nKeyDown(16);\nPause(60000);\nKeyDown(17);\nEndFunction();"},
         {"the end of a single run", false, 0, "Function(Main);\nKeyDown(16);\nPause(60000);\nKeyDown(17);\nEndFunction();"},
         {"a repeat holds on between runs", true, 0, "Function(Main);\nKeyDown(16);\nEndFunction();"},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, repeat, stopAtYield, script] : cases) {
+        SCOPED_TRACE(name);
         transcript.clear();
-        session.repeat = c.repeat;
-        start(c.script);
+        session.repeat = repeat;
+        start(script);
         int yields = 0;
         cancels = 0;
         onYield = [&] {
-            if (++yields == c.stopAtYield) playback.stopPlay();
+            if (++yields == stopAtYield) playback.stopPlay();
         };
         tickWhileOn(5);
         onYield = nullptr;
-        if (c.stopAtYield) {
+        if (stopAtYield) {
             EXPECT_FALSE(timer);
         }
-        EXPECT_EQ(std::count(transcript.begin(), transcript.end(), "keybd_event 17 0"), c.stopAtYield ? 0 : !c.repeat);
-        EXPECT_EQ(std::count(transcript.begin(), transcript.end(), "ReleaseAll"), c.repeat && !c.stopAtYield ? 0 : 1);
+        EXPECT_EQ(std::count(transcript.begin(), transcript.end(), "keybd_event 17 0"), stopAtYield ? 0 : !repeat);
+        EXPECT_EQ(std::count(transcript.begin(), transcript.end(), "ReleaseAll"), repeat && !stopAtYield ? 0 : 1);
         EXPECT_EQ(transcript.front(), "keybd_event 16 0") << "nothing let go before the run";
         playback.stopPlay();
         EXPECT_FALSE(timer);
         EXPECT_TRUE(shown);
         EXPECT_EQ(transcript.back(), "ReleaseAll");
-        if (c.stopAtYield) {
+        if (stopAtYield) {
             EXPECT_GE(cancels, 1) << "the pause is cut short";
         }
     }
-}
-
-TEST_F(PlaybackTest, TickNeverNests) {
-    session.repeat = false;
-    start(kOneMessage);
-    onYield = [&] { playback.tick(); };  // the timer firing again inside the run
-    playback.tick();
-    EXPECT_EQ(linesStartingWith("MessageBox"), 1);
-    EXPECT_FALSE(playback.inTick());
 }
 
 TEST_F(PlaybackTest, PlayDuringARunReplacesIt) {
@@ -303,7 +287,6 @@ TEST(CorrectTime, ScanCalibrationAndReplace) {
     const std::tuple<const char*, const char*, double, const char*> replaces[] = {
         {"a;\nsetpausepercent(100);SETPAUSEPERCENT(100);", "100", 200, "a;\nSetPausePercent(200);SetPausePercent(200);"},
         {"SetPausePercent(50);", "100", 12.5, "SetPausePercent(50);"},
-        {"SetPausePercent(100);", "100", 12.5, "SetPausePercent(12.5);"},
     };
     for (const auto& [text, old, percent, result] : replaces)
         EXPECT_EQ(playback::replacePausePercent(text, old, percent), result);
@@ -336,7 +319,7 @@ protected:
 TEST_F(TimedRunTest, RewritesThePercentTheRunCarriedOut) {
     std::vector<int32_t> lines;
     run.countStatements([&](int32_t count) { lines.push_back(count); });
-    const std::string head = "Function(Main);\nORIGIONALPLAYTIME(10.5);\nsetpausepercent(100);\n";
+    const std::string head = "Function(Main);\nORIGIONALPLAYTIME(10.5);\nsetpausepercent(70);\n";
     // The pause, the type, the rewritten statement, the statements counted.
     const std::tuple<const char*, engine::ExecuteType, const char*, size_t> rows[] = {
         {"Pause(21000);", engine::ExecuteType::CorrectTime, "SetPausePercent(200);", 0},
@@ -347,7 +330,7 @@ TEST_F(TimedRunTest, RewritesThePercentTheRunCarriedOut) {
         lines.clear();
         EXPECT_EQ(timedRun(head + pause + "\nEndFunction();", type), head.substr(0, 41) + rewritten + "\n" + pause +
                                                                          "\nEndFunction();");
-        EXPECT_DOUBLE_EQ(session.pauseFactor, 1.0);  // the script's percent plays no part
+        EXPECT_DOUBLE_EQ(session.pauseFactor, 1.0);  // the script's percent is noted, not carried out
         // Function(Main) and three statements, and SetPausePercent once more.
         EXPECT_EQ(lines.size(), counted);
     }
@@ -361,24 +344,21 @@ TEST_F(TimedRunTest, RewritesThePercentTheRunCarriedOut) {
 
 
 TEST(CompiledScript, CompactBodyAndItsLoad) {
-    struct Case {
-        std::string text, body, loaded;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, const char*, const char*> cases[] = {  // the text, its compact body, its load
         {"Function(Main);\r\n  MsgBox(\"Hi There; You\");\nEndFunction();", "function(main);msgbox(Hi There; You);endfunction();",
          "function(main);msgbox(Hi There; You);endfunction();"},
         {"A\tB #Note Here# C", "a\tb#notehere#c", "abc"},
         {"", "", ""},
     };
-    for (const Case& c : cases) {
-        EXPECT_EQ(playback::compactScript(c.text), c.body) << c.text;
+    for (const auto& [text, body, loaded] : cases) {
+        EXPECT_EQ(playback::compactScript(text), body) << text;
         // The runtime's load folds nothing a second time.
-        EXPECT_EQ(engine::stripSource(c.body, engine::SourceForm::Compact), c.loaded) << c.text;
+        EXPECT_EQ(engine::stripSource(body, engine::SourceForm::Compact), loaded) << text;
     }
     EXPECT_EQ(playback::bodyAsLines("a(1);msgbox(x;y);"), "a(1);\nmsgbox(x;\ny);\n");
 }
 
-TEST(CompiledScript, BytesFieldByField) {
+TEST(CompiledScript, BytesFieldByFieldAndTheirReadingBack) {
     const std::string runtime = "RUNTIMEZ";  // L = 8; its last byte gives way to the flag
     for (const bool repeat : {false, true}) {
         const std::string program = playback::compiledProgram(runtime, repeat, "a();");
@@ -393,9 +373,7 @@ TEST(CompiledScript, BytesFieldByField) {
         EXPECT_EQ(tail->body, "a();");
     }
     EXPECT_EQ(playback::compiledProgram(std::string(300, 'x'), false, "").substr(300), std::string("\x2c\x01\x00\x00", 4));
-}
-
-TEST(CompiledScript, TailOutOfRangeIsNoScript) {
+    // A tail out of range is no script.
     const std::string corrupt[] = {"", "abc", std::string("\0\0\0\0", 4), std::string("xy\x03\x00\x00\x00", 6),
                                    std::string("xy\xff\xff\xff\xff", 6), "plain script text;"};
     for (const std::string& file : corrupt) EXPECT_FALSE(playback::compiledTailOf(file)) << file.size();

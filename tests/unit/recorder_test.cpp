@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cctype>
 #include <set>
 
 #include "engine/check.h"
@@ -14,13 +13,6 @@
 namespace tarvoke::recorder {
 namespace {
 
-template <typename Case> std::string caseName(const ::testing::TestParamInfo<Case>& info) {
-    std::string name;
-    for (const char* c = info.param.name; *c; ++c)
-        if (std::isalnum(static_cast<unsigned char>(*c))) name += *c;
-    return name;
-}
-
 struct FakeKeys : platform::KeyState {
     std::set<int> down;
     bool isDown(uint8_t vk) override { return down.count(vk) > 0; }
@@ -28,8 +20,7 @@ struct FakeKeys : platform::KeyState {
 };
 
 // The sampler ticked by hand every 10 ms, over a set of virtual keys down.
-class Rig {
-protected:
+struct Rig {
     Rig() {
         clocks.startEventClock = [this] { eventStart = now; };
         clocks.readEventClock = [this] { return static_cast<int32_t>(now - eventStart); };
@@ -86,6 +77,7 @@ struct SamplerCase {
 const std::string kColour = "CaptureScreen(imagesave0);\nPause(0);\nCreateColorRange(colorrange0, 255, 64, 128, 255, 64, "
                             "128);\nPause(0);\nMoveMouseToColorRange(imagesave0, colorrange0);\n";
 
+// Clicks with and without positions: the click rows of kChangeCases, which drive the same sampler.
 const SamplerCase kSamplerCases[] = {
     {"a key held from before the start gives only its release", false, false, {65}, {{{65}}, {{}}},
      "Pause(20);\nKeyUp(65);\n"},
@@ -107,29 +99,25 @@ const SamplerCase kSamplerCases[] = {
      "Pause(10);\n"},
     {"only diagonal moves are written", true, false, {}, {{{}, {10, 0}}, {{}, {20, 5}}, {{}, {30, 5}}},
      "Pause(20);\nMoveMouse(20,5);\n"},
-    {"clicks without positions", false, false, {}, {{{1}}, {{}}}, "Pause(10);\nLeftDown();\nPause(10);\nLeftUp();\n"},
-    {"clicks with positions", false, true, {}, {{{2}, {7, 9}}, {{}, {7, 9}}},
-     "Pause(10);\nRightDownEx(7,9);\nPause(10);\nRightUpEx(7,9);\n"},
     {"a hotkey start drops two lines in the main window", false, false, {}, {{{56}}, {{}}, {{65}}},
      "Pause(30);\nKeyDown(65);\n", Form::Main, true},
     {"a hotkey start drops nothing in the basic window", false, false, {}, {{{56}}, {{}}, {{65}}},
      "Pause(10);\nKeyDown(56);\nPause(10);\nKeyUp(56);\nPause(10);\nKeyDown(65);\n", Form::Basic, true},
 };
 
-class SamplerTest : public Rig, public ::testing::TestWithParam<SamplerCase> {};
-
-TEST_P(SamplerTest, WritesOneLinePerChange) {
-    const SamplerCase& c = GetParam();
-    start(c.held, c.mouseMoves, c.extendedClicks);
-    state.startedByHotkey = c.startedByHotkey;
-    for (const Tick& t : c.ticks) tick(t.down, t.at, c.kind);
-    EXPECT_EQ(state.script, c.expected);
-    size_t blocks = 0;
-    for (size_t at = 0; (at = c.expected.find(kColour, at)) != std::string::npos; at += kColour.size()) ++blocks;
-    EXPECT_EQ(captures, static_cast<int>(blocks));
+TEST(Recorder, SamplerWritesOneLinePerChange) {
+    for (const SamplerCase& c : kSamplerCases) {
+        SCOPED_TRACE(c.name);
+        Rig rig;
+        rig.start(c.held, c.mouseMoves, c.extendedClicks);
+        rig.state.startedByHotkey = c.startedByHotkey;
+        for (const Tick& t : c.ticks) rig.tick(t.down, t.at, c.kind);
+        EXPECT_EQ(rig.state.script, c.expected);
+        size_t blocks = 0;
+        for (size_t at = 0; (at = c.expected.find(kColour, at)) != std::string::npos; at += kColour.size()) ++blocks;
+        EXPECT_EQ(rig.captures, static_cast<int>(blocks));
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Recorder, SamplerTest, ::testing::ValuesIn(kSamplerCases), caseName<SamplerCase>);
 
 class CloseTest : public Rig, public ::testing::Test {};
 
@@ -229,48 +217,45 @@ const ChangeCase kChangeCases[] = {
      "Pause(10);\nPause(10);\nPause(11);\nLeftDown();\nPause(0);\nLeftUp();\n"},
 };
 
-class ChangeTest : public ::testing::TestWithParam<ChangeCase> {};
-
-TEST_P(ChangeTest, WritesOneTickPerChange) {
-    const ChangeCase& c = GetParam();
-    platform::fake::FakePlatform fake;
-    fake.input.setCursorPos(900, 700);  // where a late read of the cursor would find it
-    TestClock clock;
-    clock.now = c.start;
-    RecorderState state;
-    state.mouseMoves = c.mouseMove;
-    state.extendedClicks = c.extendedClicks;
-    FormState form;
-    Recorder recorder(state, form, Form::Basic, fake.keyboard, fake.input, clock, {});
-    int polls = 0;
-    ASSERT_TRUE(recorder.start([&polls] { ++polls; }));
-    int64_t lastStamp = c.start;
-    for (const Step& step : c.steps) {
-        lastStamp += static_cast<int32_t>(step.stamp - static_cast<uint32_t>(lastStamp + c.skew));
-        clock.now = std::max(clock.now, lastStamp + step.late);
-        if (step.what == Step::Move)
-            fake.keyboard.moved(step.stamp, step.at);
-        else
-            fake.keyboard.change(static_cast<uint8_t>(step.vk), step.what == Step::Press, step.stamp,
-                                 step.vk <= 4 ? std::optional(step.at) : std::nullopt);
+TEST(Recorder, KeyStateChangesWriteOneTickEach) {
+    for (const ChangeCase& c : kChangeCases) {
+        SCOPED_TRACE(c.name);
+        platform::fake::FakePlatform fake;
+        fake.input.setCursorPos(900, 700);  // where a late read of the cursor would find it
+        TestClock clock;
+        clock.now = c.start;
+        RecorderState state;
+        state.mouseMoves = c.mouseMove;
+        state.extendedClicks = c.extendedClicks;
+        FormState form;
+        Recorder recorder(state, form, Form::Basic, fake.keyboard, fake.input, clock, {});
+        int polls = 0;
+        ASSERT_TRUE(recorder.start([&polls] { ++polls; }));
+        int64_t lastStamp = c.start;
+        for (const Step& step : c.steps) {
+            lastStamp += static_cast<int32_t>(step.stamp - static_cast<uint32_t>(lastStamp + c.skew));
+            clock.now = std::max(clock.now, lastStamp + step.late);
+            if (step.what == Step::Move)
+                fake.keyboard.moved(step.stamp, step.at);
+            else
+                fake.keyboard.change(static_cast<uint8_t>(step.vk), step.what == Step::Press, step.stamp,
+                                     step.vk <= 4 ? std::optional(step.at) : std::nullopt);
+        }
+        EXPECT_EQ(state.script, c.expected);
+        EXPECT_EQ(polls, static_cast<int>(c.steps.size()));
+        // The close counts on the local clock from the last change's stamp.
+        clock.now += 7;
+        const std::string script = recorder.close();
+        if (c.skew == 0) {
+            EXPECT_NE(script.find("Pause(" + std::to_string(clock.now - lastStamp) + ");\n\nEndFunction();"),
+                      std::string::npos)
+                << script;
+        }
+        EXPECT_TRUE(engine::checkScript(script).empty()) << script;
+        // After the close no change is taken.
+        fake.keyboard.change(90, true, 5000);
+        EXPECT_EQ(state.script, script);
     }
-    EXPECT_EQ(state.script, c.expected);
-    EXPECT_EQ(polls, static_cast<int>(c.steps.size()));
-    // The close counts on the local clock from the last change's stamp.
-    clock.now += 7;
-    const std::string script = recorder.close();
-    if (c.skew == 0) {
-        EXPECT_NE(script.find("Pause(" + std::to_string(clock.now - lastStamp) + ");\n\nEndFunction();"),
-                  std::string::npos)
-            << script;
-    }
-    EXPECT_TRUE(engine::checkScript(script).empty()) << script;
-    // After the close no change is taken.
-    fake.keyboard.change(90, true, 5000);
-    EXPECT_EQ(state.script, script);
 }
-
-INSTANTIATE_TEST_SUITE_P(Recorder, ChangeTest, ::testing::ValuesIn(kChangeCases), caseName<ChangeCase>);
-
 }  // namespace
 }  // namespace tarvoke::recorder
