@@ -96,7 +96,6 @@ public:
     ValueSlot& valueSlot() { return m_value; }
     const Statement& statement(int32_t line) const { return m_statements[line]; }
     int32_t statementCount() const { return m_statementCount; }
-    const std::vector<FunctionEntry>& functions() const { return m_functions; }
     int32_t startLine() const { return m_startLine; }
     int32_t endLine() const { return m_endLine; }
     int32_t currentLine() const { return m_currentLine; }

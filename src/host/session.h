@@ -40,8 +40,7 @@ struct Session {
     // SetPausePercent statements are passed over.
     std::optional<double> fixedPauseFactor;
 
-    // The starts of the two stopwatches, on the clock's monotonic milliseconds.
-    int64_t eventClockStart = 0;
+    // The stopwatch's start, on the clock's monotonic milliseconds.
     int64_t runClockStart = 0;
     // Called for each SetPausePercent of a White Debug mode run, whose window
     // counts them.

@@ -30,8 +30,6 @@ void waitHours(Session& session, int32_t n, const GoOn& goOn) {
     for (int32_t i = 0; i < n && goingOn(goOn); ++i) waitMinutes(session, 60, goOn);
 }
 
-void startEventClock(Session& session) { session.eventClockStart = session.platform.clock->monotonicMs(); }
-int32_t readEventClock(Session& session) { return elapsedSince(session, session.eventClockStart); }
 void startRunClock(Session& session) { session.runClockStart = session.platform.clock->monotonicMs(); }
 int32_t readRunClock(Session& session) { return elapsedSince(session, session.runClockStart); }
 

@@ -1,5 +1,5 @@
 #pragma once
-// The one wait of the program and the two stopwatches. Every pause, and the
+// The one wait of the program and its stopwatch. Every pause, and the
 // windows' short waits, rest on waitMilliseconds.
 
 #include <cstdint>
@@ -19,10 +19,7 @@ void waitSeconds(Session& session, int32_t n, const GoOn& goOn = {});
 void waitMinutes(Session& session, int32_t n, const GoOn& goOn = {});
 void waitHours(Session& session, int32_t n, const GoOn& goOn = {});
 
-// The first stopwatch: the recorder's time between events.
-void startEventClock(Session& session);
-int32_t readEventClock(Session& session);
-// The second stopwatch: Correct Time, White Debug mode, the recording time.
+// The stopwatch of Correct Time, White Debug mode and the recording time.
 void startRunClock(Session& session);
 int32_t readRunClock(Session& session);
 

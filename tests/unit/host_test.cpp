@@ -3,7 +3,6 @@
 
 #include "engine_fixture.h"
 #include "host/sendkeys.h"
-#include "host/timing.h"
 
 namespace tarvoke::test {
 namespace {
@@ -170,15 +169,6 @@ TEST_F(HostTest, AStopEndsThePauseAndThePiecesToCome) {
     };
     EXPECT_EQ(play("Pause(40000); KeyDown(1);"), (Lines{"Wait 9999"}));
     EXPECT_EQ(play("PauseH(1); KeyDown(1);"), (Lines{"Wait 1000"}));
-}
-
-// The run clock is read by the timed runs of playback_test.cpp.
-TEST_F(HostTest, TheEventClockReadsTheClock) {
-    host::startEventClock(session);
-    run("Pause(25);");
-    EXPECT_EQ(host::readEventClock(session), 25);
-    run("Pause(5);");
-    EXPECT_EQ(host::readEventClock(session), 30);
 }
 
 // A test whose coordinates do not convert answers true; one without its
