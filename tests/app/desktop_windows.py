@@ -131,7 +131,7 @@ def read_file(path):
 
 class Files(unittest.TestCase):
     def test_a_script_opened_by_the_file_dialog_is_saved_there_by_ctrl_s(self):
-        # A save that the folder refuses: advancedwindow_test (the box, drawn
+        # A save that the folder refuses: windows_test (the box, drawn
         # here as the White Debug report is).
         # xdotool types a line end as Linefeed, which the editor does not take.
         new = "Function(Main); MsgBox(new); EndFunction();"
