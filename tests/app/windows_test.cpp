@@ -366,7 +366,7 @@ private slots:
             AppFixture f;
             Window w = windowOf(*f.app, basic);
             w.widget->show();
-            w.setText(text);
+            basic ? w.setText(text) : f.app->advancedWindow().editText(text);  // typed into the editor
             w.widget->setWindowTitle("Tarvoke - old.tk");
             f.app->filePath = "/x/old.tk";
             f.dialogs.answers = {false};
@@ -388,6 +388,11 @@ private slots:
                                                           "continue?").arg(step == Record ? "record" : basic ? "open" : "create"));
                 QCOMPARE(w.widget->windowTitle(), "Tarvoke - old.tk");
                 QCOMPARE(f.app->filePath, "/x/old.tk");
+                if (!basic) {  // the edit stays, and Undo still takes it back
+                    QCOMPARE(f.app->advancedWindow().changed(), text != kTemplate);
+                    f.app->advancedWindow().editor->undo();
+                    QCOMPARE(w.text(), kTemplate);
+                }
             }
             w.stop();
         }
