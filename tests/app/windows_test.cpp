@@ -265,34 +265,6 @@ private slots:
         QCOMPARE(basic.windowTitle(), "Tarvoke Basic Mode - b.tk");
     }
 
-    // Changed text takes its mark along to Basic Mode, whose closing offers
-    // to save it (under the bare caption too, asking for a name); a switch
-    // back keeps the editor's Undo.
-    void changedTextIsOfferedOnCloseInBasicMode() {
-        // The answer, what the Save dialog returns, whether the program ends.
-        const std::tuple<Choice, QString, bool> rows[] = {{Choice::Cancel, "", false}, {Choice::Discard, "", true},
-                                                          {Choice::Save, "kept.tk", true}, {Choice::Save, "", false}};
-        for (const auto& [choice, name, closes] : rows) {
-            AppFixture f("1,1,1,0,0,");
-            AdvancedWindow& advanced = f.app->advancedWindow();
-            QTest::keyClicks(advanced.editor, "Pause(1);");
-            const QString typed = advanced.text();
-            advanced.switchToBasicMode();
-            BasicWindow& basic = f.app->basicWindow();
-            QCOMPARE(basic.windowTitle(), "Tarvoke Basic Mode");
-            f.dialogs.saveChoices = {choice};
-            f.dialogs.paths = {name.isEmpty() ? QString() : f.qpath(name)};
-            basic.close();
-            QCOMPARE(f.dialogs.asked.size(), size_t(1));
-            QCOMPARE(f.exits, closes ? 1 : 0);
-            QCOMPARE(f.readFile("kept.tk"), name.isEmpty() ? QByteArray("<missing>") : typed.toUtf8());
-            basic.switchToAdvancedMode();
-            QCOMPARE(advanced.changed(), name.isEmpty());
-            advanced.editor->undo();
-            QCOMPARE(advanced.text(), kTemplate);
-        }
-    }
-
     // Play X: a count that is not numeric is refused; the script runs the
     // count's times, at least once, and the window comes back.
     void playXRunsTheStatedNumberOfTimes() {
@@ -638,10 +610,12 @@ private slots:
         QCOMPARE(f.readFile("kept.tk"), QByteArray("new text"));
     }
 
-    // Closing the window, or File Exit, with the text changed since the last
-    // New, Open or Save: Save, Discard or Cancel; a Save that does not happen
-    // keeps the program open.
+    // Closing the window, File Exit, or closing Basic Mode, to which a switch
+    // takes the text changed since the last New, Open or Save with its mark:
+    // Save, Discard or Cancel; a Save that does not happen keeps the program
+    // open. A switch back keeps the editor's Undo.
     void closingOffersToSaveChanges() {
+        enum Way { Close, Exit, InBasicMode };
         struct {
             bool typed;
             Choice choice;
@@ -652,11 +626,13 @@ private slots:
                           {true, Choice::Discard, "script.tk", "", true, false},
                           {true, Choice::Cancel, "script.tk", "", false, false},
                           {true, Choice::Save, "script.tk", "", true, true},
-                          {true, Choice::Save, "", "script", true, true},
+                          {true, Choice::Save, "", "script.tk", true, true},
                           {true, Choice::Save, "", "", false, false},
                           {true, Choice::Save, "dir", "", false, false}};
         for (const auto& [typed, choice, file, saveAs, closes, saved] : rows)
-            for (const bool byMenu : {false, true}) {
+            for (const Way way : {Close, Exit, InBasicMode}) {
+                // Basic Mode's Save always asks for a name: as with no file yet.
+                if (way == InBasicMode && choice == Choice::Save && !file.isEmpty()) continue;
                 AppFixture f;
                 AdvancedWindow& window = f.app->advancedWindow();
                 f.writeFile("script.tk", "old");
@@ -669,13 +645,20 @@ private slots:
                 if (typed) QTest::keyClicks(window.editor, "Pause(1);");
                 f.dialogs.saveChoices = {choice};
                 f.dialogs.paths = {saveAs.isEmpty() ? QString() : f.qpath(saveAs)};
-                byMenu ? window.exitAction->trigger() : void(window.close());
+                if (way == InBasicMode) {
+                    window.switchToBasicMode();
+                    f.app->basicWindow().close();
+                    f.app->basicWindow().switchToAdvancedMode();
+                }
+                way == Exit ? window.exitAction->trigger() : void(way == Close && window.close());
                 QCOMPARE(f.dialogs.asked.size(), size_t(typed ? 1 + (saveAs.isEmpty() ? 0 : 1) : 0));
                 QCOMPARE(f.exits, closes ? 1 : 0);
                 QCOMPARE(f.readFile("settings.dat"), closes ? "1,1,1,0,1," : "<missing>");  // saved at the exit
                 QCOMPARE(f.readFile("script.tk"), saved ? window.text().toUtf8() : QByteArray("old"));
                 QCOMPARE(window.changed(), typed && !saved);
                 QCOMPARE(f.dialogs.told.size(), file == "dir" ? 1 : 0);
+                window.editor->undo();
+                QCOMPARE(window.text(), file == "script.tk" ? "old" : kTemplate);
             }
     }
 
