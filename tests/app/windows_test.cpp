@@ -119,8 +119,9 @@ class WindowsTest : public QObject {
 private slots:
     // Start-up: settings.dat and where it lives, the splash, the mode choice.
     // The file's text and the five flags as read; a settings.dat that is no
-    // file gives the defaults, as a missing one does: no abort, no wait on a FIFO.
-    void settingsFileAsRead() {
+    // file gives the defaults, as a missing one does: no abort, no wait on a
+    // FIFO. The file lives beside the program, or where the environment says.
+    void settingsFileAsReadAndWhereItLives() {
         const std::pair<const char*, const char*> rows[] = {
             {"1,1,1,0,1,", "11101"}, {"0,0,0,1,1,", "00011"}, {"1,1,1,1,1", "11111"},  // the last comma missing
             {"1,1,", "11000"},  // a short file means Advanced Mode
@@ -140,6 +141,18 @@ private slots:
         const LoadedSettings loaded = loadSettings(path);
         QVERIFY(loaded.firstRun);
         QCOMPARE(formatSettings(loaded.settings), formatSettings(Settings{}));
+
+        QTemporaryDir config;
+        const auto where = [&] { return QString::fromStdString(settingsFolder(folder.path().toStdString()).string()); };
+        qputenv("TARVOKE_SETTINGS_DIR", "/somewhere/else");
+        QCOMPARE(where(), "/somewhere/else");
+        qunsetenv("TARVOKE_SETTINGS_DIR");
+        QCOMPARE(where(), folder.path());
+        qputenv("XDG_CONFIG_HOME", config.path().toUtf8());
+        testing::ReadOnlyFolder readOnly(folder.path());
+        if (!readOnly.ok()) QSKIP("cannot make a read-only folder here");
+        QCOMPARE(where(), config.path() + "/tarvoke");
+        QVERIFY(QFileInfo(config.path() + "/tarvoke").isDir());
     }
 
     // The first start asks for the mode and saves the choice; closing the
@@ -187,20 +200,6 @@ private slots:
         basic.close();
         QCOMPARE(f.exits, 1);
         QCOMPARE(f.readFile("settings.dat"), "1,1,1,1,1,");
-    }
-
-    void settingsFolderFollowsTheEnvironment() {
-        QTemporaryDir program, config;
-        const auto folder = [&] { return QString::fromStdString(settingsFolder(program.path().toStdString()).string()); };
-        qputenv("TARVOKE_SETTINGS_DIR", "/somewhere/else");
-        QCOMPARE(folder(), "/somewhere/else");
-        qunsetenv("TARVOKE_SETTINGS_DIR");
-        QCOMPARE(folder(), program.path());
-        qputenv("XDG_CONFIG_HOME", config.path().toUtf8());
-        testing::ReadOnlyFolder readOnly(program.path());
-        if (!readOnly.ok()) QSKIP("cannot make a read-only folder here");
-        QCOMPARE(folder(), config.path() + "/tarvoke");
-        QVERIFY(QFileInfo(config.path() + "/tarvoke").isDir());
     }
 
     // Basic Mode: its files, the switch between the modes, the play options, the hotkeys.
@@ -373,8 +372,10 @@ private slots:
     // Ctrl+8 is still down at the start; in Advanced Mode its two releases
     // are left out, in Basic Mode and after a menu start they stay. The
     // window is away while it records; Stop puts the framed recording into
-    // the editor as a new script.
-    void hotkeyStartLeavesOutItsOwnReleases() {
+    // the editor as a new script. Ctrl+6 and Ctrl+7 in it change the settings
+    // for good: the program's flags, settings.dat, the Settings dialog, Basic
+    // Mode's boxes, the next recording.
+    void recordingByHotkeyOrMenu() {
         // Basic Mode, started by Ctrl+8, the releases left out.
         const std::tuple<bool, bool, bool> rows[] = {{false, true, true}, {false, false, false}, {true, true, false}};
         for (const auto& [basic, byHotkey, dropped] : rows) {
@@ -383,15 +384,19 @@ private slots:
             w.widget->show();
             w.setText("");
             f.app->filePath = "/x/old.tk";
-            f.app->recorder.startedByHotkey = true;  // left from an earlier start
+            f.app->recorder.startedByHotkey = true;  // left from an earlier start, and
+            f.app->recorder.mouseMoves = f.app->recorder.extendedClicks = false;  // the start takes the program's
             for (uint8_t key : {kCtrl, kLeftCtrl, kEight}) f.keys.press(key);
             byHotkey ? w.timers->pollHotkeys() : w.record();
             QVERIFY(f.app->recorder.recording && !w.widget->isVisible());
+            QVERIFY(f.app->recorder.mouseMoves && f.app->recorder.extendedClicks);
             w.timers->pollHotkeys();  // held: no second start
             f.keys.releaseAll();
             QTRY_COMPARE(f.app->recorder.linesOffered, 2);
             f.keys.press(kA);
             QTRY_VERIFY(recorded(f, "KeyDown(65);"));
+            // What Ctrl+6 and Ctrl+7 do in a recording (their keys: recorder_test).
+            f.app->recorder.mouseMoves = f.app->recorder.extendedClicks = false;
             w.stop();
             QVERIFY(!f.app->recorder.recording && w.widget->isVisible());
             const QStringList lines = withoutTimes(w.text());
@@ -401,22 +406,6 @@ private slots:
             QCOMPARE(lines.mid(4, lines.size() - 4 - 2), dropped ? expected.mid(4) : expected);
             QCOMPARE(w.widget->windowTitle(), basic ? "Tarvoke Basic Mode - Untitled" : "Tarvoke - Untitled");
             QVERIFY(f.app->filePath.empty());
-        }
-    }
-
-    // Ctrl+6 and Ctrl+7 change the settings for good: the program's flags,
-    // settings.dat, the Settings dialog, Basic Mode's boxes, the next start.
-    void ctrlSixAndSevenChangeTheSettingsForGood() {
-        for (const bool basic : {false, true}) {
-            AppFixture f;
-            Window w = windowOf(*f.app, basic);
-            w.setText("");
-            f.app->recorder.mouseMoves = f.app->recorder.extendedClicks = false;  // the start takes the program's
-            w.record();
-            QVERIFY(f.app->recorder.mouseMoves && f.app->recorder.extendedClicks);
-            // What Ctrl+6 and Ctrl+7 do in a recording (their keys: recorder_test).
-            f.app->recorder.mouseMoves = f.app->recorder.extendedClicks = false;
-            w.stop();
             QVERIFY(!f.app->mouseMove && !f.app->extendedClicks);
             QCOMPARE(f.readFile("settings.dat"), "1,0,0,0,1,");
             SettingsDialog dialog(*f.app);
