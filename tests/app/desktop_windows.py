@@ -3,6 +3,7 @@ test window, the hotkeys Ctrl+0, Ctrl+8 and Ctrl+9, Open and Save, and White
 Debug mode's overlay above the other windows."""
 
 import os
+import pathlib
 import struct
 import subprocess
 import sys
@@ -124,11 +125,6 @@ class Play(unittest.TestCase):
                 self.assertEqual(settled(target), [("top", "30", "30")] * count)
 
 
-def read_file(path):
-    with open(path, "rb") as f:
-        return f.read()
-
-
 class Files(unittest.TestCase):
     def test_a_script_opened_by_the_file_dialog_is_saved_there_by_ctrl_s(self):
         # A save that the folder refuses: windows_test (the box, drawn
@@ -143,7 +139,7 @@ class Files(unittest.TestCase):
             # Typed: the editor takes the keys in order, so it has them all when Ctrl+S comes.
             xdotool("key", "--clearmodifiers", "ctrl+a", "Delete", "type", "--delay", "1", new)
             xdotool("key", "--clearmodifiers", "ctrl+s")
-            self.assertTrue(wait_until(lambda: read_file(path) == new.encode()))
+            self.assertTrue(wait_until(lambda: pathlib.Path(path).read_bytes() == new.encode()))
             self.assertEqual(sorted(os.listdir(folder)), ["script.tk"])
             self.assertFalse(program.windows("DIALOG", "Tarvoke") or windows_named("Save Tarvoke script file"))
 
