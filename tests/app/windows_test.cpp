@@ -408,46 +408,45 @@ private slots:
     void calibratesTheCallingWindowsText() {
         using Answer = Dialogs::Answer;
         const QString script = "Function(Main);\nOrigionalPlayTime(0.5);\nsetpausepercent(100);\nPause(1500);\nEndFunction();";
-        const std::pair<bool, Answer> rows[] = {{false, Answer::No}, {false, Answer::Yes}, {false, Answer::Cancel},
-                                                {true, Answer::No},  {true, Answer::Yes},  {true, Answer::Cancel}};
-        for (const auto& [basic, answer] : rows) {
-            AppFixture f;
-            Window w = windowOf(*f.app, basic);
-            w.widget->show();
-            w.setText(script);
-            // Yes and No through the two-way question that the three-way one falls back on.
-            if (answer == Answer::Cancel)
-                f.dialogs.threeWay = {answer};
-            else
-                f.dialogs.answers = {answer == Answer::Yes};
-            basic ? f.app->basicWindow().correctTimeButton->click() : f.app->advancedWindow().correctTimeAction->trigger();
-            QCOMPARE(f.dialogs.asked, std::vector<QString>{"Do you wish to use the White Debug mode?"});
-            if (answer == Answer::Cancel) {
+        for (const bool basic : {false, true})
+            for (const Answer answer : {Answer::No, Answer::Yes, Answer::Cancel}) {
+                AppFixture f;
+                Window w = windowOf(*f.app, basic);
+                w.widget->show();
+                w.setText(script);
+                // Yes and No through the two-way question that the three-way one falls back on.
+                if (answer == Answer::Cancel)
+                    f.dialogs.threeWay = {answer};
+                else
+                    f.dialogs.answers = {answer == Answer::Yes};
+                basic ? f.app->basicWindow().correctTimeButton->click() : f.app->advancedWindow().correctTimeAction->trigger();
+                QCOMPARE(f.dialogs.asked, std::vector<QString>{"Do you wish to use the White Debug mode?"});
+                if (answer == Answer::Cancel) {
+                    QVERIFY(w.widget->isVisible() && !f.app->whiteDebugWindow().isVisible());
+                    QVERIFY(!w.timers->correctTimeTimerOn() && !w.timers->playTimerOn());
+                    QCOMPARE(w.text(), script);
+                    QVERIFY(f.dialogs.told.isEmpty());
+                    continue;
+                }
+                const bool white = answer == Answer::Yes;
+                QVERIFY(!w.widget->isVisible());
+                QCOMPARE(w.timers->correctTimeTimerOn(), !white);  // Ctrl+1 only in the hidden run
+                QCOMPARE(f.app->whiteDebugWindow().isVisible(), white);
+                QTRY_COMPARE(f.dialogs.told.size(), 1);
                 QVERIFY(w.widget->isVisible() && !f.app->whiteDebugWindow().isVisible());
-                QVERIFY(!w.timers->correctTimeTimerOn() && !w.timers->playTimerOn());
-                QCOMPARE(w.text(), script);
-                QVERIFY(f.dialogs.told.isEmpty());
-                continue;
+                QVERIFY(!w.timers->correctTimeTimerOn() && (!white || w.timers->hotkeyPollOn()));
+                const QString prefix = ": Time took: ", suffix = " seconds out of Origional Play Time: 0.5 seconds";
+                QString measured = f.dialogs.told.front();
+                QVERIFY2(measured.startsWith(prefix) && measured.endsWith(suffix), qPrintable(measured));
+                measured = measured.mid(prefix.size()).chopped(suffix.size());
+                const QString percent = QString::number(measured.toDouble() * 200, 'g', 15);
+                QCOMPARE(w.text(), QString(script).replace("setpausepercent(100);", "SetPausePercent(" + percent + ");"));
+                if (white) {  // Function(Main), three statements, SetPausePercent once more
+                    const WhiteDebugWindow& overlay = f.app->whiteDebugWindow();
+                    QCOMPARE(QStringList({overlay.lineCount->text(), overlay.totalTime->text(), overlay.currentTime->text()}),
+                             QStringList({"5", "0.5", measured}));
+                }
             }
-            const bool white = answer == Answer::Yes;
-            QVERIFY(!w.widget->isVisible());
-            QCOMPARE(w.timers->correctTimeTimerOn(), !white);  // Ctrl+1 only in the hidden run
-            QCOMPARE(f.app->whiteDebugWindow().isVisible(), white);
-            QTRY_COMPARE(f.dialogs.told.size(), 1);
-            QVERIFY(w.widget->isVisible() && !f.app->whiteDebugWindow().isVisible());
-            QVERIFY(!w.timers->correctTimeTimerOn() && (!white || w.timers->hotkeyPollOn()));
-            const QString prefix = ": Time took: ", suffix = " seconds out of Origional Play Time: 0.5 seconds";
-            QString measured = f.dialogs.told.front();
-            QVERIFY2(measured.startsWith(prefix) && measured.endsWith(suffix), qPrintable(measured));
-            measured = measured.mid(prefix.size()).chopped(suffix.size());
-            const QString percent = QString::number(measured.toDouble() * 200, 'g', 15);
-            QCOMPARE(w.text(), QString(script).replace("setpausepercent(100);", "SetPausePercent(" + percent + ");"));
-            if (white) {  // Function(Main), three statements, SetPausePercent once more
-                const WhiteDebugWindow& overlay = f.app->whiteDebugWindow();
-                QCOMPARE(QStringList({overlay.lineCount->text(), overlay.totalTime->text(), overlay.currentTime->text()}),
-                         QStringList({"5", "0.5", measured}));
-            }
-        }
     }
 
     // Each Get Debug appends a dump and scrolls to its end.
@@ -488,7 +487,6 @@ private slots:
             w.setText("Function(Main);\nMsgBox(\"Hi There\");\nEndFunction();");
             f.dialogs.paths = {row.path.isEmpty() ? QString() : f.qpath(row.path)};
             f.dialogs.answers = {row.repeat};
-            QVERIFY(w.compileAction->isEnabled());
             w.compileAction->trigger();
             QCOMPARE(f.dialogs.told.value(0), row.told);
             QCOMPARE(f.dialogs.lastIcon, row.told.startsWith("Error") ? Dialogs::Icon::Stop : Dialogs::Icon::Exclamation);
