@@ -682,30 +682,30 @@ private slots:
         }
     }
 
-    void findSteps() {
+    // Find's steps on a text; the dialog takes the selection, Find Next walks
+    // the hits and reports the end, and a later dialog starts behind the
+    // caret. Replace All: every occurrence, exact in case, as one step that
+    // Undo takes back. Delete: one character, or the selection.
+    void findReplaceAndDelete() {
         struct {
             const char* text;
             int caret;
             bool down, matchCase;  // matchCase searches "ab", else "AB"
             bool fresh;
             int findFrom, hit;  // hit -1: not found
-        } const rows[] = {{"ab ab ab", 0, true, false, true, 0, 0},  {"ab ab ab", 0, true, false, false, 0, 3},
-                          {"ab ab ab", 1, true, false, false, 0, 3}, {"ab ab ab", 7, true, false, false, 0, -1},
-                          {"xx AB", 0, true, false, true, 0, 3},     {"xx AB ab", 0, true, true, true, 0, 6},
-                          {"ab ab", 0, false, false, true, 0, -1},   {"ab ab ab", 8, false, false, true, 0, 6},
-                          {"ab ab ab", 3, false, false, false, 3, 0}};
-        for (const auto& row : rows) {
+        } const searches[] = {{"ab ab ab", 0, true, false, true, 0, 0},  {"ab ab ab", 0, true, false, false, 0, 3},
+                              {"ab ab ab", 1, true, false, false, 0, 3}, {"ab ab ab", 7, true, false, false, 0, -1},
+                              {"xx AB", 0, true, false, true, 0, 3},     {"xx AB ab", 0, true, true, true, 0, 6},
+                              {"ab ab", 0, false, false, true, 0, -1},   {"ab ab ab", 8, false, false, true, 0, 6},
+                              {"ab ab ab", 3, false, false, false, 3, 0}};
+        for (const auto& row : searches) {
             FindState state{row.matchCase ? "ab" : "AB", row.matchCase, row.down, row.findFrom, row.fresh};
             const auto found = findOnce(row.text, row.caret, state);
             QCOMPARE(found ? found->start : -1, row.hit);
             QCOMPARE(state.findFrom, found ? found->start : row.caret);
             QVERIFY(!state.fresh);
         }
-    }
 
-    // The dialog takes the selection, Find Next walks the hits and reports
-    // the end; a later dialog starts behind the caret.
-    void findDialogAndFindNext() {
         AppFixture f;
         AdvancedWindow& window = f.app->advancedWindow();
         window.setText("Pause(1);\nPause(2);\nPause(3);");
@@ -728,20 +728,14 @@ private slots:
         again.findEdit->setText("pause");
         again.search();
         QCOMPARE(selectionOf(window), (Selection{10, 5}));
-    }
 
-    // Replace All: every occurrence, exact in case, as one step that Undo
-    // takes back. Delete: one character, or the selection.
-    void replaceAllAndDelete() {
-        AppFixture f;
-        AdvancedWindow& window = f.app->advancedWindow();
-        const std::tuple<QString, QString, QString, QString> rows[] = {
+        const std::tuple<QString, QString, QString, QString> replacements[] = {
             {"Pause(1);Pause(2);", "Pause", "PauseS", "PauseS(1);PauseS(2);"},
             {"pause Pause", "Pause", "x", "pause x"}, {"abc", "", "x", "abc"}, {"a;b;", ";", "", "ab"}};
-        for (const auto& [text, find, replacement, result] : rows) {
+        for (const auto& [text, sought, replacement, result] : replacements) {
             window.setText(text);
             ReplaceDialog dialog(window);
-            dialog.findEdit->setText(find);
+            dialog.findEdit->setText(sought);
             dialog.replacementEdit->setText(replacement);
             dialog.replaceAll();
             QCOMPARE(window.text(), result);
