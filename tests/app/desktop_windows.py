@@ -30,8 +30,7 @@ class Program:
 
     def __enter__(self):
         self.folder = tempfile.TemporaryDirectory(prefix="tarvoke-app-")
-        with open(os.path.join(self.folder.name, "settings.dat"), "w") as f:
-            f.write("1,1,1,0,0,")
+        pathlib.Path(self.folder.name, "settings.dat").write_text("1,1,1,0,0,")
         env = dict(os.environ, TARVOKE_SETTINGS_DIR=self.folder.name)
         env.pop("QT_QPA_PLATFORM", None)
         self.process = subprocess.Popen([os.environ["TARVOKE_APP"]], env=env)
@@ -133,8 +132,7 @@ class Files(unittest.TestCase):
         new = "Function(Main); MsgBox(new); EndFunction();"
         with tempfile.TemporaryDirectory(prefix="tarvoke-save-") as folder, Program() as program:
             path = os.path.join(folder, "script.tk")
-            with open(path, "wb") as f:
-                f.write(b"Function(Main);\nMsgBox(old);\nEndFunction();\n")
+            pathlib.Path(path).write_bytes(b"Function(Main);\nMsgBox(old);\nEndFunction();\n")
             program.load_script(path)
             # Typed: the editor takes the keys in order, so it has them all when Ctrl+S comes.
             xdotool("key", "--clearmodifiers", "ctrl+a", "Delete", "type", "--delay", "1", new)
