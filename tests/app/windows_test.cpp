@@ -110,8 +110,7 @@ class WindowsTest : public QObject {
 private slots:
     // Start-up: settings.dat and where it lives, the splash, the mode choice.
     // The file's text and the five flags as read; a settings.dat that is no
-    // file gives the defaults, as a missing one does: no abort, no wait on a
-    // FIFO. The file lives beside the program, or where the environment says.
+    // file gives the defaults, as a missing one does: no abort, no wait on a FIFO.
     void settingsFileAsReadAndWhereItLives() {
         const std::pair<const char*, const char*> rows[] = {
             {"1,1,1,0,1,", "11101"}, {"0,0,0,1,1,", "00011"}, {"1,1,1,1,1", "11111"},  // the last comma missing
