@@ -34,11 +34,11 @@ public:
     QStringList told;  // "title: text" of each box
     Icon lastIcon = Icon::None;
     std::vector<QString> asked;
-    std::deque<bool> answers;            // Yes / No, in order; Yes when empty
-    std::deque<Answer> threeWay;         // Yes / No / Cancel; from answers when empty
-    std::deque<SaveChoice> saveChoices;  // Cancel when empty
-    std::deque<QString> paths;           // what the file dialogs return; "" (Cancel) when empty
-    std::deque<int> numbers;             // what number questions return; Cancel when empty
+    std::deque<bool> answers;                // Yes / No, in order; Yes when empty
+    std::deque<Answer> threeWay;             // Yes / No / Cancel; from answers when empty
+    std::deque<SaveChoice> saveChoices;      // Cancel when empty
+    std::deque<QString> paths;               // what the file dialogs return; "" (Cancel) when empty
+    std::deque<std::optional<int>> numbers;  // what number questions return; Cancel when empty
     QStringList opened;
 
     void tell(const QString& title, const QString& text, Icon icon) override {
@@ -56,10 +56,7 @@ public:
     QString openFileName(const QString&, const QString&, const QString&) override { return next(paths, QString()); }
     QString saveFileName(const QString&, const QString&, const QString&) override { return next(paths, QString()); }
     void openDocument(const QString& path) override { opened << path; }
-    std::optional<int> askNumber(const QString&, const QString&, int, int, int) override {
-        if (numbers.empty()) return std::nullopt;
-        return next(numbers, 0);
-    }
+    std::optional<int> askNumber(const QString&, const QString&, int, int, int) override { return next(numbers, {}); }
 };
 
 // Key state the test sets by hand.

@@ -3,6 +3,7 @@ test window, the hotkeys Ctrl+0, Ctrl+8 and Ctrl+9, Open and Save, and White
 Debug mode's overlay above the other windows."""
 
 import os
+import pathlib
 import struct
 import subprocess
 import sys
@@ -17,6 +18,10 @@ def xprop(*args):
     return subprocess.run(["xprop", *args], capture_output=True, text=True).stdout
 
 
+# The captions once load_script has opened script.tk.
+MAIN, BASIC = "Tarvoke - script.tk", "Tarvoke Basic Mode - script.tk"
+
+
 def hold(keys, ms=100):
     """Holds a chord long enough for a poll every millisecond to see it."""
     xdotool("keydown", keys)
@@ -29,8 +34,7 @@ class Program:
 
     def __enter__(self):
         self.folder = tempfile.TemporaryDirectory(prefix="tarvoke-app-")
-        with open(os.path.join(self.folder.name, "settings.dat"), "w") as f:
-            f.write("1,1,1,0,0,")
+        pathlib.Path(self.folder.name, "settings.dat").write_text("1,1,1,0,0,")
         env = dict(os.environ, TARVOKE_SETTINGS_DIR=self.folder.name)
         env.pop("QT_QPA_PLATFORM", None)
         self.process = subprocess.Popen([os.environ["TARVOKE_APP"]], env=env)
@@ -56,36 +60,30 @@ class Program:
         state = lambda window: set(xprop("-id", window, "_NET_WM_STATE").replace(",", " ").split())
         return [int(w) for w in self.visible() if {"_NET_WM_STATE_FULLSCREEN", "_NET_WM_STATE_ABOVE"} <= state(w)]
 
-    def enter_script(self, text):
-        """Replaces the editor's text of Advanced Mode by typing. The editor
-        takes keys in order, so the Find box that Ctrl+F opens after them
-        shows it has them all (the hotkeys are polled apart from that order)."""
-        xdotool("windowactivate", "--sync", window_named("Tarvoke"), "key", "--clearmodifiers", "ctrl+a", "Delete",
-                "type", "--delay", "1", text)
-        xdotool("key", "--clearmodifiers", "ctrl+f")
-        xdotool("windowactivate", "--sync", window_named("Find"), "key", "Escape")
-        assert wait_until(lambda: not windows_named("Find")), "the Find box stayed open"
-
-    def load_script(self, path):
-        """File, Open (Ctrl+O) in Advanced Mode, the path typed into the dialog;
-        the caption that names the file shows the script is in the editor."""
+    def load_script(self, text):
+        """Writes text to script.tk in the program's folder and opens it by File,
+        Open (Ctrl+O) in Advanced Mode, the path typed into the dialog; the caption
+        that names the file shows the script is in the editor. Returns the path."""
+        path = os.path.join(self.folder.name, "script.tk")
+        pathlib.Path(path).write_text(text)
         xdotool("windowactivate", "--sync", window_named("Tarvoke"))
         xdotool("key", "--clearmodifiers", "ctrl+o")
         xdotool("windowactivate", "--sync", window_named("Open Tarvoke script file"))
         xdotool("type", "--delay", "1", path)
         xdotool("key", "Return")
-        return window_named("Tarvoke - " + os.path.basename(path))
+        window_named(MAIN)
+        return path
 
     def to_basic_mode(self):
         """File, Basic Mode in Advanced Mode: the editor's script goes along."""
-        window = window_named("Tarvoke")
+        window = window_named(MAIN)
         xdotool("windowactivate", "--sync", window)
         # The menu bar's first title, File; from the foot of the menu, Up
         # passes Exit and Settings.
         xdotool("mousemove", "--window", window, 20, 10, "click", 1)
         assert wait_until(lambda: self.windows("DROPDOWN_MENU")), "no File menu"
         xdotool("key", "Up", "Up", "Up", "Return")
-        xdotool("windowactivate", "--sync", window_named("Tarvoke Basic Mode"))
+        xdotool("windowactivate", "--sync", window_named(BASIC))
 
 
 def click_script(target, tail=""):
@@ -112,39 +110,31 @@ class Play(unittest.TestCase):
                 ("While(1 = 1);\nEndWhile();\n", 1, True, 1), ("Pause(60000);\n", 2, True, 2)]
         for tail, plays, stop, count in rows:
             with self.subTest(tail), TestWindow() as target, Program() as program:
-                program.enter_script(click_script(target, tail))
+                program.load_script(click_script(target, tail))
                 for played in range(1, plays + 1):
                     hold("ctrl+9")
                     target.wait_for(played, "ButtonPress")
                 if stop:
                     # A run that goes on keeps the window hidden.
-                    self.assertTrue(wait_until(lambda: not windows_named("Tarvoke"), 2), "not hidden")
+                    self.assertTrue(wait_until(lambda: not windows_named(MAIN), 2), "not hidden")
                     hold("ctrl+0")
-                self.assertTrue(wait_until(lambda: windows_named("Tarvoke"), 1 if stop else 5))
+                self.assertTrue(wait_until(lambda: windows_named(MAIN), 1 if stop else 5))
                 self.assertEqual(settled(target), [("top", "30", "30")] * count)
-
-
-def read_file(path):
-    with open(path, "rb") as f:
-        return f.read()
 
 
 class Files(unittest.TestCase):
     def test_a_script_opened_by_the_file_dialog_is_saved_there_by_ctrl_s(self):
-        # A save that the folder refuses: advancedwindow_test (the box, drawn
+        # A save that the folder refuses: windows_test (the box, drawn
         # here as the White Debug report is).
         # xdotool types a line end as Linefeed, which the editor does not take.
         new = "Function(Main); MsgBox(new); EndFunction();"
-        with tempfile.TemporaryDirectory(prefix="tarvoke-save-") as folder, Program() as program:
-            path = os.path.join(folder, "script.tk")
-            with open(path, "wb") as f:
-                f.write(b"Function(Main);\nMsgBox(old);\nEndFunction();\n")
-            program.load_script(path)
+        with Program() as program:
+            path = program.load_script("Function(Main);\nMsgBox(old);\nEndFunction();\n")
             # Typed: the editor takes the keys in order, so it has them all when Ctrl+S comes.
             xdotool("key", "--clearmodifiers", "ctrl+a", "Delete", "type", "--delay", "1", new)
             xdotool("key", "--clearmodifiers", "ctrl+s")
-            self.assertTrue(wait_until(lambda: read_file(path) == new.encode()))
-            self.assertEqual(sorted(os.listdir(folder)), ["script.tk"])
+            self.assertTrue(wait_until(lambda: pathlib.Path(path).read_bytes() == new.encode()))
+            self.assertEqual(sorted(os.listdir(program.folder.name)), ["script.tk", "settings.dat"])
             self.assertFalse(program.windows("DIALOG", "Tarvoke") or windows_named("Save Tarvoke script file"))
 
     def test_ctrl8_records_until_ctrl0_and_the_editor_plays_it_back(self):
@@ -156,9 +146,9 @@ class Files(unittest.TestCase):
         a_presses = lambda: [e for e in target.events("KeyPress") if e["keysym"] == "0x61"]
         with TestWindow() as target, Program() as program:
             # An empty editor: a recording would replace no text, so nobody is asked.
-            program.enter_script("")
+            program.load_script("")
             hold("ctrl+8")
-            self.assertTrue(wait_until(lambda: not windows_named("Tarvoke"), 2))
+            self.assertTrue(wait_until(lambda: not windows_named(MAIN), 2))
             # Each step held for longer than the recorder's tick.
             xdotool("mousemove", *target.point("top", 40, 40))
             for step in (("mousedown", 1), ("mouseup", 1)):
@@ -197,14 +187,14 @@ class WhiteDebug(unittest.TestCase):
         white overlay and its counters, keeps it above a window that asks to
         be raised, and gives the calling window back."""
         with TestWindow() as target, Program() as program:
-            program.enter_script("Function(Main);\nOrigionalPlayTime(1.0);\nSetPausePercent(100);\n"
+            program.load_script("Function(Main);\nOrigionalPlayTime(1.0);\nSetPausePercent(100);\n"
                                  "Pause(6000);\nEndFunction();")
             program.to_basic_mode()
             # From Record, four Tabs pass Save, Open... and Advanced Mode to Correct Time.
             xdotool("key", *["Tab"] * 4, "space")
             xdotool("windowactivate", "--sync", window_named(r"White Debug mode\?"), "key", "Return")
             overlay = wait_until(program.overlays, 5)
-            self.assertTrue(overlay and not windows_named("Tarvoke Basic Mode"))
+            self.assertTrue(overlay and not windows_named(BASIC))
 
             top = int(target.ready["top"], 16)
             xdotool("windowactivate", top, check=False)
@@ -219,7 +209,7 @@ class WhiteDebug(unittest.TestCase):
 
             report = wait_until(lambda: program.windows("DIALOG"), 15)
             xdotool("windowactivate", "--sync", report[0], "key", "Return")
-            self.assertTrue(wait_until(lambda: windows_named("Tarvoke Basic Mode"), 2))
+            self.assertTrue(wait_until(lambda: windows_named(BASIC), 2))
             self.assertFalse(program.overlays())
 
 

@@ -1,16 +1,20 @@
-// The program's windows on the fake platform, offscreen: start-up, Basic
-// Mode, recording, Correct Time, Compile and every window's layout. (Advanced
-// Mode's editing and files: advancedwindow_test.cpp.)
+// The program's windows on the fake platform, offscreen, in sections: start-up,
+// Basic Mode, recording, Correct Time, Compile, every window's layout, and
+// Advanced Mode's files, editing, Find and Replace and the language in the editor.
 
 #include <QAbstractButton>
 #include <QCheckBox>
+#include <QDockWidget>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QRegularExpression>
 #include <QScrollBar>
+#include <QTextBlock>
+#include <QToolTip>
 #include <QtTest>
 #include <sys/stat.h>
 
@@ -20,6 +24,9 @@
 #include "app/debugwindow.h"
 #include "app/finddialog.h"
 #include "app/modechoicewindow.h"
+#include "app/paths.h"
+#include "app/replacedialog.h"
+#include "app/scriptfile.h"
 #include "app/settings.h"
 #include "app/settingsdialog.h"
 #include "app/splashwindow.h"
@@ -33,16 +40,6 @@ using Choice = Dialogs::SaveChoice;
 namespace {
 
 enum Key : uint8_t { kCtrl = 17, kZero = 48, kEight = 56, kNine = 57, kA = 65, kLeftCtrl = 162 };
-
-// Whether the recording holds the line yet (the sampler's timer adds it).
-bool recorded(AppFixture& f, const std::string& line) { return f.app->recorder.script.find(line) != std::string::npos; }
-
-// The recording with its times taken out, one entry a line.
-QStringList withoutTimes(QString script) {
-    script.replace(QRegularExpression("Pause\\(\\d+\\);"), "Pause(t);");
-    script.replace(QRegularExpression("OrigionalPlayTime\\(\\d+\\.\\d+\\);"), "OrigionalPlayTime(t);");
-    return script.split('\n');
-}
 
 // The controls a user reads or operates: text must fit and none may cover another.
 bool isControl(const QWidget* widget) {
@@ -71,6 +68,40 @@ QStringList layoutFaults(QWidget& window) {
     return faults;
 }
 
+void select(AdvancedWindow& window, int start, int length) {
+    QTextCursor cursor = window.editor->textCursor();
+    cursor.setPosition(start);
+    cursor.setPosition(start + length, QTextCursor::KeepAnchor);
+    window.editor->setTextCursor(cursor);
+}
+
+Selection selectionOf(AdvancedWindow& window) {
+    const QTextCursor cursor = window.editor->textCursor();
+    return {cursor.selectionStart(), cursor.selectionEnd() - cursor.selectionStart()};
+}
+
+// The format the editor shows at a 1-based line and a 0-based character.
+QTextCharFormat formatAt(AdvancedWindow& window, int line, int column) {
+    const QTextBlock block = window.editor->document()->findBlockByNumber(line - 1);
+    for (const QTextLayout::FormatRange& range : block.layout()->formats())
+        if (column >= range.start && column < range.start + range.length) return range.format;
+    return {};
+}
+
+Token tokenAt(AdvancedWindow& window, int line, int column) {
+    return static_cast<Token>(formatAt(window, line, column).property(ScriptHighlighter::kTokenProperty).toInt());
+}
+
+bool underlinedAt(AdvancedWindow& window, int line, int column) {
+    return formatAt(window, line, column).underlineStyle() == QTextCharFormat::SpellCheckUnderline;
+}
+
+QPoint pointAt(AdvancedWindow& window, int line, int column) {
+    QTextCursor cursor(window.editor->document()->findBlockByNumber(line - 1));
+    cursor.setPosition(cursor.position() + column);
+    return window.editor->cursorRect(cursor).center() + QPoint(2, 0);
+}
+
 }  // namespace
 
 class WindowsTest : public QObject {
@@ -80,7 +111,7 @@ private slots:
     // Start-up: settings.dat and where it lives, the splash, the mode choice.
     // The file's text and the five flags as read; a settings.dat that is no
     // file gives the defaults, as a missing one does: no abort, no wait on a FIFO.
-    void settingsFileAsRead() {
+    void settingsFileAsReadAndWhereItLives() {
         const std::pair<const char*, const char*> rows[] = {
             {"1,1,1,0,1,", "11101"}, {"0,0,0,1,1,", "00011"}, {"1,1,1,1,1", "11111"},  // the last comma missing
             {"1,1,", "11000"},  // a short file means Advanced Mode
@@ -100,6 +131,18 @@ private slots:
         const LoadedSettings loaded = loadSettings(path);
         QVERIFY(loaded.firstRun);
         QCOMPARE(formatSettings(loaded.settings), formatSettings(Settings{}));
+
+        QTemporaryDir config;
+        const auto where = [&] { return QString::fromStdString(settingsFolder(folder.path().toStdString()).string()); };
+        qputenv("TARVOKE_SETTINGS_DIR", "/somewhere/else");
+        QCOMPARE(where(), "/somewhere/else");
+        qunsetenv("TARVOKE_SETTINGS_DIR");
+        QCOMPARE(where(), folder.path());
+        qputenv("XDG_CONFIG_HOME", config.path().toUtf8());
+        testing::ReadOnlyFolder readOnly(folder.path());
+        if (!readOnly.ok()) QSKIP("cannot make a read-only folder here");
+        QCOMPARE(where(), config.path() + "/tarvoke");
+        QVERIFY(QFileInfo(config.path() + "/tarvoke").isDir());
     }
 
     // The first start asks for the mode and saves the choice; closing the
@@ -149,20 +192,6 @@ private slots:
         QCOMPARE(f.readFile("settings.dat"), "1,1,1,1,1,");
     }
 
-    void settingsFolderFollowsTheEnvironment() {
-        QTemporaryDir program, config;
-        const auto folder = [&] { return QString::fromStdString(settingsFolder(program.path().toStdString()).string()); };
-        qputenv("TARVOKE_SETTINGS_DIR", "/somewhere/else");
-        QCOMPARE(folder(), "/somewhere/else");
-        qunsetenv("TARVOKE_SETTINGS_DIR");
-        QCOMPARE(folder(), program.path());
-        qputenv("XDG_CONFIG_HOME", config.path().toUtf8());
-        testing::ReadOnlyFolder readOnly(program.path());
-        if (!readOnly.ok()) QSKIP("cannot make a read-only folder here");
-        QCOMPARE(folder(), config.path() + "/tarvoke");
-        QVERIFY(QFileInfo(config.path() + "/tarvoke").isDir());
-    }
-
     // Basic Mode: its files, the switch between the modes, the play options, the hotkeys.
     // Each switch takes the text and the script's name along and moves the
     // hotkey poll and the playback's view, so that the hotkeys act on the
@@ -206,7 +235,7 @@ private slots:
     }
 
     // Save does nothing until a script was recorded or opened, and then
-    // always asks for a name; Open asks even over the template, and a No ends it.
+    // always asks for a name.
     void basicModeSaveAndOpen() {
         AppFixture f;
         BasicWindow& basic = f.app->basicWindow();
@@ -214,12 +243,7 @@ private slots:
         f.dialogs.paths = {f.qpath("never.tk")};
         basic.saveScript();
         QCOMPARE(f.dialogs.paths.size(), size_t(1));  // not asked
-        f.dialogs.answers = {false};
         f.dialogs.paths = {f.qpath("a.tk"), f.qpath("b.tk")};
-        basic.openScript();
-        QCOMPARE(f.dialogs.asked.size(), size_t(1));
-        QVERIFY(f.dialogs.asked[0].contains("If you open a new script"));
-        QCOMPARE(basic.windowTitle(), "Tarvoke Basic Mode");
         basic.openScript();
         QCOMPARE(basic.windowTitle(), "Tarvoke Basic Mode - a.tk");
         QCOMPARE(basic.text(), "Pause(1);");
@@ -230,42 +254,13 @@ private slots:
         QCOMPARE(basic.windowTitle(), "Tarvoke Basic Mode - b.tk");
     }
 
-    // Changed text takes its mark along to Basic Mode, whose closing offers
-    // to save it (under the bare caption too, asking for a name); a switch
-    // back keeps the editor's Undo.
-    void changedTextIsOfferedOnCloseInBasicMode() {
-        // The answer, what the Save dialog returns, whether the program ends.
-        const std::tuple<Choice, QString, bool> rows[] = {{Choice::Cancel, "", false}, {Choice::Discard, "", true},
-                                                          {Choice::Save, "kept.tk", true}, {Choice::Save, "", false}};
-        for (const auto& [choice, name, closes] : rows) {
-            AppFixture f("1,1,1,0,0,");
-            AdvancedWindow& advanced = f.app->advancedWindow();
-            QTest::keyClicks(advanced.editor, "Pause(1);");
-            const QString typed = advanced.text();
-            advanced.switchToBasicMode();
-            BasicWindow& basic = f.app->basicWindow();
-            QCOMPARE(basic.windowTitle(), "Tarvoke Basic Mode");
-            f.dialogs.saveChoices = {choice};
-            f.dialogs.paths = {name.isEmpty() ? QString() : f.qpath(name)};
-            basic.close();
-            QCOMPARE(f.dialogs.asked.size(), size_t(1));
-            QCOMPARE(f.exits, closes ? 1 : 0);
-            QCOMPARE(f.readFile("kept.tk"), name.isEmpty() ? QByteArray("<missing>") : typed.toUtf8());
-            basic.switchToAdvancedMode();
-            QCOMPARE(advanced.changed(), name.isEmpty());
-            advanced.editor->undo();
-            QCOMPARE(advanced.text(), kTemplate);
-        }
-    }
-
-    // Play X: a count that is not numeric is refused; the script runs the
-    // count's times, at least once, and the window comes back.
-    void playXRunsTheStatedNumberOfTimes() {
-        // The count, the target it sets (-1: refused), the runs.
-        const std::tuple<const char*, int, int> rows[] = {{"3", 3, 3},      {"1", 1, 1},     {"2.5", 2, 2},
-                                                          {"1e1", 10, 10},  {"0", 0, 1},     {"abc", -1, 0},
-                                                          {"", -1, 0},      {"1e12", -1, 0}};
-        for (const auto& [count, target, runs] : rows) {
+    // Play X: a count that is not numeric is refused; another is the play's
+    // target (the runs that a target makes: playback_test).
+    void playXSetsTheTargetOrIsRefused() {
+        // The count, the target it sets (-1: refused).
+        const std::pair<const char*, int> rows[] = {{"3", 3},    {"1", 1},   {"2.5", 2},  {"1e1", 10},
+                                                    {"0", 0},    {"abc", -1}, {"", -1},   {"1e12", -1}};
+        for (const auto& [count, target] : rows) {
             AppFixture f;
             BasicWindow& basic = f.app->basicWindow();
             basic.show();
@@ -281,13 +276,7 @@ private slots:
                 continue;
             }
             QCOMPARE(f.app->playback.playTarget(), target);
-            QVERIFY(f.app->session.repeat);
-            for (int tick = 0; tick < 20 && basic.timers().playTimerOn(); ++tick) f.app->playback.tick();
-            QCOMPARE(int(std::count_if(f.fake.transcript.begin(), f.fake.transcript.end(),
-                                       [](const std::string& line) { return line.starts_with("MessageBox"); })),
-                     runs);
-            QVERIFY(basic.isVisible());
-            QVERIFY(f.app->session.repeat);
+            QVERIFY(f.app->session.repeat && basic.timers().playXSelected());
         }
     }
 
@@ -315,35 +304,49 @@ private slots:
 
     // Recording from both windows: the question before a script is replaced, start and
     // stop, Ctrl+8, Ctrl+6 and Ctrl+7.
-    // New and Record ask before they replace a script; a No keeps everything.
+    // New, Open and Record ask before they replace a script; a No keeps
+    // everything and ends an Open. Basic Mode's Open asks even over the template.
     void askedBeforeAScriptIsLost() {
-        enum Step { New, Record };
+        enum Step { New, Open, Record };
         const QString script = "Function(Main);\nPause(1);\nEndFunction();";
         // Basic Mode, the step, the text, whether the step asks.
         const std::tuple<bool, Step, QString, bool> rows[] = {
             {false, New, "", false},          {false, New, kTemplate, false},   {false, New, kTemplate + "\n", false},
             {false, New, kTemplate + "\n\n", true}, {false, New, script, true},  {false, Record, "", false},
             {false, Record, kTemplate, true}, {false, Record, script, true},    {true, Record, "", false},
-            {true, Record, kTemplate, false}, {true, Record, kTemplate + "\n", true}, {true, Record, script, true}};
+            {true, Record, kTemplate, false}, {true, Record, kTemplate + "\n", true}, {true, Record, script, true},
+            {false, Open, kTemplate, false},  {false, Open, script, true},      {true, Open, kTemplate, true}};
         for (const auto& [basic, step, text, asks] : rows) {
             AppFixture f;
             Window w = windowOf(*f.app, basic);
             w.widget->show();
-            w.setText(text);
+            basic ? w.setText(text) : f.app->advancedWindow().editText(text);  // typed into the editor
             w.widget->setWindowTitle("Tarvoke - old.tk");
             f.app->filePath = "/x/old.tk";
             f.dialogs.answers = {false};
-            step == New ? void(f.app->advancedWindow().newScript()) : w.record();
+            f.dialogs.paths = {QString()};  // Open's file dialog: Cancel
+            if (step == Record)
+                w.record();
+            else if (step == New)
+                f.app->advancedWindow().newScript();
+            else
+                basic ? f.app->basicWindow().openButton->click() : f.app->advancedWindow().openAction->trigger();
             QCOMPARE(f.dialogs.asked.size(), size_t(asks ? 1 : 0));
+            QCOMPARE(f.dialogs.paths.empty(), step == Open && !asks);
             QCOMPARE(f.app->recorder.recording, !asks && step == Record);
-            QCOMPARE(w.widget->isVisible(), asks || step == New);
+            QCOMPARE(w.widget->isVisible(), asks || step != Record);
             QCOMPARE(w.text(), asks || step == Record ? text : kTemplate);
             if (asks) {
                 QCOMPARE(f.dialogs.asked.front(), QString("There is an existing script open. If you %1 a new script "
                                                           "Tarvoke will delete the existing script. Do you wish to "
-                                                          "continue?").arg(step == New ? "create" : "record"));
+                                                          "continue?").arg(step == Record ? "record" : basic ? "open" : "create"));
                 QCOMPARE(w.widget->windowTitle(), "Tarvoke - old.tk");
                 QCOMPARE(f.app->filePath, "/x/old.tk");
+                if (!basic) {  // the edit stays, and Undo still takes it back
+                    QCOMPARE(f.app->advancedWindow().changed(), text != kTemplate);
+                    f.app->advancedWindow().editor->undo();
+                    QCOMPARE(w.text(), kTemplate);
+                }
             }
             w.stop();
         }
@@ -352,8 +355,10 @@ private slots:
     // Ctrl+8 is still down at the start; in Advanced Mode its two releases
     // are left out, in Basic Mode and after a menu start they stay. The
     // window is away while it records; Stop puts the framed recording into
-    // the editor as a new script.
-    void hotkeyStartLeavesOutItsOwnReleases() {
+    // the editor as a new script. Ctrl+6 and Ctrl+7 in it change the settings
+    // for good: the program's flags, settings.dat, the Settings dialog, Basic
+    // Mode's boxes, the next recording.
+    void recordingByHotkeyOrMenu() {
         // Basic Mode, started by Ctrl+8, the releases left out.
         const std::tuple<bool, bool, bool> rows[] = {{false, true, true}, {false, false, false}, {true, true, false}};
         for (const auto& [basic, byHotkey, dropped] : rows) {
@@ -362,42 +367,28 @@ private slots:
             w.widget->show();
             w.setText("");
             f.app->filePath = "/x/old.tk";
-            f.app->recorder.startedByHotkey = true;  // left from an earlier start
+            f.app->recorder.startedByHotkey = true;  // left from an earlier start, and
+            f.app->recorder.mouseMoves = f.app->recorder.extendedClicks = false;  // the start takes the program's
             for (uint8_t key : {kCtrl, kLeftCtrl, kEight}) f.keys.press(key);
             byHotkey ? w.timers->pollHotkeys() : w.record();
             QVERIFY(f.app->recorder.recording && !w.widget->isVisible());
+            QVERIFY(f.app->recorder.mouseMoves && f.app->recorder.extendedClicks);
             w.timers->pollHotkeys();  // held: no second start
             f.keys.releaseAll();
             QTRY_COMPARE(f.app->recorder.linesOffered, 2);
             f.keys.press(kA);
-            QTRY_VERIFY(recorded(f, "KeyDown(65);"));
-            w.stop();
-            QVERIFY(!f.app->recorder.recording && w.widget->isVisible());
-            const QStringList lines = withoutTimes(w.text());
-            QStringList expected = {"Pause(t);", "KeyUp(56);", "Pause(t);", "KeyUp(162);", "Pause(t);", "KeyDown(65);",
-                                    "Pause(t);"};
-            QCOMPARE(lines.mid(4, lines.size() - 4 - 2), dropped ? expected.mid(4) : expected);
-            QCOMPARE(lines.mid(0, 4) + lines.mid(lines.size() - 2),
-                     QStringList({"Function(Main);", "OrigionalPlayTime(t);", "SetPausePercent(100);", "", "",
-                                  "EndFunction();"}));
-            QCOMPARE(w.widget->windowTitle(), basic ? "Tarvoke Basic Mode - Untitled" : "Tarvoke - Untitled");
-            QVERIFY(f.app->filePath.empty());
-        }
-    }
-
-    // Ctrl+6 and Ctrl+7 change the settings for good: the program's flags,
-    // settings.dat, the Settings dialog, Basic Mode's boxes, the next start.
-    void ctrlSixAndSevenChangeTheSettingsForGood() {
-        for (const bool basic : {false, true}) {
-            AppFixture f;
-            Window w = windowOf(*f.app, basic);
-            w.setText("");
-            f.app->mouseMove = f.app->extendedClicks = true;
-            w.record();
-            QVERIFY(f.app->recorder.mouseMoves && f.app->recorder.extendedClicks);
+            QTRY_VERIFY(f.app->recorder.script.find("KeyDown(65);") != std::string::npos);  // the sampler's timer
             // What Ctrl+6 and Ctrl+7 do in a recording (their keys: recorder_test).
             f.app->recorder.mouseMoves = f.app->recorder.extendedClicks = false;
             w.stop();
+            QVERIFY(!f.app->recorder.recording && w.widget->isVisible());
+            const QStringList lines = w.text().replace(QRegularExpression("Pause\\(\\d+\\);"), "Pause(t);").split('\n');
+            QStringList expected = {"Pause(t);", "KeyUp(56);", "Pause(t);", "KeyUp(162);", "Pause(t);", "KeyDown(65);",
+                                    "Pause(t);"};
+            // Inside the recorder's frame (its lines: recorder_test).
+            QCOMPARE(lines.mid(4, lines.size() - 4 - 2), dropped ? expected.mid(4) : expected);
+            QCOMPARE(w.widget->windowTitle(), basic ? "Tarvoke Basic Mode - Untitled" : "Tarvoke - Untitled");
+            QVERIFY(f.app->filePath.empty());
             QVERIFY(!f.app->mouseMove && !f.app->extendedClicks);
             QCOMPARE(f.readFile("settings.dat"), "1,0,0,0,1,");
             SettingsDialog dialog(*f.app);
@@ -416,46 +407,45 @@ private slots:
     void calibratesTheCallingWindowsText() {
         using Answer = Dialogs::Answer;
         const QString script = "Function(Main);\nOrigionalPlayTime(0.5);\nsetpausepercent(100);\nPause(1500);\nEndFunction();";
-        const std::pair<bool, Answer> rows[] = {{false, Answer::No}, {false, Answer::Yes}, {false, Answer::Cancel},
-                                                {true, Answer::No},  {true, Answer::Yes},  {true, Answer::Cancel}};
-        for (const auto& [basic, answer] : rows) {
-            AppFixture f;
-            Window w = windowOf(*f.app, basic);
-            w.widget->show();
-            w.setText(script);
-            // Yes and No through the two-way question that the three-way one falls back on.
-            if (answer == Answer::Cancel)
-                f.dialogs.threeWay = {answer};
-            else
-                f.dialogs.answers = {answer == Answer::Yes};
-            basic ? f.app->basicWindow().correctTimeButton->click() : f.app->advancedWindow().correctTimeAction->trigger();
-            QCOMPARE(f.dialogs.asked, std::vector<QString>{"Do you wish to use the White Debug mode?"});
-            if (answer == Answer::Cancel) {
+        for (const bool basic : {false, true})
+            for (const Answer answer : {Answer::No, Answer::Yes, Answer::Cancel}) {
+                AppFixture f;
+                Window w = windowOf(*f.app, basic);
+                w.widget->show();
+                w.setText(script);
+                // Yes and No through the two-way question that the three-way one falls back on.
+                if (answer == Answer::Cancel)
+                    f.dialogs.threeWay = {answer};
+                else
+                    f.dialogs.answers = {answer == Answer::Yes};
+                basic ? f.app->basicWindow().correctTimeButton->click() : f.app->advancedWindow().correctTimeAction->trigger();
+                QCOMPARE(f.dialogs.asked, std::vector<QString>{"Do you wish to use the White Debug mode?"});
+                if (answer == Answer::Cancel) {
+                    QVERIFY(w.widget->isVisible() && !f.app->whiteDebugWindow().isVisible());
+                    QVERIFY(!w.timers->correctTimeTimerOn() && !w.timers->playTimerOn());
+                    QCOMPARE(w.text(), script);
+                    QVERIFY(f.dialogs.told.isEmpty());
+                    continue;
+                }
+                const bool white = answer == Answer::Yes;
+                QVERIFY(!w.widget->isVisible());
+                QCOMPARE(w.timers->correctTimeTimerOn(), !white);  // Ctrl+1 only in the hidden run
+                QCOMPARE(f.app->whiteDebugWindow().isVisible(), white);
+                QTRY_COMPARE(f.dialogs.told.size(), 1);
                 QVERIFY(w.widget->isVisible() && !f.app->whiteDebugWindow().isVisible());
-                QVERIFY(!w.timers->correctTimeTimerOn() && !w.timers->playTimerOn());
-                QCOMPARE(w.text(), script);
-                QVERIFY(f.dialogs.told.isEmpty());
-                continue;
+                QVERIFY(!w.timers->correctTimeTimerOn() && (!white || w.timers->hotkeyPollOn()));
+                const QString prefix = ": Time took: ", suffix = " seconds out of Origional Play Time: 0.5 seconds";
+                QString measured = f.dialogs.told.front();
+                QVERIFY2(measured.startsWith(prefix) && measured.endsWith(suffix), qPrintable(measured));
+                measured = measured.mid(prefix.size()).chopped(suffix.size());
+                const QString percent = QString::number(measured.toDouble() * 200, 'g', 15);
+                QCOMPARE(w.text(), QString(script).replace("setpausepercent(100);", "SetPausePercent(" + percent + ");"));
+                if (white) {  // Function(Main), three statements, SetPausePercent once more
+                    const WhiteDebugWindow& overlay = f.app->whiteDebugWindow();
+                    QCOMPARE(QStringList({overlay.lineCount->text(), overlay.totalTime->text(), overlay.currentTime->text()}),
+                             QStringList({"5", "0.5", measured}));
+                }
             }
-            const bool white = answer == Answer::Yes;
-            QVERIFY(!w.widget->isVisible());
-            QCOMPARE(w.timers->correctTimeTimerOn(), !white);  // Ctrl+1 only in the hidden run
-            QCOMPARE(f.app->whiteDebugWindow().isVisible(), white);
-            QTRY_COMPARE(f.dialogs.told.size(), 1);
-            QVERIFY(w.widget->isVisible() && !f.app->whiteDebugWindow().isVisible());
-            QVERIFY(!w.timers->correctTimeTimerOn() && (!white || w.timers->hotkeyPollOn()));
-            const QString prefix = ": Time took: ", suffix = " seconds out of Origional Play Time: 0.5 seconds";
-            QString measured = f.dialogs.told.front();
-            QVERIFY2(measured.startsWith(prefix) && measured.endsWith(suffix), qPrintable(measured));
-            measured = measured.mid(prefix.size()).chopped(suffix.size());
-            const QString percent = QString::number(measured.toDouble() * 200, 'g', 15);
-            QCOMPARE(w.text(), QString(script).replace("setpausepercent(100);", "SetPausePercent(" + percent + ");"));
-            if (white) {  // Function(Main), three statements, SetPausePercent once more
-                const WhiteDebugWindow& overlay = f.app->whiteDebugWindow();
-                QCOMPARE(QStringList({overlay.lineCount->text(), overlay.totalTime->text(), overlay.currentTime->text()}),
-                         QStringList({"5", "0.5", measured}));
-            }
-        }
     }
 
     // Each Get Debug appends a dump and scrolls to its end.
@@ -496,7 +486,6 @@ private slots:
             w.setText("Function(Main);\nMsgBox(\"Hi There\");\nEndFunction();");
             f.dialogs.paths = {row.path.isEmpty() ? QString() : f.qpath(row.path)};
             f.dialogs.answers = {row.repeat};
-            QVERIFY(w.compileAction->isEnabled());
             w.compileAction->trigger();
             QCOMPARE(f.dialogs.told.value(0), row.told);
             QCOMPARE(f.dialogs.lastIcon, row.told.startsWith("Error") ? Dialogs::Icon::Stop : Dialogs::Icon::Exclamation);
@@ -533,6 +522,330 @@ private slots:
             const QStringList faults = layoutFaults(*window);
             QVERIFY2(faults.isEmpty(), qPrintable(name + ": " + faults.join("; ")));
         }
+    }
+
+    // Advanced Mode: files and captions, questions before text is lost, editing,
+    // Find and Replace, path rules, the file's text, the language in the editor.
+    void captionsFollowTheFileOperations() {
+        AppFixture f;
+        AdvancedWindow& window = f.app->advancedWindow();
+        // A file that holds no compiled script opens nothing and says so (the
+        // kinds of such files: playback_test); a name in capitals is a script.
+        f.writeFile("tool.exe", "binary");
+        f.writeFile("first.TK.EXE", "Function(Main);\r\nPause(5);\r\nEndFunction();\r\n");
+        f.dialogs.paths = {f.qpath("tool.exe"), f.qpath("first.TK.EXE")};
+        window.openScript();
+        QCOMPARE(f.dialogs.told, QStringList{"Tarvoke: This file holds no compiled script."});
+        QCOMPARE(window.windowTitle(), "Tarvoke");
+        QCOMPARE(window.text(), kTemplate);
+        QVERIFY(f.app->filePath.empty());
+        window.openScript();
+        QCOMPARE(window.windowTitle(), "Tarvoke - first.TK.EXE");
+        QCOMPARE(window.text(), "Function(Main);\nPause(5);\nEndFunction();\n");
+        QCOMPARE(f.app->filePath, f.path("first.TK.EXE"));
+        QCOMPARE(f.app->session.scriptFolder, f.path(""));
+        window.setText(kTemplate);
+        window.newScript();  // the untouched template: no question
+        QCOMPARE(window.windowTitle(), "Tarvoke");
+        QVERIFY(f.app->filePath.empty());
+        window.readmeAction->trigger();  // the guide beside the program
+        QCOMPARE(f.dialogs.opened, QStringList{f.qpath("readme.txt")});
+    }
+
+    // A save that the folder refuses keeps the old file, the caption and the
+    // path, and says why; once the folder takes files again, Save writes there.
+    void failedSaveKeepsTheOldFileAndSaysWhy() {
+        AppFixture f;
+        AdvancedWindow& window = f.app->advancedWindow();
+        f.writeFile("kept.tk", "old text");
+        f.dialogs.paths = {f.qpath("kept.tk")};
+        window.openScript();
+        window.setText("new text");
+        {
+            testing::ReadOnlyFolder readOnly(f.folder.path());
+            if (!readOnly.ok()) QSKIP("cannot make a read-only folder here");
+            window.saveScript();
+            QCOMPARE(f.readFile("kept.tk"), QByteArray("old text"));
+            QCOMPARE(f.dialogs.told.size(), 1);
+            const QString said = "Tarvoke: The script could not be saved: ";
+            QVERIFY(f.dialogs.told[0].startsWith(said) && f.dialogs.told[0].size() > said.size());
+            f.dialogs.paths = {f.qpath("elsewhere.tk")};
+            window.saveScriptAs();
+            QCOMPARE(window.windowTitle(), "Tarvoke - kept.tk");
+            QCOMPARE(f.app->filePath, f.path("kept.tk"));
+            QCOMPARE(f.app->session.scriptFolder, f.path(""));
+            QCOMPARE(QDir(f.folder.path()).entryList(QDir::Files), QStringList{"kept.tk"});
+        }
+        window.saveScript();  // no dialog is left to ask: it writes to the path
+        QCOMPARE(f.readFile("kept.tk"), QByteArray("new text"));
+    }
+
+    // Closing the window, File Exit, or closing Basic Mode, to which a switch
+    // takes the text changed since the last New, Open or Save with its mark:
+    // Save, Discard or Cancel; a Save that does not happen keeps the program
+    // open. A switch back keeps the editor's Undo.
+    void closingOffersToSaveChanges() {
+        enum Way { Close, Exit, InBasicMode };
+        struct {
+            bool typed;
+            Choice choice;
+            QString file;    // the script's path: "" none yet, "dir" a folder
+            QString saveAs;  // what the Save As dialog returns
+            bool closes, saved;  // saved: script.tk holds the typed text
+        } const rows[] = {{false, Choice::Cancel, "script.tk", "", true, false},
+                          {true, Choice::Discard, "script.tk", "", true, false},
+                          {true, Choice::Cancel, "script.tk", "", false, false},
+                          {true, Choice::Save, "script.tk", "", true, true},
+                          {true, Choice::Save, "", "script.tk", true, true},
+                          {true, Choice::Save, "", "", false, false},
+                          {true, Choice::Save, "dir", "", false, false}};
+        for (const auto& [typed, choice, file, saveAs, closes, saved] : rows)
+            for (const Way way : {Close, Exit, InBasicMode}) {
+                // Basic Mode's Save always asks for a name: as with no file yet.
+                if (way == InBasicMode && choice == Choice::Save && !file.isEmpty()) continue;
+                AppFixture f;
+                AdvancedWindow& window = f.app->advancedWindow();
+                f.writeFile("script.tk", "old");
+                QDir(f.folder.path()).mkdir("dir");
+                if (!file.isEmpty()) {
+                    f.dialogs.paths = {f.qpath(file)};
+                    window.openScript();
+                    f.app->filePath = f.path(file);  // a folder does not open
+                }
+                if (typed) QTest::keyClicks(window.editor, "Pause(1);");
+                f.dialogs.saveChoices = {choice};
+                f.dialogs.paths = {saveAs.isEmpty() ? QString() : f.qpath(saveAs)};
+                if (way == InBasicMode) {
+                    window.switchToBasicMode();
+                    f.app->basicWindow().close();
+                    f.app->basicWindow().switchToAdvancedMode();
+                }
+                way == Exit ? window.exitAction->trigger() : void(way == Close && window.close());
+                QCOMPARE(f.dialogs.asked.size(), size_t(typed ? 1 + (saveAs.isEmpty() ? 0 : 1) : 0));
+                QCOMPARE(f.exits, closes ? 1 : 0);
+                QCOMPARE(f.readFile("settings.dat"), closes ? "1,1,1,0,1," : "<missing>");  // saved at the exit
+                QCOMPARE(f.readFile("script.tk"), saved ? window.text().toUtf8() : QByteArray("old"));
+                QCOMPARE(window.changed(), typed && !saved);
+                QCOMPARE(f.dialogs.told.size(), file == "dir" ? 1 : 0);
+                window.editor->undo();
+                QCOMPARE(window.text(), file == "script.tk" ? "old" : kTemplate);
+            }
+    }
+
+    // Save As asks before it replaces what is there; through a symbolic link
+    // it writes the file the link leads to, and the link stays.
+    void saveAsAsksBeforeReplacing() {
+        // What is at the chosen name ("", "file" or "link"), and the answer.
+        const std::pair<QString, bool> rows[] = {{"", true}, {"file", true}, {"file", false}, {"link", true}};
+        for (const auto& [there, yes] : rows) {
+            AppFixture f;
+            AdvancedWindow& window = f.app->advancedWindow();
+            f.writeFile("real.tk", "old");
+            if (there == "file") f.writeFile("chosen.tk", "old");
+            if (there == "link") QFile::link("real.tk", f.qpath("chosen.tk"));
+            window.editText("new");
+            f.dialogs.answers = {yes};
+            f.dialogs.paths = {f.qpath("chosen")};
+            QCOMPARE(window.saveScriptAs(), yes);
+            QCOMPARE(f.dialogs.asked.size(), size_t(there.isEmpty() ? 0 : 1));
+            QCOMPARE(f.readFile("chosen.tk"), QByteArray(yes ? "new" : "old"));
+            QCOMPARE(QFileInfo(f.qpath("chosen.tk")).isSymLink(), there == "link");
+            QCOMPARE(f.readFile("real.tk"), QByteArray(there == "link" ? "new" : "old"));
+            QCOMPARE(window.windowTitle(), yes ? "Tarvoke - chosen.tk" : "Tarvoke");
+            QCOMPARE(f.app->filePath, yes ? f.path("chosen.tk") : "");
+            QCOMPARE(window.changed(), !yes);
+        }
+    }
+
+    // CR LF becomes "\n"; bytes that are not UTF-8 are read as Latin-1.
+    void scriptBytesBecomeEditorText() {
+        const auto latin1 = [](const char* bytes) { return QString::fromLatin1(bytes); };
+        const std::pair<QByteArray, QString> rows[] = {
+            {"a\r\nb\r\n", "a\nb\n"}, {"a\rb", "a\rb"}, {"caf\xc3\xa9", QString::fromUtf8("caf\xc3\xa9")},
+            {"caf\xe9!", latin1("caf\xe9!")}, {"x\xe2\x82", latin1("x\xe2\x82")},  // a cut sequence
+            {"\xc0\xaf", latin1("\xc0\xaf")}, {"\xed\xa0\x80", latin1("\xed\xa0\x80")},  // overlong, surrogate
+            {"\xf0\x9f\x98\x80", QString::fromUtf8("\xf0\x9f\x98\x80")}};
+        for (const auto& [bytes, text] : rows) QCOMPARE(decodeScriptBytes(bytes), text);
+    }
+
+    void pathRules() {
+        // The path, whether it is valid, and what is left of it.
+        const std::tuple<const char*, bool, const char*> rows[] = {
+            {"/home/a/s.tk", true, "/home/a/s.tk"}, {"", false, ""},  {" ", false, " "}, {".", false, "."},
+            {"s.tk", false, "s.tk"}, {"/a/\tb\r\n.tk", true, "/a/b.tk"}, {"\r\n", false, ""},
+            {"/2024/a:b*?.tk", true, "/2024/a:b*?.tk"}};
+        for (const auto& [path, valid, cleaned] : rows) {
+            std::string text = path;
+            QCOMPARE(isValidPath(text), valid);
+            QCOMPARE(QString::fromStdString(text), cleaned);
+        }
+    }
+
+    // Find's steps on a text; the dialog takes the selection, Find Next walks
+    // the hits and reports the end, and a later dialog starts behind the
+    // caret. Replace All: every occurrence, exact in case, as one step that
+    // Undo takes back. Delete: one character, or the selection.
+    void findReplaceAndDelete() {
+        struct {
+            const char* text;
+            int caret;
+            bool down, matchCase;  // matchCase searches "ab", else "AB"
+            bool fresh;
+            int findFrom, hit;  // hit -1: not found
+        } const searches[] = {{"ab ab ab", 0, true, false, true, 0, 0},  {"ab ab ab", 0, true, false, false, 0, 3},
+                              {"ab ab ab", 1, true, false, false, 0, 3}, {"ab ab ab", 7, true, false, false, 0, -1},
+                              {"xx AB", 0, true, false, true, 0, 3},     {"xx AB ab", 0, true, true, true, 0, 6},
+                              {"ab ab", 0, false, false, true, 0, -1},   {"ab ab ab", 8, false, false, true, 0, 6},
+                              {"ab ab ab", 3, false, false, false, 3, 0}};
+        for (const auto& row : searches) {
+            FindState state{row.matchCase ? "ab" : "AB", row.matchCase, row.down, row.findFrom, row.fresh};
+            const auto found = findOnce(row.text, row.caret, state);
+            QCOMPARE(found ? found->start : -1, row.hit);
+            QCOMPARE(state.findFrom, found ? found->start : row.caret);
+            QVERIFY(!state.fresh);
+        }
+
+        AppFixture f;
+        AdvancedWindow& window = f.app->advancedWindow();
+        window.setText("Pause(1);\nPause(2);\nPause(3);");
+        window.findNext();  // nothing searched yet: nothing happens
+        QVERIFY(f.dialogs.told.empty());
+        select(window, 0, 5);
+        FindDialog find(window);
+        QCOMPARE(find.findEdit->text(), "Pause");
+        find.findEdit->setText("pause");
+        select(window, 0, 0);
+        find.search();
+        QCOMPARE(selectionOf(window), (Selection{0, 5}));
+        for (int start : {10, 20, 20}) {
+            window.findNext();
+            QCOMPARE(selectionOf(window), (Selection{start, 5}));
+        }
+        QCOMPARE(f.dialogs.told, QStringList{": Cannot find \"pause\""});
+        select(window, 0, 0);
+        FindDialog again(window);
+        again.findEdit->setText("pause");
+        again.search();
+        QCOMPARE(selectionOf(window), (Selection{10, 5}));
+
+        const std::tuple<QString, QString, QString, QString> replacements[] = {
+            {"Pause(1);Pause(2);", "Pause", "PauseS", "PauseS(1);PauseS(2);"},
+            {"pause Pause", "Pause", "x", "pause x"}, {"abc", "", "x", "abc"}, {"a;b;", ";", "", "ab"}};
+        for (const auto& [text, sought, replacement, result] : replacements) {
+            window.setText(text);
+            ReplaceDialog dialog(window);
+            dialog.findEdit->setText(sought);
+            dialog.replacementEdit->setText(replacement);
+            dialog.replaceAll();
+            QCOMPARE(window.text(), result);
+            QCOMPARE(window.changed(), result != text);
+            window.editor->undo();
+            QCOMPARE(window.text(), text);
+        }
+        window.setText("ab\ncd");
+        const std::tuple<int, int, const char*> steps[] = {{2, 0, "abcd"}, {1, 2, "ad"}, {2, 0, "ad"}};
+        for (const auto& [start, length, result] : steps) {
+            select(window, start, length);
+            window.deleteText();
+            QCOMPARE(window.text(), result);
+        }
+    }
+
+    // Colours as the loader reads the text; the checker's findings (every
+    // kind: tests/scripts/check/findings.tk) underlined with their message as
+    // a tooltip, listed by F7, and a click in the list goes there; Ctrl+G
+    // goes to a line.
+    void editorShowsTheLanguage() {
+        AppFixture f;
+        AdvancedWindow& window = f.app->advancedWindow();
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        const QString text = "Function(Main);\n"
+                             "  LeftClik(); MoveMouse(-640, x1);\n"
+                             "SendKeys(\"a#b#c\", 0x4G);#a\n"
+                             "comment#Pause(1)\n"
+                             "Pause(2);\n"
+                             "LeftClick(1,2,3,4,5,6,7,8,9);\n"
+                             "EndFunction();\n"
+                             "Function(Main);EndFunction();RightClick;\n"
+                             "# never closed";
+        window.setText(text);
+        const struct {
+            int line, column;
+            Token token;
+        } rows[] = {{1, 0, Token::Command},        {1, 8, Token::Plain},         {2, 2, Token::UnknownCommand},
+                    {2, 10, Token::Plain},         {2, 14, Token::Command},      {2, 24, Token::Number},
+                    {2, 27, Token::Number},        {2, 31, Token::Plain},        {3, 9, Token::Quoted},
+                    {3, 11, Token::Comment},       {3, 13, Token::Comment},      {3, 14, Token::Quoted},
+                    {3, 18, Token::Hex},           {3, 21, Token::Hex},          {3, 25, Token::Comment},
+                    {4, 0, Token::Comment},        {4, 7, Token::Comment},       {4, 8, Token::Command},
+                    {4, 14, Token::Number},        {5, 0, Token::Plain},         {6, 0, Token::Command}};
+        for (const auto& row : rows)
+            QVERIFY2(tokenAt(window, row.line, row.column) == row.token,
+                     qPrintable(QString("line %1 column %2").arg(row.line).arg(row.column)));
+
+        QTest::keyClick(window.windowHandle(), Qt::Key_F7);
+        QVERIFY(window.checkDock->isVisible());
+        // Where each finding is underlined, and what the list says of it.
+        const struct {
+            int line, column;
+            const char* listed;
+        } findings[] = {{2, 2, "2:3: unknown command `leftclik`, did you mean `leftclick`?"},
+                        {2, 30, "2:31: parameter 2 of `movemouse`: `x1` is no number, and no variable of that name "
+                                "is ever written"},
+                        {3, 18, "3:19: `sendkeys` reads 1 parameter, this statement has 2"},
+                        {3, 18, "3:19: `0x4g` starts with `0x` but is no even run of hex digits"},
+                        {6, 26, "6:27: 9 parameters: a statement keeps at most 8, so all are dropped"},
+                        {8, 9, "8:10: function `main` is defined twice; `call` enters the first, on line 1"},
+                        {8, 39, "8:40: `;` dropped: no `(` and `)` since the last statement, so the text runs on"},
+                        {9, 0, "9:1: comment never closed: the rest of the file is ignored"}};
+        QCOMPARE(window.checkList->count(), std::size(findings));
+        for (size_t i = 0; i < std::size(findings); ++i) {
+            const auto& [line, column, listed] = findings[i];
+            QCOMPARE(window.checkList->item(i)->text(), listed);
+            QVERIFY(underlinedAt(window, line, column) && !underlinedAt(window, line, column - 1));
+            const QPoint point = pointAt(window, line, column);
+            QHelpEvent help(QEvent::ToolTip, point, window.editor->viewport()->mapToGlobal(point));
+            QApplication::sendEvent(window.editor->viewport(), &help);
+            QVERIFY(QToolTip::text().split('\n').contains(QString(listed).section(": ", 1)));
+            emit window.checkList->itemActivated(window.checkList->item(i));
+            const QTextCursor caret = window.editor->textCursor();
+            QCOMPARE(caret.blockNumber() + 1, line);
+            QCOMPARE(caret.positionInBlock(), column);
+        }
+        QVERIFY(!underlinedAt(window, 1, 0));
+        // An edit of the line hides its marks until the next check, which
+        // comes once typing pauses.
+        emit window.checkList->itemActivated(window.checkList->item(0));
+        QTest::keyClick(window.editor, Qt::Key_Space);
+        QVERIFY(!underlinedAt(window, findings[0].line, findings[0].column + 1));
+        QTRY_VERIFY(underlinedAt(window, findings[0].line, findings[0].column + 1));
+
+        // A "#" typed at the top of a long script: the lines in view change at
+        // once, the others while the program waits for input.
+        window.setText(QString("Pause(1);\n").repeated(3 * ScriptHighlighter::kLinesAtOnce));
+        window.checkScript();
+        while (window.editor->highlighter->pending()) QCoreApplication::processEvents();
+        window.editor->goTo(1);
+        QTest::keyClick(window.editor, Qt::Key_NumberSign);
+        QCOMPARE(tokenAt(window, 100, 0), Token::Comment);
+        QVERIFY(window.editor->highlighter->pending());
+        while (window.editor->highlighter->pending()) QCoreApplication::processEvents();
+        QCOMPARE(tokenAt(window, window.editor->blockCount() - 1, 0), Token::Comment);
+        // A line too long to colour still opens its comment.
+        window.setText("Pause(1);" + QString(ScriptHighlighter::kColouredLineLimit, ' ') + "#\nPause(1);#\nPause(1);");
+        QCOMPARE(tokenAt(window, 1, 0), Token::Plain);
+        QCOMPARE(tokenAt(window, 2, 0), Token::Comment);
+        QCOMPARE(tokenAt(window, 3, 0), Token::Command);
+        window.editText(text);
+
+        f.dialogs.numbers = {4, 99};
+        for (const int line : {4, 9}) {  // 99 goes to the last line
+            QTest::keyClick(window.windowHandle(), Qt::Key_G, Qt::ControlModifier);
+            QCOMPARE(window.editor->textCursor().blockNumber() + 1, line);
+        }
+        QTest::keyClick(window.windowHandle(), Qt::Key_G, Qt::ControlModifier);  // Cancel
+        QCOMPARE(window.editor->textCursor().blockNumber() + 1, 9);
     }
 };
 
