@@ -432,6 +432,7 @@ TEST_F(ScreenTest, FindModesDecideWhichMatchIsNoted) {
         // candidate passing the filter fails its walk.
         {"IsImageInArea(r, 0, 1, 0, 0, 6, 2);", "True", {5, 1}},
         {"RandomFindMode(); IsImageInArea(r, 0, 1, 0, 0, 7, 3);", "True", {5, 1}},
+        {"RandomFindMode(); LocateImage(r, 0, 1, 0, 0, 7, 3, 0);", "True", {4, 0}},  // the last in its row
         {"IsImageInArea(r, 0, 1, 3, 0, 0, 3);", "False", {-1, -1}},  // x2 < x1
         {"IsImageInArea(r, 0, 1, 2, 0, 4, 3);", "False", {-1, -1}},
     });
