@@ -58,19 +58,23 @@ protected:
     }
     // Runs the statements as the body of Main.
     void runBody(const std::string& body) { run("Function(Main);\n" + body + "\nEndFunction();"); }
-    // A test answering in r, and the position it notes (-1, -1 when none), from the first find mode.
+    // A test answering in r, the position it notes (-1, -1 when none) and
+    // what it did on the platform, from the first find mode.
     struct Answer {
         const char* statement;
         const char* answer;
         std::pair<int, int> last;
+        std::vector<std::string> transcript = {};
     };
     void checkAnswers(std::initializer_list<Answer> cases) {
         for (const Answer& c : cases) {
             session.lastX = session.lastY = -1;
             session.firstFind = true;
+            fake.transcript.clear();
             runBody(c.statement);
             EXPECT_EQ(valueOf("r"), c.answer) << c.statement;
             EXPECT_EQ(last(), c.last) << c.statement;
+            EXPECT_EQ(fake.transcript, c.transcript) << c.statement;
         }
     }
     const platform::PixelGrid* slot(int index) const { return session.imageTable.image(index); }
@@ -234,6 +238,7 @@ protected:
         grid.at(7, 2) = 0;
         putImage(0, grid);
         runBody("CreateColorRange(colorrange4, 199, 49, 99, 201, 51, 101);");
+        screen.setSize({10, 8});
     }
 };
 
@@ -245,35 +250,22 @@ TEST_F(SearchTest, CreateColorRangeWithABadPartStoresNothing) {
 }
 
 TEST_F(SearchTest, MoveMouseGoesToTheFirstFindInReadingOrder) {
-    const struct {
-        const char* statement;
-        std::vector<std::string> transcript;
-        std::pair<int, int> last;
-    } cases[] = {
-        {"MoveMouseToColorRange(imagesave0, colorrange4);", {"SetCursorPos 6 2"}, {6, 2}},
-        {"MoveMouseToColorRangeEx(0, colorrange4, 0, 3, 9, 7);", {"SetCursorPos 3 5"}, {3, 5}},
-        {"MoveMouseToColorRangeEx(0, colorrange4, 6, 2, 6, 2);", {"SetCursorPos 6 2"}, {6, 2}},
-        {"MoveMouseToColorRangeEx(0, colorrange4, 7, 0, 2, 7);", {}, {0, 0}},        // x2 < x1
-        {"MoveMouseToColorRangeEx(0, colorrange4, -5, -5, 100, 100);", {"SetCursorPos 6 2"}, {6, 2}},
-        {"MoveMouseToColorRangeEx(0, colorrange4, 0, 0, 9, x);", {}, {0, 0}},        // no number
-        {"MoveMouseToColorRange(imagesave1, colorrange4);", {}, {0, 0}},             // empty slot
-        {"MoveMouseToColorRange(nothing, colorrange4);", {}, {0, 0}},
+    checkAnswers({  // the searches answer nothing: r reads as its own name
+        {"MoveMouseToColorRange(imagesave0, colorrange4);", "r", {6, 2}, {"SetCursorPos 6 2"}},
+        {"MoveMouseToColorRangeEx(0, colorrange4, 0, 3, 9, 7);", "r", {3, 5}, {"SetCursorPos 3 5"}},
+        {"MoveMouseToColorRangeEx(0, colorrange4, 6, 2, 6, 2);", "r", {6, 2}, {"SetCursorPos 6 2"}},
+        {"MoveMouseToColorRangeEx(0, colorrange4, 7, 0, 2, 7);", "r", {-1, -1}},  // x2 < x1
+        {"MoveMouseToColorRangeEx(0, colorrange4, -5, -5, 100, 100);", "r", {6, 2}, {"SetCursorPos 6 2"}},
+        {"MoveMouseToColorRangeEx(0, colorrange4, 0, 0, 9, x);", "r", {-1, -1}},  // no number
+        {"MoveMouseToColorRange(imagesave1, colorrange4);", "r", {-1, -1}},  // empty slot
+        {"MoveMouseToColorRange(nothing, colorrange4);", "r", {-1, -1}},
         // A range name that cannot be read is range 0, which holds black only.
-        {"MoveMouseToColorRange(0, colorrange);", {"SetCursorPos 7 2"}, {7, 2}},
+        {"MoveMouseToColorRange(0, colorrange);", "r", {7, 2}, {"SetCursorPos 7 2"}},
         // The centre of a 10 x 8 screen is (5, 4).
-        {"MoveMouseToColorRangeFromCenterScreen(0, colorrange4, -2, 1, 4, 3);", {"SetCursorPos 3 5"}, {3, 5}},
-        {"MoveMouseToColorRangeFromCenterScreen(0, colorrange4, 0, 0, 4, 3);", {}, {0, 0}},
-        // The find mode is for the tests only; it stays set, so this row comes last.
-        {"RandomFindMode(); MoveMouseToColorRange(0, colorrange4);", {"SetCursorPos 6 2"}, {6, 2}},
-    };
-    for (const auto& c : cases) {
-        session.lastX = session.lastY = 0;
-        screen.setSize({10, 8});
-        fake.transcript.clear();
-        runBody(c.statement);
-        EXPECT_EQ(fake.transcript, c.transcript) << c.statement;
-        EXPECT_EQ(last(), c.last) << c.statement;
-    }
+        {"MoveMouseToColorRangeFromCenterScreen(0, colorrange4, -2, 1, 4, 3);", "r", {3, 5}, {"SetCursorPos 3 5"}},
+        {"MoveMouseToColorRangeFromCenterScreen(0, colorrange4, 0, 0, 4, 3);", "r", {-1, -1}},
+        {"RandomFindMode(); MoveMouseToColorRange(0, colorrange4);", "r", {6, 2}, {"SetCursorPos 6 2"}},
+    });
 }
 
 // Saturation: the mean brightness, here of grey (50), orange (45.57) and black.
