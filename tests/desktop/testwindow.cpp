@@ -14,7 +14,7 @@
 // group), read when the event is handled.
 //
 // usage: tarvoke-testwindow [--class C] [--title T] [--child-class C]
-//                           [--geometry WxH+X+Y] [--log FILE] [--pid no]
+//                           [--geometry WxH+X+Y] [--log FILE] [--pid no] [--focus late]
 
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
@@ -36,6 +36,9 @@ struct Options {
     int x = 100, y = 100, width = 600, height = 400;
     const char* log = nullptr;
     bool publishPid = true;  // "--pid no" leaves _NET_WM_PID out, as plain Xt programs do
+    // "--focus late": the window manager never focuses the window, which takes
+    // the focus itself a moment after a click, as some managers give it.
+    bool lateFocus = false;
 };
 
 Options parseOptions(int argc, char** argv) {
@@ -48,6 +51,7 @@ Options parseOptions(int argc, char** argv) {
         if (text) *text = value;
         else if (name == "--log") o.log = value;
         else if (name == "--pid") o.publishPid = std::strcmp(value, "no") != 0;
+        else if (name == "--focus") o.lateFocus = std::strcmp(value, "late") == 0;
         else if (name == "--geometry") std::sscanf(value, "%dx%d+%d+%d", &o.width, &o.height, &o.x, &o.y);
         else {
             std::fprintf(stderr, "tarvoke-testwindow: unknown option %s\n", name.c_str());
@@ -123,7 +127,7 @@ void askForPosition(Display* display, Window window, const Options& options) {
     XFree(hints);
     XWMHints wmHints{};
     wmHints.flags = InputHint;
-    wmHints.input = True;
+    wmHints.input = !options.lateFocus;
     XSetWMHints(display, window, &wmHints);
 }
 
@@ -187,6 +191,10 @@ int main(int argc, char** argv) {
         } else if (event.type == FocusIn && event.xfocus.window == top && !ready) {
             ready = true;
             reportReady(display, top, child, options, out);
+        } else if (event.type == ButtonPress && options.lateFocus) {
+            log(event, top, child, out);
+            usleep(50000);
+            XSetInputFocus(display, top, RevertToParent, CurrentTime);
         } else if (event.type == ClientMessage && static_cast<Atom>(event.xclient.data.l[0]) == deleteWindow) {
             break;
         } else {
