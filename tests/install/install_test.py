@@ -207,14 +207,9 @@ class Headless:
 
     def processes(self):
         """(pid, name) of the player's children (Xvfb, the window manager, the guard) and of the test window."""
-        found = []
-        for entry in filter(str.isdigit, os.listdir("/proc")):
-            with contextlib.suppress(OSError), open("/proc/%s/stat" % entry) as stat, \
-                    open("/proc/%s/cmdline" % entry) as cmdline:
-                parent, command = int(stat.read().rsplit(")", 1)[1].split()[1]), cmdline.read().split("\0")
-                if parent == self.process.pid or self.log in command:
-                    found.append((int(entry), os.path.basename(command[0])))
-        return found
+        listed = run("pgrep", "-a", "-P", str(self.process.pid)).stdout + run("pgrep", "-a", "-f", self.log).stdout
+        found = {int(line.split()[0]): os.path.basename((line.split() + [""])[1]) for line in listed.splitlines()}
+        return list(found.items())
 
     def close(self):
         if self.process.poll() is None:
