@@ -1,7 +1,8 @@
 """tarvoke-play on the desktop: scripts act on the test window through the X
 server in the script's order, and a run stops on Ctrl+0, SIGINT and SIGTERM
-with no key left down. A compiled program plays alone in a folder of its own
-and reads the pictures beside it."""
+with no key left down; the next run lets go of what a killed one left. A
+compiled program plays alone in a folder of its own and reads the pictures
+beside it."""
 
 import os
 import shutil
@@ -116,7 +117,7 @@ class ActingOnTheDesktop(unittest.TestCase):
             ("plain click, numbers", [], click + "KeyDown(81);\nKeyUp(81);\nKeyDown(84);\nKeyUp(84);",
              ["0x71", "0x74"]),
             ("Ex click, numbers", [], ex_click + "KeyDown(81);\nKeyUp(81);", ["0x71"]),
-            # Focused by itself, a moment after the click reached it.
+            # A window the window manager never focuses: it takes the focus itself after the click.
             ("plain click, late focus", ["--focus", "late"], click + text, qtkexz),
         ]
         for name, late, body, expected in rows:
@@ -254,7 +255,8 @@ def euro_bound():
 
 class KilledRun(unittest.TestCase):
     def test_the_next_start_lets_go_of_what_a_killed_run_left_on_the_server(self):
-        # Keys and buttons down, and the spare keycode SendKeys bound for the Euro sign.
+        # A killed run leaves its keys and buttons down and the spare keycode
+        # SendKeys bound for the Euro sign on the server.
         with TestWindow() as window:
             xdotool("mousemove", *window.point("top", 10, 10))
             self.assertFalse(euro_bound())
