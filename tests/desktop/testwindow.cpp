@@ -20,6 +20,7 @@
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -63,8 +64,11 @@ Options parseOptions(int argc, char** argv) {
 
 void setNames(Display* display, Window window, const std::string& windowClass, const std::string& title) {
     XClassHint hint;
-    std::string name = windowClass;
-    hint.res_name = name.data();
+    // The instance name in lower case, as programs have it, so that it is
+    // never taken for the class.
+    std::string name = windowClass, instance;
+    for (char c : windowClass) instance += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    hint.res_name = instance.data();
     hint.res_class = name.data();
     XSetClassHint(display, window, &hint);
     XStoreName(display, window, title.c_str());
