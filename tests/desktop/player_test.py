@@ -1,17 +1,17 @@
 """tarvoke-play on the desktop: scripts act on the test window through the X
 server in the script's order, and a run stops on Ctrl+0, SIGINT and SIGTERM
-with no key left down. A compiled program plays alone in a folder of its own
-and reads the pictures beside it."""
+with no key left down; the next run lets go of what a killed one left. A
+compiled program plays alone in a folder of its own and reads the pictures
+beside it."""
 
 import os
+import shutil
 import signal
-import struct
 import subprocess
 import sys
 import tempfile
 import time
 import unittest
-import zlib
 
 from testwindow import (INPUT, PLAY, Script, TestWindow, answer, pointer, resident_mb, wait_until,
                         window_named, windows_named, xdotool)
@@ -109,16 +109,20 @@ class ActingOnTheDesktop(unittest.TestCase):
         # The window manager holds a click on an unfocused window back until
         # it has focused it, while keys would pass: the keys still land behind it.
         qtkexz = ["0x71", "0x74", "0x6b", "0x65", "0x78", "0x7a", "0x31", "0x77", "0xff0d"]
+        click, ex_click = "MoveMouse({x}, {y});\nLeftClick();\n", "LeftDownEx({x}, {y});\nLeftUpEx({x}, {y});\n"
+        text = 'SendKeys("qtkexz1w~");'
         rows = [
-            ("plain click, text", "MoveMouse({x}, {y});\nLeftClick();\nSendKeys(\"qtkexz1w~\");", qtkexz),
-            ("Ex click, text", "LeftDownEx({x}, {y});\nLeftUpEx({x}, {y});\nSendKeys(\"qtkexz1w~\");", qtkexz),
-            ("plain click, numbers", "MoveMouse({x}, {y});\nLeftClick();\nKeyDown(81);\nKeyUp(81);\nKeyDown(84);\n"
-             "KeyUp(84);", ["0x71", "0x74"]),
-            ("Ex click, numbers", "LeftDownEx({x}, {y});\nLeftUpEx({x}, {y});\nKeyDown(81);\nKeyUp(81);", ["0x71"]),
+            ("plain click, text", [], click + text, qtkexz),
+            ("Ex click, text", [], ex_click + text, qtkexz),
+            ("plain click, numbers", [], click + "KeyDown(81);\nKeyUp(81);\nKeyDown(84);\nKeyUp(84);",
+             ["0x71", "0x74"]),
+            ("Ex click, numbers", [], ex_click + "KeyDown(81);\nKeyUp(81);", ["0x71"]),
+            # A window the window manager never focuses: it takes the focus itself after the click.
+            ("plain click, late focus", ["--focus", "late"], click + text, qtkexz),
         ]
-        for name, body, expected in rows:
+        for name, late, body, expected in rows:
             # The right window, shown last, has the focus.
-            with self.subTest(name), TestWindow("--class", "Left", "--geometry", "500x300+20+40") as left, \
+            with self.subTest(name), TestWindow("--class", "Left", "--geometry", "500x300+20+40", *late) as left, \
                     TestWindow("--class", "Right", "--geometry", "500x300+700+40") as right:
                 x, y = left.point("top", 30, 30)
                 Script(body.format(x=x, y=y)).run()
@@ -237,13 +241,40 @@ class StoppingARun(unittest.TestCase):
                 self.assertEqual(len(window.wait_for(clicks, "ButtonPress", "ButtonRelease")), clicks)
 
 
-def png(red_at):
-    """A PNG of 20x10 pixels, black but for one pure red pixel."""
-    rows = [[(255, 0, 0) if (x, y) == red_at else (0, 0, 0) for x in range(20)] for y in range(10)]
-    raw = b"".join(b"\0" + bytes(c for pixel in row for c in pixel) for row in rows)
-    chunk = lambda kind, data: struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
-    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", len(rows[0]), len(rows), 8, 2, 0, 0, 0))
-            + chunk(b"IDAT", zlib.compress(raw)) + chunk(b"IEND", b""))
+def spare_keycodes():
+    """The entries (owner window, keycode, keysym) that runs published on the root window."""
+    found = subprocess.run(["xprop", "-root", "_TARVOKE_SPARE_KEYCODES"], capture_output=True, text=True).stdout
+    return [int(n) for n in found.partition("=")[2].split(",") if n.strip()]
+
+
+def euro_bound():
+    """Whether a key of the map carries the Euro sign's Unicode keysym."""
+    return "U20AC" in subprocess.run(["xkbcomp", "-xkb", os.environ["DISPLAY"], "-"], capture_output=True,
+                                     text=True).stdout
+
+
+class KilledRun(unittest.TestCase):
+    def test_the_next_start_lets_go_of_what_a_killed_run_left_on_the_server(self):
+        # A killed run leaves its keys and buttons down and the spare keycode
+        # SendKeys bound for the Euro sign on the server.
+        with TestWindow() as window:
+            xdotool("mousemove", *window.point("top", 10, 10))
+            self.assertFalse(euro_bound())
+            process = Script('KeyDown(160);\nLeftDown();\nSendKeys("\u20ac");\nPause(60000);').start()
+            self.assertTrue(window.typed(1), "the run did not type")
+            self.assertTrue(euro_bound())
+            owner = spare_keycodes()[0]
+            process.kill()
+            process.communicate()
+            # The server destroys the run's windows, its mark in the list among them, once it has seen it go.
+            self.assertTrue(wait_until(lambda: subprocess.run(["xprop", "-id", str(owner)],
+                                                              capture_output=True).returncode), "the mark stayed")
+            before = len(window.events(*INPUT))
+            Script("").run()
+            self.assertEqual(sorted(logged(window.wait_for(before + 2, *INPUT)[before:])),
+                             ["ButtonRelease top 0 10 10 1 0x101", "KeyRelease top 0 10 10 0xffe1 0x1"])
+            self.assertFalse(euro_bound(), "the spare keycode stayed bound")
+            self.assertEqual(spare_keycodes(), [])
 
 
 class CompiledProgram(unittest.TestCase):
@@ -264,14 +295,15 @@ class CompiledProgram(unittest.TestCase):
                                 env={k: v for k, v in os.environ.items() if k != "LD_LIBRARY_PATH"})
 
     def test_alone_in_a_folder_it_plays_reads_pictures_and_shows_boxes(self):
-        with open(os.path.join(self.folder, "pic.png"), "wb") as out:
-            out.write(png((7, 3)))
-        process = self.start("MoveMouse(300, 300);\nCreateColorRange(colorrange1, 250, 0, 0, 255, 5, 5);\n"
+        # Grey but for two pixels of red 200, green 100, blue 50 (a range takes red, blue, green), the first at (2, 1).
+        shutil.copy(os.path.join(os.path.dirname(__file__), "..", "scripts", "screen", "screen.png"),
+                    os.path.join(self.folder, "pic.png"))
+        process = self.start("MoveMouse(300, 300);\nCreateColorRange(colorrange1, 195, 45, 95, 205, 55, 105);\n"
                              "LoadImage(imagesave1, pic.png);\nMoveMouseToColorRange(imagesave1, colorrange1);\n"
                              'Message("PNG Loaded", information, "Compiled Box");\nMoveMouse(12, 5);')
         # The quoted title keeps its capitals and blank.
         window_named("Compiled Box")
-        self.assertEqual(pointer(), (7, 3), "the PNG was not read")
+        self.assertEqual(pointer(), (2, 1), "the PNG was not read")
         answer("Compiled Box")
         _, errors = process.communicate(timeout=10)
         self.assertEqual(process.returncode, 0, errors)

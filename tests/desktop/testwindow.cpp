@@ -14,12 +14,13 @@
 // group), read when the event is handled.
 //
 // usage: tarvoke-testwindow [--class C] [--title T] [--child-class C]
-//                           [--geometry WxH+X+Y] [--log FILE] [--pid no]
+//                           [--geometry WxH+X+Y] [--log FILE] [--pid no] [--focus late]
 
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -36,6 +37,9 @@ struct Options {
     int x = 100, y = 100, width = 600, height = 400;
     const char* log = nullptr;
     bool publishPid = true;  // "--pid no" leaves _NET_WM_PID out, as plain Xt programs do
+    // "--focus late": the window manager never focuses the window, which takes
+    // the focus itself a moment after a click, as some managers give it.
+    bool lateFocus = false;
 };
 
 Options parseOptions(int argc, char** argv) {
@@ -48,6 +52,7 @@ Options parseOptions(int argc, char** argv) {
         if (text) *text = value;
         else if (name == "--log") o.log = value;
         else if (name == "--pid") o.publishPid = std::strcmp(value, "no") != 0;
+        else if (name == "--focus") o.lateFocus = std::strcmp(value, "late") == 0;
         else if (name == "--geometry") std::sscanf(value, "%dx%d+%d+%d", &o.width, &o.height, &o.x, &o.y);
         else {
             std::fprintf(stderr, "tarvoke-testwindow: unknown option %s\n", name.c_str());
@@ -59,8 +64,11 @@ Options parseOptions(int argc, char** argv) {
 
 void setNames(Display* display, Window window, const std::string& windowClass, const std::string& title) {
     XClassHint hint;
-    std::string name = windowClass;
-    hint.res_name = name.data();
+    // The instance name in lower case, as programs have it, so that it is
+    // never taken for the class.
+    std::string name = windowClass, instance;
+    for (char c : windowClass) instance += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    hint.res_name = instance.data();
     hint.res_class = name.data();
     XSetClassHint(display, window, &hint);
     XStoreName(display, window, title.c_str());
@@ -123,7 +131,7 @@ void askForPosition(Display* display, Window window, const Options& options) {
     XFree(hints);
     XWMHints wmHints{};
     wmHints.flags = InputHint;
-    wmHints.input = True;
+    wmHints.input = !options.lateFocus;
     XSetWMHints(display, window, &wmHints);
 }
 
@@ -187,6 +195,10 @@ int main(int argc, char** argv) {
         } else if (event.type == FocusIn && event.xfocus.window == top && !ready) {
             ready = true;
             reportReady(display, top, child, options, out);
+        } else if (event.type == ButtonPress && options.lateFocus) {
+            log(event, top, child, out);
+            usleep(50000);
+            XSetInputFocus(display, top, RevertToParent, CurrentTime);
         } else if (event.type == ClientMessage && static_cast<Atom>(event.xclient.data.l[0]) == deleteWindow) {
             break;
         } else {

@@ -19,15 +19,8 @@
 
 namespace tarvoke::desktoptest {
 
-// One log line: its type and its key=value fields.
-struct Event {
-    std::string type;
-    std::map<std::string, std::string> fields;
-    std::string operator[](const std::string& key) const {
-        auto it = fields.find(key);
-        return it == fields.end() ? std::string() : it->second;
-    }
-};
+// One log line: its key=value fields, and its first word as "type".
+using Event = std::map<std::string, std::string>;
 
 class TestWindow {
 public:
@@ -54,32 +47,30 @@ public:
         std::filesystem::remove(m_log);
     }
 
-    unsigned long top() const { return std::stoul(m_ready["top"], nullptr, 16); }
-    unsigned long child() const { return std::stoul(m_ready["child"], nullptr, 16); }
+    unsigned long top() const { return std::stoul(m_ready.at("top"), nullptr, 16); }
+    unsigned long child() const { return std::stoul(m_ready.at("child"), nullptr, 16); }
     // Root position of a point inside the top-level window or the child.
-    int rootX(bool child, int x) const { return std::stoi(m_ready[child ? "childx" : "x"]) + x; }
-    int rootY(bool child, int y) const { return std::stoi(m_ready[child ? "childy" : "y"]) + y; }
+    int rootX(bool child, int x) const { return std::stoi(m_ready.at(child ? "childx" : "x")) + x; }
+    int rootY(bool child, int y) const { return std::stoi(m_ready.at(child ? "childy" : "y")) + y; }
 
-    // The logged lines of the given types ("ready" is the first line's).
-    std::vector<Event> events(const std::vector<std::string>& types) const {
-        std::vector<Event> result;
-        std::ifstream in(m_log);
-        for (std::string line; std::getline(in, line);) {
-            std::istringstream words(line);
-            Event event;
-            words >> event.type;
-            for (std::string word; words >> word;)
-                if (const size_t equals = word.find('='); equals != std::string::npos)
-                    event.fields[word.substr(0, equals)] = word.substr(equals + 1);
-            if (std::find(types.begin(), types.end(), event.type) != types.end()) result.push_back(event);
-        }
-        return result;
-    }
-    // Waits up to five seconds for count events of the types.
+    // The logged lines of the types ("ready" is the first line's), once there
+    // are count of them or after five seconds.
     std::vector<Event> waitFor(size_t count, const std::vector<std::string>& types) const {
         std::vector<Event> found;
-        for (int i = 0; i < 500 && (found = events(types)).size() < count; ++i)
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        for (int i = 0; i < 500; ++i, std::this_thread::sleep_for(std::chrono::milliseconds(10))) {
+            found.clear();
+            std::ifstream in(m_log);
+            for (std::string line; std::getline(in, line);) {
+                std::istringstream words(line);
+                Event event;
+                words >> event["type"];
+                for (std::string word; words >> word;)
+                    if (const size_t equals = word.find('='); equals != std::string::npos)
+                        event[word.substr(0, equals)] = word.substr(equals + 1);
+                if (std::find(types.begin(), types.end(), event["type"]) != types.end()) found.push_back(event);
+            }
+            if (found.size() >= count) break;
+        }
         return found;
     }
 

@@ -17,7 +17,7 @@ import unittest
 import zlib
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "desktop"))
-from testwindow import log_lines, wait_until  # noqa: E402
+from testwindow import log_lines, wait_until, write_script  # noqa: E402
 
 BUILD = SOURCE = VERSION = None
 PROGRAM_FOLDER = ["Compiler.dll", "readme.txt", "tarvoke", "tarvoke-message", "tarvoke-pictures.so", "tarvoke-play"]
@@ -159,8 +159,7 @@ class ContainerTest(unittest.TestCase):
             out = podman("build", "--network=host", "-t", tag, context, timeout=900)
             self.assertEqual(out.returncode, 0, out.stdout[-3000:] + out.stderr[-3000:])
             try:
-                with open(os.path.join(context, "move.tk"), "w") as f:
-                    f.write("Function(Main);\nMoveMouse(10, 20);\nEndFunction();\n")
+                write_script(os.path.join(context, "move.tk"), "MoveMouse(10, 20);")
                 out = podman("run", "--rm", "--network=none", "-v", context + ":/work", tag,
                              "--wm", "openbox", "--screenshot", "end.png", "move.tk")
                 self.assertEqual(out.returncode, 0, out.stderr)
@@ -174,7 +173,7 @@ class ContainerTest(unittest.TestCase):
 # the pointer into the child, and waits to be stopped: the test stops it once
 # the window has logged the move (a window whose screen ends under it may
 # not have logged what it got).
-HEADLESS_SCRIPT = """Function(Main);
+HEADLESS_SCRIPT = """\
   StartEx("{window}", "--geometry 400x300+100+100 --log {log}", normal);
   CreateColorRange(colorrange1, 250, 250, 250, 255, 255, 255);
   Int(missing, 1);
@@ -184,9 +183,7 @@ HEADLESS_SCRIPT = """Function(Main);
     IsPixel(missing, imagesave1, 120, 120, colorrange1);
   EndWhile();
   MoveMouse(300, 200);
-  PauseS(600);
-EndFunction();
-"""
+  PauseS(600);"""
 
 
 class Headless:
@@ -195,8 +192,7 @@ class Headless:
     def __init__(self, extra=()):
         self.dir = tempfile.TemporaryDirectory(prefix="tarvoke-headless-")
         self.log, self.shot, script = (os.path.join(self.dir.name, n) for n in ("window.log", "end.png", "script.tk"))
-        with open(script, "w") as f:
-            f.write(HEADLESS_SCRIPT.format(window=os.path.join(BUILD, "bin/tarvoke-testwindow"), log=self.log))
+        write_script(script, HEADLESS_SCRIPT.format(window=os.path.join(BUILD, "bin/tarvoke-testwindow"), log=self.log))
         self.process = subprocess.Popen([os.path.join(BUILD, "bin/tarvoke-play"), "--headless=640x480", "--screenshot",
                                          self.shot, *extra, script], stderr=subprocess.PIPE, text=True)
 
@@ -207,14 +203,9 @@ class Headless:
 
     def processes(self):
         """(pid, name) of the player's children (Xvfb, the window manager, the guard) and of the test window."""
-        found = []
-        for entry in filter(str.isdigit, os.listdir("/proc")):
-            with contextlib.suppress(OSError), open("/proc/%s/stat" % entry) as stat, \
-                    open("/proc/%s/cmdline" % entry) as cmdline:
-                parent, command = int(stat.read().rsplit(")", 1)[1].split()[1]), cmdline.read().split("\0")
-                if parent == self.process.pid or self.log in command:
-                    found.append((int(entry), os.path.basename(command[0])))
-        return found
+        listed = run("pgrep", "-a", "-P", str(self.process.pid)).stdout + run("pgrep", "-a", "-f", self.log).stdout
+        found = {int(line.split()[0]): os.path.basename((line.split() + [""])[1]) for line in listed.splitlines()}
+        return list(found.items())
 
     def close(self):
         if self.process.poll() is None:
@@ -271,8 +262,7 @@ class HeadlessTest(unittest.TestCase):
         with tempfile.TemporaryDirectory() as empty:
             play, script, shot = (os.path.join(BUILD, "bin/tarvoke-play"), os.path.join(empty, "nothing.tk"),
                                   os.path.join(empty, "end.png"))
-            with open(script, "w") as f:
-                f.write("Function(Main);\nEndFunction();\n")
+            write_script(script, "")
             out = run(play, "--headless=320x200", "--screenshot", shot, script, timeout=120)
             self.assertEqual((out.returncode, out.stderr, png(shot)[:2]), (0, "", (320, 200)))
             # (environment, options, the words of the one line on standard error)
