@@ -124,6 +124,13 @@ bool X11KeyState::buttonDown(size_t index) {
 }
 
 void X11KeyState::onEvent(XEvent& event) {
+    if (event.type == KeyPress && m_stopKey && event.xkey.keycode == m_stopKey) {
+        // The press is all the claim takes (the key state has it from the raw
+        // event): the keyboard grab it started ends at once, so that the keys
+        // a stopped run lets go of still reach the window with the focus.
+        XUngrabKeyboard(m_x.display(), event.xkey.time);
+        m_x.flush();
+    }
     takeIn(event);
     // The moves of one read are one change, told when nothing more waits
     // behind them, or before the next press or release.
@@ -400,13 +407,18 @@ void X11KeyState::claimStopKey(bool claimed) {
         if (codes.empty()) return;
         m_stopKey = codes.front();
     }
-    // Every combination of the lock modifiers (Caps Lock, Num Lock), which
-    // a passive grab would otherwise have to match exactly.
-    for (unsigned locks : {0u, unsigned{LockMask}, unsigned{Mod2Mask}, unsigned{LockMask | Mod2Mask}}) {
+    // Ctrl with every combination of the other modifiers, which a passive
+    // grab would otherwise have to match exactly: the locks (Caps Lock, Num
+    // Lock), and a Shift or Alt that the run or the user holds down.
+    const unsigned others[] = {ShiftMask, LockMask, Mod1Mask, Mod2Mask, Mod3Mask, Mod4Mask, Mod5Mask};
+    for (unsigned combination = 0; combination < 1u << std::size(others); ++combination) {
+        unsigned modifiers = ControlMask;
+        for (size_t i = 0; i < std::size(others); ++i)
+            if (combination & (1u << i)) modifiers |= others[i];
         if (claimed)
-            XGrabKey(m_x.display(), m_stopKey, ControlMask | locks, m_x.root(), False, GrabModeAsync, GrabModeAsync);
+            XGrabKey(m_x.display(), m_stopKey, modifiers, m_x.root(), False, GrabModeAsync, GrabModeAsync);
         else
-            XUngrabKey(m_x.display(), m_stopKey, ControlMask | locks, m_x.root());
+            XUngrabKey(m_x.display(), m_stopKey, modifiers, m_x.root());
     }
     if (!claimed) m_stopKey = 0;
     m_x.flush();
