@@ -76,16 +76,14 @@ Params paramsOf(const engine::Statement& statement) {
     return params;
 }
 
-class LoaderTest : public EngineTest {};
-
 // The tables of the worked example: tests/scripts/engine/worked_example.tk.
-TEST_F(LoaderTest, TheLoadHandsBackTheNormalisedText) {
+TEST_F(EngineTest, TheLoadHandsBackTheNormalisedText) {
     std::string text = "# demo #\nFunction(Main);\n  Int(i, 0);\nEndFunction();\r\nMessage(i, \"A b\");\n";
     engine.initialize(text);
     EXPECT_EQ(text, "function(main);int(i,0);endfunction();message(i,\"A b\");");
 }
 
-TEST_F(LoaderTest, StatementSplitting) {
+TEST_F(EngineTest, StatementSplitting) {
     // The text, and each statement's number and parameters.
     const std::pair<const char*, std::vector<std::pair<int32_t, Params>>> cases[] = {
         {"", {}}, {"# only a comment #", {}}, {"message(hi;there);", {{22, {"hithere"}}}},
@@ -108,7 +106,7 @@ TEST_F(LoaderTest, StatementSplitting) {
     }
 }
 
-TEST_F(LoaderTest, StartAndEndLines) {
+TEST_F(EngineTest, StartAndEndLines) {
     const std::tuple<const char*, int32_t, int32_t> cases[] = {  // the text, the start and end lines
         {"", 1, 0}, {"a(); b();", 1, 0}, {"function(main); endfunction();", 1, 2},
         {"FUNCTION(MAIN); ENDFUNCTION();", 1, 2}, {"function(\"main\"); endfunction();", 1, 0},
@@ -129,7 +127,7 @@ TEST_F(LoaderTest, StartAndEndLines) {
 }
 
 // Aliases such as SelectWindow: variables_dump.tk and mouse_keys.tk.
-TEST_F(LoaderTest, NamesAndNumbers) {
+TEST_F(EngineTest, NamesAndNumbers) {
     for (int32_t id = 100; id <= engine::kLastHostCommand; ++id)  // every host number but 129 and 134 reads back
         if (id != 129 && id != 134) {
             EXPECT_EQ(int32_t(engine::commandNumber(engine::commandName(id))), id) << id;
@@ -137,7 +135,7 @@ TEST_F(LoaderTest, NamesAndNumbers) {
 }
 
 // Whole pairs, blanks between and around: layout_crlf.tk.
-TEST_F(LoaderTest, HexToText) {
+TEST_F(EngineTest, HexToText) {
     std::string odd = "4", notHex = "zz41", empty;
     EXPECT_EQ(engine::SC::hexToAscii(odd), std::string("\x04", 1));
     EXPECT_EQ(engine::SC::hexToAscii(notHex), std::string("\0A", 2));
@@ -146,103 +144,95 @@ TEST_F(LoaderTest, HexToText) {
 
 // The variables and functions a run leaves would change the next case in
 // Conditions and ControlFlow; the depth of a call that went nowhere would not.
-TEST_F(LoaderTest, LoadClearsTheCallDepthTheLastRunLeft) {
+TEST_F(EngineTest, LoadClearsTheCallDepthTheLastRunLeft) {
     run("function(f); call(nowhere);");
     load("a();");
     EXPECT_EQ(engine.callDepth(), 0);
 }
 
-class BuiltinsTest : public EngineTest {};
-
 using enum engine::ValueKind;
 
-// Each case runs a script and reads one variable back, with its type.
-struct Case {
-    const char* script;
-    const char* variable;
-    engine::ValueKind type;
-    const char* value;
+class BuiltinsTest : public EngineTest {
+protected:
+    // Each case runs a script and reads one variable back, with its type.
+    struct Case {
+        const char* script;
+        const char* variable;
+        engine::ValueKind type;
+        const char* value;
+    };
+    void checkAll(std::initializer_list<Case> cases) {
+        for (const Case& c : cases) {
+            run(c.script);
+            EXPECT_EQ(typeOf(c.variable), c.type) << c.script;
+            EXPECT_EQ(valueOf(c.variable), c.value) << c.script;
+        }
+    }
 };
 
-void PrintTo(const Case& c, std::ostream* os) { *os << c.script; }
-
-class BuiltinCases : public BuiltinsTest, public ::testing::WithParamInterface<Case> {};
-
-TEST_P(BuiltinCases, LeaveTheVariable) {
-    const Case& c = GetParam();
-    run(c.script);
-    EXPECT_EQ(typeOf(c.variable), c.type);
-    EXPECT_EQ(valueOf(c.variable), c.value);
-}
-
-INSTANTIATE_TEST_SUITE_P(Declarations, BuiltinCases, ::testing::Values(
+TEST_F(BuiltinsTest, Declarations) { checkAll({
     // More in tests/scripts/engine: layout_crlf.tk (0x texts), variables_dump.tk.
-    Case{"string(x, 5);", "x", Text, "5"}, Case{"double(x, abc);", "x", Double, "0"}, Case{"int(x);", "x", Long, "0"},
-    Case{"string(x, \"0X41\");", "x", Text, "0X41"},  // hex only after a lower-case 0x
-    Case{"int(x, 9); int(x, 3);", "x", Long, "3"}, Case{"set(x, 5);", "x", Long, "5"},
-    Case{"set(x, 2.5);", "x", Double, "2.5"}, Case{"set(x, abc);", "x", Text, "abc"}, Case{"set(x, \"5\");", "x", Long, "5"},
-    Case{"int(x, 1); set(x, 2.5);", "x", Long, "1"},     // the double stands behind the long
-    Case{"string(x, a); set(x, 5);", "x", Text, "a"}, Case{"double(b, 5.5); set(a, b);", "a", Double, "5.5"},
-    Case{"double(b, 5); set(a, b);", "a", Long, "5"}, Case{"int(x, 99999999999);", "x", Long, "0"}));
+    {"int(x, 99999999999);", "x", Long, "0"},  // first: too large, it leaves the value slot as a new engine has it
+    {"string(x, 5);", "x", Text, "5"}, {"double(x, abc);", "x", Double, "0"}, {"int(x);", "x", Long, "0"},
+    {"string(x, \"0X41\");", "x", Text, "0X41"},  // hex only after a lower-case 0x
+    {"int(x, 9); int(x, 3);", "x", Long, "3"}, {"set(x, 5);", "x", Long, "5"}, {"set(x, 2.5);", "x", Double, "2.5"},
+    {"set(x, abc);", "x", Text, "abc"}, {"set(x, \"5\");", "x", Long, "5"},
+    {"int(x, 1); set(x, 2.5);", "x", Long, "1"},     // the double stands behind the long
+    {"string(x, a); set(x, 5);", "x", Text, "a"}, {"double(b, 5.5); set(a, b);", "a", Double, "5.5"},
+    {"double(b, 5); set(a, b);", "a", Long, "5"}}); }
 
 // How numbers read and print: the double forms (plain up to 15 digits, then
 // exponent), rounding half to even, exponent and &h forms, numeric prefixes,
 // and the edges of a long.
-INSTANTIATE_TEST_SUITE_P(NumberText, BuiltinCases, ::testing::Values(
-    Case{"double(a, 0.000001);", "a", Double, "1E-06"}, Case{"double(a, 0.00001);", "a", Double, "0.00001"},
-    Case{"double(a, 1.5e20);", "a", Double, "1.5E+20"}, Case{"double(a, 999999999999999.9);", "a", Double, "1E+15"},
-    Case{"double(a, 123456789012345.0);", "a", Double, "123456789012345"},
-    Case{"double(a, 0.1); add(a, 0.2);", "a", Double, "0.3"},
-    Case{"double(a, 2); divide(a, 3);", "a", Double, "0.666666666666667"},
-    Case{"int(a, 3.5);", "a", Long, "4"}, Case{"int(a, -2.5);", "a", Long, "-2"}, Case{"int(a, 1e5);", "a", Long, "100000"},
-    Case{"int(a, &h7FFFFFFF);", "a", Long, "2147483647"}, Case{"int(a, 12abc);", "a", Long, "12"},
-    Case{"int(a, -2147483648); subtract(a, 1);", "a", Long, "-2147483648"},
-    Case{"double(a, -0.5); multiply(a, 0);", "a", Double, "0"}, Case{"double(a, 0); divide(a, 0);", "a", Double, "nan"},
-    Case{"double(a, -1); divide(a, 0);", "a", Double, "-inf"}, Case{"double(a, \" 2.5\");", "a", Double, "2.5"},
-    Case{"int(a, 0x10);", "a", Long, "0"}));
+TEST_F(BuiltinsTest, NumberText) { checkAll({
+    {"double(a, 0.000001);", "a", Double, "1E-06"}, {"double(a, 0.00001);", "a", Double, "0.00001"},
+    {"double(a, 1.5e20);", "a", Double, "1.5E+20"}, {"double(a, 999999999999999.9);", "a", Double, "1E+15"},
+    {"double(a, 123456789012345.0);", "a", Double, "123456789012345"},
+    {"double(a, 0.1); add(a, 0.2);", "a", Double, "0.3"},
+    {"double(a, 2); divide(a, 3);", "a", Double, "0.666666666666667"}, {"int(a, 3.5);", "a", Long, "4"},
+    {"int(a, -2.5);", "a", Long, "-2"}, {"int(a, 1e5);", "a", Long, "100000"},
+    {"int(a, &h7FFFFFFF);", "a", Long, "2147483647"}, {"int(a, 12abc);", "a", Long, "12"},
+    {"int(a, -2147483648); subtract(a, 1);", "a", Long, "-2147483648"},
+    {"double(a, -0.5); multiply(a, 0);", "a", Double, "0"}, {"double(a, 0); divide(a, 0);", "a", Double, "nan"},
+    {"double(a, -1); divide(a, 0);", "a", Double, "-inf"}, {"double(a, \" 2.5\");", "a", Double, "2.5"},
+    {"int(a, 0x10);", "a", Long, "0"}}); }
 
-INSTANTIATE_TEST_SUITE_P(Arithmetic, BuiltinCases, ::testing::Values(
-    Case{"add(u, 1); add(u, 1);", "u", Text, "11"}, Case{"int(x, 10); add(x, 2.5);", "x", Long, "12"},
-    Case{"int(x, 7); divide(x, 2);", "x", Long, "4"}, Case{"int(x, 5); divide(x, 2);", "x", Long, "2"},
-    Case{"int(x, 5); divide(x, 0);", "x", Long, "5"}, Case{"int(x, 2147483647); add(x, 1);", "x", Long, "2147483647"},
-    Case{"int(x, 65536); multiply(x, 65536);", "x", Long, "65536"},
-    Case{"int(x, 10); subtract(x, 12abc);", "x", Long, "-2"},
-    Case{"double(d, 1.0e300); multiply(d, 1.0e300);", "d", Double, "inf"},
-    Case{"double(d, 1.5); multiply(d, 2);", "d", Double, "3"}, Case{"int(x, 3); power(x, 2);", "x", Long, "9"},
-    Case{"int(x, 9); power(x, 0.5);", "x", Long, "1"}, Case{"double(d, 9); power(d, 0.5);", "d", Double, "3"},
-    Case{"int(x, 0); power(x, -1);", "x", Long, "0"}, Case{"double(d, 0); power(d, -1);", "d", Double, "0"},
-    Case{"double(d, -8); power(d, 0.5);", "d", Double, "-8"}, Case{"int(x, 3); power(x, abc);", "x", Long, "3"},
-    Case{"string(s, ab); power(s, 2);", "s", Text, "ab"}, Case{"string(s, ab); multiply(s, 3);", "s", Text, "ababab"},
-    Case{"string(s, ab); multiply(s, 0);", "s", Text, ""}, Case{"string(s, ab); multiply(s, 40000);", "s", Text, "ab"},
-    Case{"string(s, ab); multiply(s, cd);", "s", Text, "abcd"},
-    Case{"string(s, 1a1b); subtract(s, 1);", "s", Text, "ab"},
-    Case{"string(s, banana); divide(s, \"a\");", "s", Text, "bnn"},
-    Case{"string(s, ab); subtract(s, \"\");", "s", Text, "ab"},
-    Case{"string(s, x); combine(s, 2.5);", "s", Text, "x2.5"},
-    Case{"string(s, \"aXa\"); removeall(s, a);", "s", Text, "X"}));
+TEST_F(BuiltinsTest, Arithmetic) { checkAll({
+    {"add(u, 1); add(u, 1);", "u", Text, "11"}, {"int(x, 10); add(x, 2.5);", "x", Long, "12"},
+    {"int(x, 7); divide(x, 2);", "x", Long, "4"}, {"int(x, 5); divide(x, 2);", "x", Long, "2"},
+    {"int(x, 5); divide(x, 0);", "x", Long, "5"}, {"int(x, 2147483647); add(x, 1);", "x", Long, "2147483647"},
+    {"int(x, 65536); multiply(x, 65536);", "x", Long, "65536"}, {"int(x, 10); subtract(x, 12abc);", "x", Long, "-2"},
+    {"double(d, 1.0e300); multiply(d, 1.0e300);", "d", Double, "inf"},
+    {"double(d, 1.5); multiply(d, 2);", "d", Double, "3"}, {"int(x, 3); power(x, 2);", "x", Long, "9"},
+    {"int(x, 9); power(x, 0.5);", "x", Long, "1"}, {"double(d, 9); power(d, 0.5);", "d", Double, "3"},
+    {"int(x, 0); power(x, -1);", "x", Long, "0"}, {"double(d, 0); power(d, -1);", "d", Double, "0"},
+    {"double(d, -8); power(d, 0.5);", "d", Double, "-8"}, {"int(x, 3); power(x, abc);", "x", Long, "3"},
+    {"string(s, ab); power(s, 2);", "s", Text, "ab"}, {"string(s, ab); multiply(s, 3);", "s", Text, "ababab"},
+    {"string(s, ab); multiply(s, 0);", "s", Text, ""}, {"string(s, ab); multiply(s, 40000);", "s", Text, "ab"},
+    {"string(s, ab); multiply(s, cd);", "s", Text, "abcd"}, {"string(s, 1a1b); subtract(s, 1);", "s", Text, "ab"},
+    {"string(s, banana); divide(s, \"a\");", "s", Text, "bnn"},
+    {"string(s, ab); subtract(s, \"\");", "s", Text, "ab"}, {"string(s, x); combine(s, 2.5);", "s", Text, "x2.5"},
+    {"string(s, \"aXa\"); removeall(s, a);", "s", Text, "X"}}); }
 
-INSTANTIATE_TEST_SUITE_P(Functions, BuiltinCases, ::testing::Values(
-    Case{"int(x, 5); factorial(x);", "x", Long, "120"}, Case{"int(x, 0); factorial(x);", "x", Long, "1"},
-    Case{"int(x, -3); factorial(x);", "x", Long, "1"}, Case{"double(d, 3.5); factorial(d);", "d", Double, "24"},
-    Case{"int(x, 13); factorial(x);", "x", Long, "13"}, Case{"double(d, 171); factorial(d);", "d", Double, "171"},
-    Case{"double(d, 40000); factorial(d);", "d", Double, "40000"}, Case{"string(s, 5); factorial(s);", "s", Text, "5"},
-    Case{"int(x, 2); sin(x);", "x", Long, "1"}, Case{"double(d, 0); cos(d);", "d", Double, "1"},
-    Case{"double(d, 1); log(d);", "d", Double, "0"}, Case{"int(x, 0); log(x);", "x", Long, "0"},
-    Case{"double(d, -1); log(d);", "d", Double, "-1"}, Case{"string(s, 1); tan(s);", "s", Text, "1"},
-    Case{"int(x, 1); tan(x);", "x", Long, "2"}));
+TEST_F(BuiltinsTest, Functions) { checkAll({
+    {"int(x, 5); factorial(x);", "x", Long, "120"}, {"int(x, 0); factorial(x);", "x", Long, "1"},
+    {"int(x, -3); factorial(x);", "x", Long, "1"}, {"double(d, 3.5); factorial(d);", "d", Double, "24"},
+    {"int(x, 13); factorial(x);", "x", Long, "13"}, {"double(d, 171); factorial(d);", "d", Double, "171"},
+    {"double(d, 40000); factorial(d);", "d", Double, "40000"}, {"string(s, 5); factorial(s);", "s", Text, "5"},
+    {"int(x, 2); sin(x);", "x", Long, "1"}, {"double(d, 0); cos(d);", "d", Double, "1"},
+    {"double(d, 1); log(d);", "d", Double, "0"}, {"int(x, 0); log(x);", "x", Long, "0"},
+    {"double(d, -1); log(d);", "d", Double, "-1"}, {"string(s, 1); tan(s);", "s", Text, "1"},
+    {"int(x, 1); tan(x);", "x", Long, "2"}}); }
 
-INSTANTIATE_TEST_SUITE_P(Text, BuiltinCases, ::testing::Values(
-    Case{"string(s, abcdef); parse(s, 2, 3);", "s", Text, "bcd"},
-    Case{"string(s, abcdef); parse(s, 9, 3);", "s", Text, ""},
-    Case{"string(s, abcdef); parse(s, 2, 0);", "s", Text, ""},
-    Case{"string(s, abcdef); parse(s, 0, 3);", "s", Text, "abcdef"},
-    Case{"string(s, abcdef); parse(s, 2);", "s", Text, "abcdef"},
-    Case{"string(s, abcdef); parse(s, x, 2);", "s", Text, "abcdef"}, Case{"int(x, 5); parse(x, 1, 1);", "x", Long, "5"},
-    Case{"string(s, abab); for(s, a, b);", "s", Text, "bbbb"},
-    Case{"string(s, abab); replace(s, ab, x);", "s", Text, "xx"},
-    Case{"string(s, abc); replace(s, \"\", x);", "s", Text, "abc"},
-    Case{"string(s, aaa); replace(s, aa, a);", "s", Text, "aa"},
-    Case{"parse(0x414243, 1, 2);", "0x414243", Text, "0x"}));
+TEST_F(BuiltinsTest, Text) { checkAll({
+    {"string(s, abcdef); parse(s, 2, 3);", "s", Text, "bcd"}, {"string(s, abcdef); parse(s, 9, 3);", "s", Text, ""},
+    {"string(s, abcdef); parse(s, 2, 0);", "s", Text, ""},
+    {"string(s, abcdef); parse(s, 0, 3);", "s", Text, "abcdef"},
+    {"string(s, abcdef); parse(s, 2);", "s", Text, "abcdef"},
+    {"string(s, abcdef); parse(s, x, 2);", "s", Text, "abcdef"}, {"int(x, 5); parse(x, 1, 1);", "x", Long, "5"},
+    {"string(s, abab); for(s, a, b);", "s", Text, "bbbb"}, {"string(s, abab); replace(s, ab, x);", "s", Text, "xx"},
+    {"string(s, abc); replace(s, \"\", x);", "s", Text, "abc"},
+    {"string(s, aaa); replace(s, aa, a);", "s", Text, "aa"}, {"parse(0x414243, 1, 2);", "0x414243", Text, "0x"}}); }
 
 TEST_F(BuiltinsTest, ATextNeverOutgrowsTheLimit) {
     // Steps that would pass the limit fail and leave the text; those that
@@ -297,10 +287,7 @@ TEST_F(BuiltinsTest, MessageStyles) {
                                                          "MessageBox 1048576 \"t\" \"a\""}));
 }
 
-
-class VariablesTest : public EngineTest {};
-
-TEST_F(VariablesTest, Conditions) {
+TEST_F(EngineTest, Conditions) {
     const std::tuple<const char*, const char*, bool> cases[] = {  // what runs first, the condition, its result
         {"int(x,5);", "x=5", true}, {"double(x,5.5);", "x=5", false},
         {"string(x,5);", "x=5", true},  // compared as text
@@ -324,7 +311,7 @@ TEST_F(VariablesTest, Conditions) {
     }
 }
 
-TEST_F(VariablesTest, ResolvingParameters) {
+TEST_F(EngineTest, ResolvingParameters) {
     // lx and ly read the last position before the tables, though set(lx, 5) made a variable.
     session.lastX = 12;
     session.lastY = -3;
