@@ -123,10 +123,10 @@ TEST_F(PlaybackTest, RunCountsFollowRepeatAndPlayX) {
 TEST_F(PlaybackTest, AStoppedPlayLetsGoOfTheKeysAfterItsLastStatement) {
     // What each case checks, repeat, the yield to stop at (0: the play ends by
     // itself, or runs to the bound), the script.
+    const char* held = "Function(Main);\nKeyDown(16);\nPause(60000);\nKeyDown(17);\nEndFunction();";
     const std::tuple<const char*, bool, int, const char*> cases[] = {
-        {"stop between statements", true, 3, "Function(Main);\nKeyDown(16);\nPause(60000);\nKeyDown(17);\nEndFunction();"},
-        {"stop in the pause", true, 4, "Function(Main);\nKeyDown(16);\nPause(60000);\nKeyDown(17);\nEndFunction();"},
-        {"the end of a single run", false, 0, "Function(Main);\nKeyDown(16);\nPause(60000);\nKeyDown(17);\nEndFunction();"},
+        {"stop between statements", true, 3, held}, {"stop in the pause", true, 4, held},
+        {"the end of a single run", false, 0, held},
         {"a repeat holds on between runs", true, 0, "Function(Main);\nKeyDown(16);\nEndFunction();"},
     };
     for (const auto& [name, repeat, stopAtYield, script] : cases) {
@@ -358,20 +358,12 @@ TEST(CompiledScript, CompactBodyAndItsLoad) {
     EXPECT_EQ(playback::bodyAsLines("a(1);msgbox(x;y);"), "a(1);\nmsgbox(x;\ny);\n");
 }
 
-TEST(CompiledScript, BytesFieldByFieldAndTheirReadingBack) {
-    const std::string runtime = "RUNTIMEZ";  // L = 8; its last byte gives way to the flag
-    for (const bool repeat : {false, true}) {
-        const std::string program = playback::compiledProgram(runtime, repeat, "a();");
-        EXPECT_EQ(program.size(), 8u + 4u + 4u);
-        EXPECT_EQ(program.substr(0, 7), "RUNTIME");
-        EXPECT_EQ(program[7], repeat ? '1' : '0');
-        EXPECT_EQ(program.substr(8, 4), "a();");
-        EXPECT_EQ(program.substr(12), std::string("\x08\x00\x00\x00", 4));
-        const auto tail = playback::compiledTailOf(program);
-        ASSERT_TRUE(tail);
-        EXPECT_EQ(tail->flag, repeat ? '1' : '0');
-        EXPECT_EQ(tail->body, "a();");
-    }
+// The bytes of both kinds of program: the widget test of Compile and Open.
+TEST(CompiledScript, TheTailReadBack) {
+    const auto tail = playback::compiledTailOf(playback::compiledProgram("RUNTIMEZ", true, "a();"));
+    ASSERT_TRUE(tail);
+    EXPECT_EQ(tail->flag, '1');
+    EXPECT_EQ(tail->body, "a();");
     EXPECT_EQ(playback::compiledProgram(std::string(300, 'x'), false, "").substr(300), std::string("\x2c\x01\x00\x00", 4));
     // A tail out of range is no script.
     const std::string corrupt[] = {"", "abc", std::string("\0\0\0\0", 4), std::string("xy\x03\x00\x00\x00", 6),
