@@ -30,10 +30,9 @@ struct Rig {
         hooks.captureTemp = [this] { ++captures; };
         hooks.tempPixel = [](platform::Point) { return 0x00FF8040u; };  // red 255, green 128, blue 64
     }
-    void start(const std::set<int>& held, bool mouseMoves, bool extendedClicks) {
+    void start(const std::set<int>& held, bool mouseMoves) {
         keys.down = held;
         state.mouseMoves = mouseMoves;
-        state.extendedClicks = extendedClicks;
         startRecording(state, form, keys, fake.input, clocks);
     }
     void tick(const std::set<int>& down, platform::Point at = {}, Form kind = Form::Main) {
@@ -66,10 +65,10 @@ struct Tick {
 };
 struct SamplerCase {
     const char* name;
-    bool mouseMoves = false, extendedClicks = false;
-    std::set<int> held;  // down at the start
     std::vector<Tick> ticks;
     std::string expected;
+    std::set<int> held = {};  // down at the start
+    bool mouseMoves = false;
     Form kind = Form::Main;
     bool startedByHotkey = false;
 };
@@ -79,37 +78,35 @@ const std::string kColour = "CaptureScreen(imagesave0);\nPause(0);\nCreateColorR
 
 // Clicks with and without positions: the click rows of kChangeCases, which drive the same sampler.
 const SamplerCase kSamplerCases[] = {
-    {"a key held from before the start gives only its release", false, false, {65}, {{{65}}, {{}}},
-     "Pause(20);\nKeyUp(65);\n"},
-    {"Ctrl+C is four key lines", false, false, {}, {{C}, {with(C, {67})}, {C}, {{}}},
+    {"a key held from before the start gives only its release", {{{65}}, {{}}}, "Pause(20);\nKeyUp(65);\n", {65}},
+    {"Ctrl+C is four key lines", {{C}, {with(C, {67})}, {C}, {{}}},
      "Pause(10);\nKeyDown(162);\nPause(10);\nKeyDown(67);\nPause(10);\nKeyUp(67);\nPause(10);\nKeyUp(162);\n"},
-    {"Shift is the generic and the sided key", false, false, {}, {{{16, 160}}, {{}}},
+    {"Shift is the generic and the sided key", {{{16, 160}}, {{}}},
      "Pause(10);\nKeyDown(16);\nPause(0);\nKeyDown(160);\nPause(10);\nKeyUp(16);\nPause(0);\nKeyUp(160);\n"},
-    {"digits without Ctrl and other digits with Ctrl are keys", false, false, {}, {{{48}}, {{}}, {with(C, {49})}, {{}}},
+    {"digits without Ctrl and other digits with Ctrl are keys", {{{48}}, {{}}, {with(C, {49})}, {{}}},
      "Pause(10);\nKeyDown(48);\nPause(10);\nKeyUp(48);\nPause(10);\nKeyDown(49);\nPause(0);\nKeyDown(162);\n"
      "Pause(10);\nKeyUp(49);\nPause(0);\nKeyUp(162);\n"},
-    {"Ctrl+4 writes the window lines and nothing of the keys", false, false, {},
-     {{C}, {with(C, {52})}, {with(C, {52})}, {C}, {{}}, {{65}}},
+    {"Ctrl+4 writes the window lines and nothing of the keys", {{C}, {with(C, {52})}, {with(C, {52})}, {C}, {{}}, {{65}}},
      "Pause(10);\nPause(10);\nSelectWindow(\"c\", \"t\");\n\nPause(40);\nKeyDown(65);\n"},
-    {"Ctrl+5 samples the colour on every press; each Ctrl press is taken out, its release swallowed", false, false,
-     {}, {{C}, {with(C, {53})}, {{}}, {C}, {with(C, {53})}, {{}}},
+    {"Ctrl+5 samples the colour on every press; each Ctrl press is taken out, its release swallowed",
+     {{C}, {with(C, {53})}, {{}}, {C}, {with(C, {53})}, {{}}},
      "Pause(10);\nPause(10);\n" + kColour + "Pause(20);\nPause(10);\n" + kColour},
-    {"Ctrl+6 turns mouse moves off once however long it is held", true, false, {},
+    {"Ctrl+6 turns mouse moves off once however long it is held",
      {{C}, {with(C, {54})}, {with(C, {54})}, {with(C, {54})}, {with(C, {54})}, {C}, {{}}, {{}, {30, 40}}},
-     "Pause(10);\n"},
-    {"only diagonal moves are written", true, false, {}, {{{}, {10, 0}}, {{}, {20, 5}}, {{}, {30, 5}}},
-     "Pause(20);\nMoveMouse(20,5);\n"},
-    {"a hotkey start drops two lines in the main window", false, false, {}, {{{56}}, {{}}, {{65}}},
-     "Pause(30);\nKeyDown(65);\n", Form::Main, true},
-    {"a hotkey start drops nothing in the basic window", false, false, {}, {{{56}}, {{}}, {{65}}},
-     "Pause(10);\nKeyDown(56);\nPause(10);\nKeyUp(56);\nPause(10);\nKeyDown(65);\n", Form::Basic, true},
+     "Pause(10);\n", {}, true},
+    {"only diagonal moves are written", {{{}, {10, 0}}, {{}, {20, 5}}, {{}, {30, 5}}}, "Pause(20);\nMoveMouse(20,5);\n",
+     {}, true},
+    {"a hotkey start drops two lines in the main window", {{{56}}, {{}}, {{65}}}, "Pause(30);\nKeyDown(65);\n", {},
+     false, Form::Main, true},
+    {"a hotkey start drops nothing in the basic window", {{{56}}, {{}}, {{65}}},
+     "Pause(10);\nKeyDown(56);\nPause(10);\nKeyUp(56);\nPause(10);\nKeyDown(65);\n", {}, false, Form::Basic, true},
 };
 
 TEST(Recorder, SamplerWritesOneLinePerChange) {
     for (const SamplerCase& c : kSamplerCases) {
         SCOPED_TRACE(c.name);
         Rig rig;
-        rig.start(c.held, c.mouseMoves, c.extendedClicks);
+        rig.start(c.held, c.mouseMoves);
         rig.state.startedByHotkey = c.startedByHotkey;
         for (const Tick& t : c.ticks) rig.tick(t.down, t.at, c.kind);
         EXPECT_EQ(rig.state.script, c.expected);
@@ -122,14 +119,14 @@ TEST(Recorder, SamplerWritesOneLinePerChange) {
 class CloseTest : public Rig, public ::testing::Test {};
 
 TEST_F(CloseTest, FramesTheLinesWithThePlayTimeAndALastPause) {
-    start({}, false, false);
+    start({}, false);
     now += 1005;
     countSecond(state, clocks);
     now += 7;
     EXPECT_EQ(closeRecording(state, clocks),
               "Function(Main);\nOrigionalPlayTime(1.7);\nSetPausePercent(100);\n\nPause(1012);\n\nEndFunction();");
     // Ctrl and 0 first seen in one tick: the 0 ends the tick before Ctrl is read, and the close takes out Ctrl.
-    start({}, false, false);
+    start({}, false);
     tick({65});
     tick(with(C, {48, 65}));
     tick(with(C, {65}));
@@ -180,6 +177,7 @@ struct Step {
     platform::Point at{};
     int late = 0;
 };
+using enum Step::What;
 
 struct ChangeCase {
     const char* name;
@@ -192,28 +190,25 @@ struct ChangeCase {
 
 const ChangeCase kChangeCases[] = {
     {"a click with no hold after a move: both lines, Pause(0) between", true, true, 1000, 0,
-     {{Step::Move, 1010, 0, {300, 300}}, {Step::Press, 1020, 1, {300, 300}}, {Step::Release, 1020, 1, {300, 300}}},
+     {{Move, 1010, 0, {300, 300}}, {Press, 1020, 1, {300, 300}}, {Release, 1020, 1, {300, 300}}},
      "Pause(10);\nMoveMouse(300,300);\nPause(10);\nLeftDownEx(300,300);\nPause(0);\nLeftUpEx(300,300);\n"},
     {"keys typed within one millisecond", false, false, 1000, 0,
-     {{Step::Press, 1005, 65}, {Step::Release, 1005, 65}, {Step::Press, 1005, 66}, {Step::Release, 1006, 66}},
+     {{Press, 1005, 65}, {Release, 1005, 65}, {Press, 1005, 66}, {Release, 1006, 66}},
      "Pause(5);\nKeyDown(65);\nPause(0);\nKeyUp(65);\nPause(0);\nKeyDown(66);\nPause(1);\nKeyUp(66);\n"},
     {"pauses from the stamps, however late each was read", false, false, 1000, 0,
-     {{Step::Press, 1010, 65, {}, 30}, {Step::Release, 1012, 65, {}, 3}},
-     "Pause(10);\nKeyDown(65);\nPause(2);\nKeyUp(65);\n"},
+     {{Press, 1010, 65, {}, 30}, {Release, 1012, 65, {}, 3}}, "Pause(10);\nKeyDown(65);\nPause(2);\nKeyUp(65);\n"},
     {"stamps that wrap at 2^32", false, false, 4294967291, 0,
-     {{Step::Press, 4294967294u, 65}, {Step::Release, 2, 65}}, "Pause(3);\nKeyDown(65);\nPause(4);\nKeyUp(65);\n"},
+     {{Press, 4294967294u, 65}, {Release, 2, 65}}, "Pause(3);\nKeyDown(65);\nPause(4);\nKeyUp(65);\n"},
     {"a display with a clock of its own: the first pause as read", false, false, 1000, 76000,
-     {{Step::Press, 77000, 65, {}, 10}, {Step::Release, 77003, 65, {}, 50}},
-     "Pause(10);\nKeyDown(65);\nPause(3);\nKeyUp(65);\n"},
+     {{Press, 77000, 65, {}, 10}, {Release, 77003, 65, {}, 50}}, "Pause(10);\nKeyDown(65);\nPause(3);\nKeyUp(65);\n"},
     {"clicks where the change says, the cursor read later elsewhere", false, true, 1000, 0,
-     {{Step::Press, 1001, 1, {300, 300}}, {Step::Release, 1001, 1, {300, 300}}, {Step::Press, 1002, 2, {5, 6}},
-      {Step::Release, 1003, 2, {5, 6}}},
+     {{Press, 1001, 1, {300, 300}}, {Release, 1001, 1, {300, 300}}, {Press, 1002, 2, {5, 6}}, {Release, 1003, 2, {5, 6}}},
      "Pause(1);\nLeftDownEx(300,300);\nPause(0);\nLeftUpEx(300,300);\nPause(1);\nRightDownEx(5,6);\nPause(1);\n"
      "RightUpEx(5,6);\n"},
     {"Ctrl+6 and Ctrl+7 flip the settings for what follows", true, true, 1000, 0,
-     {{Step::Press, 1010, 162}, {Step::Press, 1011, 54}, {Step::Release, 1011, 54}, {Step::Release, 1012, 162},
-      {Step::Press, 1020, 162}, {Step::Press, 1021, 55}, {Step::Release, 1021, 55}, {Step::Release, 1022, 162},
-      {Step::Move, 1030, 0, {40, 50}}, {Step::Press, 1031, 1, {40, 50}}, {Step::Release, 1031, 1, {40, 50}}},
+     {{Press, 1010, 162}, {Press, 1011, 54}, {Release, 1011, 54}, {Release, 1012, 162},
+      {Press, 1020, 162}, {Press, 1021, 55}, {Release, 1021, 55}, {Release, 1022, 162},
+      {Move, 1030, 0, {40, 50}}, {Press, 1031, 1, {40, 50}}, {Release, 1031, 1, {40, 50}}},
      "Pause(10);\nPause(10);\nPause(11);\nLeftDown();\nPause(0);\nLeftUp();\n"},
 };
 
@@ -235,10 +230,10 @@ TEST(Recorder, KeyStateChangesWriteOneTickEach) {
         for (const Step& step : c.steps) {
             lastStamp += static_cast<int32_t>(step.stamp - static_cast<uint32_t>(lastStamp + c.skew));
             clock.now = std::max(clock.now, lastStamp + step.late);
-            if (step.what == Step::Move)
+            if (step.what == Move)
                 fake.keyboard.moved(step.stamp, step.at);
             else
-                fake.keyboard.change(static_cast<uint8_t>(step.vk), step.what == Step::Press, step.stamp,
+                fake.keyboard.change(static_cast<uint8_t>(step.vk), step.what == Press, step.stamp,
                                      step.vk <= 4 ? std::optional(step.at) : std::nullopt);
         }
         EXPECT_EQ(state.script, c.expected);
