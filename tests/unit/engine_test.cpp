@@ -347,7 +347,7 @@ protected:
         run(text);
         return lines;
     }
-    // message(x, normal, t) leaves "x" in the transcript; gives all of them.
+    // msgbox(x) and message(x, normal, t) leave "x" in the transcript; gives all of them.
     std::vector<std::string> shown() {
         std::vector<std::string> texts;
         for (const std::string& line : fake.transcript) {
@@ -375,38 +375,37 @@ TEST_F(RunTest, ControlFlow) {
     // What each case checks, its script, and the texts its messages show.
     const std::tuple<const char*, const char*, std::vector<std::string>> cases[] = {
         {"main first ends at its endfunction",
-         "function(main); message(a,normal,t); endfunction(); function(f); message(f,normal,t); endfunction();", {"a"}},
-        {"functions before main", "function(f); message(f,normal,t); endfunction(); function(main); message(m,normal,t); endfunction();", {"m"}},
-        {"no main runs from line 1", "message(a,normal,t); message(b,normal,t);", {"a", "b"}},
-        {"no main falls into a function tail and ends",
-         "message(a,normal,t); function(f); message(b,normal,t); endfunction(); message(c,normal,t);", {"a", "b"}},
-        {"call of an unknown function goes on", "function(main); call(none); message(a,normal,t); endfunction();", {"a"}},
+         "function(main); msgbox(a); endfunction(); function(f); msgbox(f); endfunction();", {"a"}},
+        {"functions before main", "function(f); msgbox(f); endfunction(); function(main); msgbox(m); endfunction();", {"m"}},
+        {"no main runs from line 1", "msgbox(a); msgbox(b);", {"a", "b"}},
+        {"no main falls into a function tail and ends", "msgbox(a); function(f); msgbox(b); endfunction(); msgbox(c);",
+         {"a", "b"}},
+        {"call of an unknown function goes on", "function(main); call(none); msgbox(a); endfunction();", {"a"}},
         {"unknown call inside a function runs its tail twice",
-         "function(main); call(f); message(end,normal,t); endfunction();"
-         "function(f); call(none); message(tail,normal,t); endfunction();",
+         "function(main); call(f); msgbox(end); endfunction(); function(f); call(none); msgbox(tail); endfunction();",
          {"tail", "tail", "end"}},
         {"the first of two functions wins",
-         "function(main); call(f); endfunction(); function(f); message(1,normal,t); endfunction();"
-         "function(f); message(2,normal,t); endfunction();", {"1"}},
+         "function(main); call(f); endfunction(); function(f); msgbox(1); endfunction(); function(f); msgbox(2);"
+         "endfunction();", {"1"}},
         {"recursion",
-         "function(main); int(n,0); call(r); endfunction(); function(r); add(n,1);"
-         "if(n<4); call(r); endif(); message(n,normal,t); endfunction();", {"4", "4", "4", "4"}},
+         "function(main); int(n,0); call(r); endfunction(); function(r); add(n,1); if(n<4); call(r); endif(); msgbox(n);"
+         "endfunction();", {"4", "4", "4", "4"}},
         {"else after a true if skips nested blocks",
-         "function(main); if(1=1); message(a,normal,t); if(1=2); message(b,normal,t); else(); message(c,normal,t); endif();"
-         "else(); message(d,normal,t); endif(); message(e,normal,t); endfunction();", {"a", "c", "e"}},
+         "function(main); if(1=1); msgbox(a); if(1=2); msgbox(b); else(); msgbox(c); endif(); else(); msgbox(d);"
+         "endif(); msgbox(e); endfunction();", {"a", "c", "e"}},
         {"a false if skips nested complete blocks",
-         "function(main); if(1=2); if(1=1); message(a,normal,t); else(); message(b,normal,t); endif(); else();"
-         "message(c,normal,t); endif(); message(d,normal,t); endfunction();", {"c", "d"}},
-        {"a false if with no endif ends the run", "function(main); if(1=2); message(a,normal,t); endfunction();", {}},
-        {"endwhile without while ends the run", "function(main); message(a,normal,t); endwhile(); message(b,normal,t); endfunction();", {"a"}},
-        {"a stray else ends the run without endif", "message(a,normal,t); else(); message(b,normal,t);", {"a"}},
+         "function(main); if(1=2); if(1=1); msgbox(a); else(); msgbox(b); endif(); else(); msgbox(c); endif();"
+         "msgbox(d); endfunction();", {"c", "d"}},
+        {"a false if with no endif ends the run", "function(main); if(1=2); msgbox(a); endfunction();", {}},
+        {"endwhile without while ends the run", "function(main); msgbox(a); endwhile(); msgbox(b); endfunction();", {"a"}},
+        {"a stray else ends the run without endif", "msgbox(a); else(); msgbox(b);", {"a"}},
         {"nested whiles",
-         "function(main); int(i,0); while(i<2); add(i,1); int(j,0); while(j<2); add(j,1); message(j,normal,t);"
-         "endwhile(); endwhile(); endfunction();", {"1", "2", "1", "2"}},
+         "function(main); int(i,0); while(i<2); add(i,1); int(j,0); while(j<2); add(j,1); msgbox(j); endwhile();"
+         "endwhile(); endfunction();", {"1", "2", "1", "2"}},
         {"if and while nest apart",
-         "function(main); int(i,0); while(i<3); add(i,1); if(i=2); message(two,normal,t); endif(); endwhile(); message(done,normal,t); endfunction();",
-         {"two", "done"}},
-        {"a skip never examines the last statement", "if(1=2); message(a,normal,t); endif();", {}},
+         "function(main); int(i,0); while(i<3); add(i,1); if(i=2); msgbox(two); endif(); endwhile(); msgbox(done);"
+         "endfunction();", {"two", "done"}},
+        {"a skip never examines the last statement", "if(1=2); msgbox(a); endif();", {}},
     };
     for (const auto& [name, script, texts] : cases) {
         fake.transcript.clear();
