@@ -128,7 +128,7 @@ TEST_F(EngineTest, StartAndEndLines) {
     }
 }
 
-// Aliases such as SelectWindow: variables_dump.tk and mouse_keys.tk.
+// Aliases such as SelectWindow: variables_dump.tk and host/dry_run.tk.
 TEST_F(EngineTest, NamesAndNumbers) {
     for (int32_t id = 100; id <= engine::kLastHostCommand; ++id)  // every host number but 129 and 134 reads back
         if (id != 129 && id != 134) {
@@ -279,14 +279,6 @@ TEST_F(BuiltinsTest, TheDumpComesInPiecesAndEndsOnAStop) {
     pieces = 0;
     EXPECT_FALSE(engine.writeDebug([&](std::string_view) { ++pieces; }));
     EXPECT_EQ(pieces, 1);
-}
-
-TEST_F(BuiltinsTest, MessageStyles) {
-    run("message(hello); message(0x4142, normal, title); message(Hello World, Critical, x);"
-        "message(a, reading, t); message(a, bogus, t); message(a, \"\", t);");
-    EXPECT_EQ(fake.transcript, (std::vector<std::string>{"MessageBox 0 \"title\" \"0x4142\"",
-                                                         "MessageBox 16 \"x\" \"helloworld\"",
-                                                         "MessageBox 1048576 \"t\" \"a\""}));
 }
 
 TEST_F(EngineTest, Conditions) {
@@ -474,7 +466,7 @@ protected:
 };
 
 // Each button, click and Ex flag, and the screen's centre: examples/host_commands.tk.
-// A plain button notes the cursor: tests/scripts/host/mouse_keys.tk.
+// A plain button notes the cursor, message styles: tests/scripts/host/dry_run.tk.
 const Case kMouseAndKeys[] = {
     {"a missing y does nothing, not even the move", "LeftDownEx(10);", {}},
     {"Ex is 16-bit, MoveMouse 32-bit", "LeftDownEx(40000, 10); MoveMouse(40000, 10);", {"SetCursorPos 40000 10"}},

@@ -218,6 +218,7 @@ struct HeldKeys : platform::KeyState {
 
 using H = std::vector<playback::Hotkey>;
 using playback::Hotkey, playback::HotkeyConditions, playback::pollHotkeys;
+using enum Hotkey;
 
 TEST(HotkeyPoll, FiresTheHotkeysOfTheTable) {
     struct Case {
@@ -227,19 +228,18 @@ TEST(HotkeyPoll, FiresTheHotkeysOfTheTable) {
         HotkeyConditions conditions;
         H expected;
     } const cases[] = {
-        {"Ctrl+0 stops", {17, 48}, {}, {}, {Hotkey::Stop}},
+        {"Ctrl+0 stops", {17, 48}, {}, {}, {Stop}},
         {"0 without Ctrl does nothing", {48}, {}, {}, {}},
         {"numpad 0 is not 0", {17, 96}, {}, {}, {}},
         {"a tap between ticks does not count", {17}, {48}, {}, {}},
-        {"a stop seen in a step stops once the keys are up", {}, {17, 48}, {.stopSeen = true}, {Hotkey::Stop}},
-        {"a stop seen in a step fires once", {17, 48}, {}, {.stopSeen = true}, {Hotkey::Stop}},
+        {"a stop seen in a step stops once the keys are up", {}, {17, 48}, {.stopSeen = true}, {Stop}},
+        {"a stop seen in a step fires once", {17, 48}, {}, {.stopSeen = true}, {Stop}},
         {"Ctrl+1 only in Correct Time", {17, 49}, {}, {}, {}},
-        {"Ctrl+1 pauses Correct Time", {17, 49}, {}, {.correctTimeRunning = true}, {Hotkey::Pause}},
-        {"record and play", {17, 56, 57}, {}, {}, {Hotkey::Record, Hotkey::Play}},
+        {"Ctrl+1 pauses Correct Time", {17, 49}, {}, {.correctTimeRunning = true}, {Pause}},
+        {"record and play", {17, 56, 57}, {}, {}, {Record, Play}},
         {"record and play blocked while recording", {17, 56, 57}, {}, {.recording = true}, {}},
-        {"stop still works while recording", {17, 48}, {}, {.recording = true}, {Hotkey::Stop}},
-        {"all in the table's order", {17, 57, 56, 49, 48}, {}, {.correctTimeRunning = true},
-         {Hotkey::Stop, Hotkey::Pause, Hotkey::Record, Hotkey::Play}},
+        {"stop still works while recording", {17, 48}, {}, {.recording = true}, {Stop}},
+        {"all in the table's order", {17, 57, 56, 49, 48}, {}, {.correctTimeRunning = true}, {Stop, Pause, Record, Play}},
     };
     for (const Case& c : cases) {
         HeldKeys keys;
@@ -252,10 +252,10 @@ TEST(HotkeyPoll, FiresTheHotkeysOfTheTable) {
 TEST(HotkeyPoll, APressCountsOnceAndOnlyWhenItsHotkeyIsRead) {
     HeldKeys held;  // a held key fires once
     held.press({17, 48});
-    EXPECT_EQ(pollHotkeys(held), H{Hotkey::Stop});
+    EXPECT_EQ(pollHotkeys(held), H{Stop});
     EXPECT_TRUE(pollHotkeys(held).empty());
     held.press({48});
-    EXPECT_EQ(pollHotkeys(held), H{Hotkey::Stop});
+    EXPECT_EQ(pollHotkeys(held), H{Stop});
 
     // Ctrl+9 pressed during a recording must not start a play once the
     // recording ends while the key is still held.
@@ -269,7 +269,7 @@ TEST(HotkeyPoll, APressCountsOnceAndOnlyWhenItsHotkeyIsRead) {
     late.press({48});
     EXPECT_TRUE(pollHotkeys(late).empty());
     late.down.insert(17);
-    EXPECT_EQ(pollHotkeys(late), H{Hotkey::Stop});
+    EXPECT_EQ(pollHotkeys(late), H{Stop});
 }
 
 TEST(CorrectTime, ScanCalibrationAndReplace) {
@@ -479,23 +479,22 @@ TEST(Recorder, SamplerWritesOneLinePerChange) {
     }
 }
 
-class CloseTest : public Rig, public ::testing::Test {};
-
-TEST_F(CloseTest, FramesTheLinesWithThePlayTimeAndALastPause) {
-    start({}, false);
-    now += 1005;
-    countSecond(state, clocks);
-    now += 7;
-    EXPECT_EQ(closeRecording(state, clocks),
+TEST(Recorder, TheCloseFramesTheLinesWithThePlayTimeAndALastPause) {
+    Rig rig;
+    rig.start({}, false);
+    rig.now += 1005;
+    countSecond(rig.state, rig.clocks);
+    rig.now += 7;
+    EXPECT_EQ(closeRecording(rig.state, rig.clocks),
               "Function(Main);\nOrigionalPlayTime(1.7);\nSetPausePercent(100);\n\nPause(1012);\n\nEndFunction();");
     // Ctrl and 0 first seen in one tick: the 0 ends the tick before Ctrl is read, and the close takes out Ctrl.
-    start({}, false);
-    tick({65});
-    tick(with(C, {48, 65}));
-    tick(with(C, {65}));
-    now += 7;
-    state.seconds = 5;
-    EXPECT_EQ(closeRecording(state, clocks),
+    rig.start({}, false);
+    rig.tick({65});
+    rig.tick(with(C, {48, 65}));
+    rig.tick(with(C, {65}));
+    rig.now += 7;
+    rig.state.seconds = 5;
+    EXPECT_EQ(closeRecording(rig.state, rig.clocks),
               "Function(Main);\nOrigionalPlayTime(5.37);\nSetPausePercent(100);\n\n"
               "Pause(10);\nKeyDown(65);\nPause(20);\nPause(7);\n\nEndFunction();");
 }
