@@ -597,18 +597,13 @@ TEST_F(HostTest, AStopEndsThePauseAndThePiecesToCome) {
 
 // A test whose coordinates do not convert answers true; one without its
 // image answers false. (Measures: the saturation tests.)
-TEST_F(HostTest, AnswersTakeTheVariablesKind) {
-    // What is declared first, the x coordinate, and the answer's text and kind.
-    const std::tuple<const char*, const char*, const char*, engine::ValueKind> cases[] = {
-        {"", "x", "True", Text}, {"", "1", "False", Text}, {"Int(r, 7);", "x", "0", Long}, {"Int(r, 7);", "1", "1", Long},
-        {"Double(r, 3);", "x", "0", Double}, {"Double(r, 3);", "1", "1", Double},
-    };
-    for (const auto& [declare, x, value, kind] : cases) {
-        run(std::string(declare) + "IsPixel(r, imagesave0, " + x + ", 2, colorrange0);");
-        EXPECT_EQ(valueOf("r"), value) << declare << x;
-        EXPECT_EQ(typeOf("r"), kind) << declare << x;
-    }
-}
+TEST_F(BuiltinsTest, AnswersTakeTheVariablesKind) { checkAll({
+    {"IsPixel(r, imagesave0, x, 2, colorrange0);", "r", Text, "True"},
+    {"IsPixel(r, imagesave0, 1, 2, colorrange0);", "r", Text, "False"},
+    {"Int(r, 7); IsPixel(r, imagesave0, x, 2, colorrange0);", "r", Long, "0"},
+    {"Int(r, 7); IsPixel(r, imagesave0, 1, 2, colorrange0);", "r", Long, "1"},
+    {"Double(r, 3); IsPixel(r, imagesave0, x, 2, colorrange0);", "r", Double, "0"},
+    {"Double(r, 3); IsPixel(r, imagesave0, 1, 2, colorrange0);", "r", Double, "1"}}); }
 
 
 // The SendKeys notation, table-driven: each key string and the strokes it
