@@ -382,8 +382,9 @@ TEST(CompiledScript, TheTailReadBack) {
 // The recorder, on the keys the hotkey poll reads.
 using namespace recorder;
 
-// The sampler ticked by hand every 10 ms, over a set of virtual keys down.
-struct Rig {
+// The sampler ticked by hand every 10 ms, over a set of virtual keys down;
+// the recorder's clock, which reads the time the test sets.
+struct Rig : platform::Clock {
     Rig() {
         clocks.startEventClock = [this] { eventStart = now; };
         clocks.readEventClock = [this] { return static_cast<int32_t>(now - eventStart); };
@@ -404,6 +405,10 @@ struct Rig {
         fake.input.setCursorPos(at.x, at.y);
         Sampler(state, form, kind, keys, fake.input, clocks, hooks).tick();
     }
+    void yield() override {}
+    void wait(int32_t) override {}
+    void cancelWaits() override {}
+    int64_t monotonicMs() override { return now; }
 
     platform::fake::FakePlatform fake;
     RecorderState state;
@@ -523,14 +528,6 @@ TEST(Recorder, WindowSelectionIsTheTopLevelThenItsChildrenCutAt99Bytes) {
 // The recorder driven by the key state's changes, as the X11 key state
 // tells them from raw events: one tick per change, timed by its stamp.
 
-struct TestClock : platform::Clock {
-    int64_t now = 0;
-    void yield() override {}
-    void wait(int32_t) override {}
-    void cancelWaits() override {}
-    int64_t monotonicMs() override { return now; }
-};
-
 // What the user did, stamped by the display and read `late` ms after.
 struct Step {
     enum What { Press, Release, Move } what;
@@ -577,41 +574,38 @@ const ChangeCase kChangeCases[] = {
 TEST(Recorder, KeyStateChangesWriteOneTickEach) {
     for (const ChangeCase& c : kChangeCases) {
         SCOPED_TRACE(c.name);
-        platform::fake::FakePlatform fake;
-        fake.input.setCursorPos(900, 700);  // where a late read of the cursor would find it
-        TestClock clock;
-        clock.now = c.start;
-        RecorderState state;
-        state.mouseMoves = c.mouseMove;
-        state.extendedClicks = c.extendedClicks;
-        FormState form;
-        Recorder recorder(state, form, Form::Basic, fake.keyboard, fake.input, clock, {});
+        Rig rig;
+        rig.fake.input.setCursorPos(900, 700);  // where a late read of the cursor would find it
+        rig.now = c.start;
+        rig.state.mouseMoves = c.mouseMove;
+        rig.state.extendedClicks = c.extendedClicks;
+        Recorder recorder(rig.state, rig.form, Form::Basic, rig.fake.keyboard, rig.fake.input, rig, {});
         int polls = 0;
         ASSERT_TRUE(recorder.start([&polls] { ++polls; }));
         int64_t lastStamp = c.start;
         for (const Step& step : c.steps) {
             lastStamp += static_cast<int32_t>(step.stamp - static_cast<uint32_t>(lastStamp + c.skew));
-            clock.now = std::max(clock.now, lastStamp + step.late);
+            rig.now = std::max(rig.now, lastStamp + step.late);
             if (step.what == Move)
-                fake.keyboard.moved(step.stamp, step.at);
+                rig.fake.keyboard.moved(step.stamp, step.at);
             else
-                fake.keyboard.change(static_cast<uint8_t>(step.vk), step.what == Press, step.stamp,
-                                     step.vk <= 4 ? std::optional(step.at) : std::nullopt);
+                rig.fake.keyboard.change(static_cast<uint8_t>(step.vk), step.what == Press, step.stamp,
+                                         step.vk <= 4 ? std::optional(step.at) : std::nullopt);
         }
-        EXPECT_EQ(state.script, c.expected);
+        EXPECT_EQ(rig.state.script, c.expected);
         EXPECT_EQ(polls, static_cast<int>(c.steps.size()));
         // The close counts on the local clock from the last change's stamp.
-        clock.now += 7;
+        rig.now += 7;
         const std::string script = recorder.close();
         if (c.skew == 0) {
-            EXPECT_NE(script.find("Pause(" + std::to_string(clock.now - lastStamp) + ");\n\nEndFunction();"),
+            EXPECT_NE(script.find("Pause(" + std::to_string(rig.now - lastStamp) + ");\n\nEndFunction();"),
                       std::string::npos)
                 << script;
         }
         EXPECT_TRUE(engine::checkScript(script).empty()) << script;
         // After the close no change is taken.
-        fake.keyboard.change(90, true, 5000);
-        EXPECT_EQ(state.script, script);
+        rig.fake.keyboard.change(90, true, 5000);
+        EXPECT_EQ(rig.state.script, script);
     }
 }
 }  // namespace
