@@ -452,8 +452,7 @@ protected:
         run(script);
         return fake.transcript;
     }
-    template <size_t N>
-    void checkAll(const Case (&cases)[N]) {
+    void checkAll(std::initializer_list<Case> cases) {
         for (const Case& c : cases) {
             session.targetWindow = 0;
             session.lastX = session.lastY = 0;
@@ -467,7 +466,7 @@ protected:
 
 // Each button, click and Ex flag, and the screen's centre: examples/host_commands.tk.
 // A plain button notes the cursor, message styles: tests/scripts/host/dry_run.tk.
-const Case kMouseAndKeys[] = {
+TEST_F(HostTest, MouseAndKeysOnTheInputStream) { checkAll({
     {"a missing y does nothing, not even the move", "LeftDownEx(10);", {}},
     {"Ex is 16-bit, MoveMouse 32-bit", "LeftDownEx(40000, 10); MoveMouse(40000, 10);", {"SetCursorPos 40000 10"}},
     {"bad numbers move nothing", "MoveMouse(abc, 1); MoveMouse(1); MoveMouse(\"lx\", 5);", {}},
@@ -482,12 +481,9 @@ const Case kMouseAndKeys[] = {
      {"SetCursorPos 3 4", "mouse_event 2", "SetCursorPos 4 3", "mouse_event 4"}},
     {"parameters resolve through variables", "String(s, \"42\"); Int(n, 7); KeyDown(s); KeyUp(n); KeyDown($9);",
      {"keybd_event 42 0", "keybd_event 7 2", "keybd_event 9 0"}},
-    {"a rejected key string sends nothing", "SendKeys(\"{FOO}\"); SendKeys(\"(a\");", {}},
-};
+    {"a rejected key string sends nothing", "SendKeys(\"{FOO}\"); SendKeys(\"(a\");", {}}}); }
 
-TEST_F(HostTest, MouseAndKeysOnTheInputStream) { checkAll(kMouseAndKeys); }
-
-const Case kTargetWindow[] = {
+TEST_F(HostTest, TargetWindow) { checkAll({
     {"Ex buttons send the position in pixels of 15 twips",
      "SelectWindow(notepad); LeftDownEx(300, 150); LeftUpEx(-30, 0); RightDownEx(1,1); RightUpEx(1,1);"
      " MiddleDownEx(1,1); MiddleUpEx(1,1);",
@@ -517,10 +513,7 @@ const Case kTargetWindow[] = {
     {"a failed chain starts again at the top level", "SelectWindow(notepad); SelectSubWindow(none); SelectSubWindow(other);",
      {"FindWindow \"notepad\" null", "FindWindowEx 1001 \"none\"", "FindWindowEx 0 \"other\""}},
     {"DeselectWindow returns to the input stream", "SelectWindow(notepad); DeselectWindow(); KeyDown(1);",
-     {"FindWindow \"notepad\" null", "keybd_event 1 0"}},
-};
-
-TEST_F(HostTest, TargetWindow) { checkAll(kTargetWindow); }
+     {"FindWindow \"notepad\" null", "keybd_event 1 0"}}}); }
 
 // Input may wait for the next command of another kind, which might be slow
 // (a file, a program's start, a wait), and is sent on before it.
@@ -551,7 +544,7 @@ TEST_F(HostTest, TheTargetTheFactorAndTheModesOutliveTheRun) {
     EXPECT_TRUE(session.firstFind);
 }
 
-const Case kProgramsAndMessages[] = {
+TEST_F(HostTest, ProgramsAndMessages) { checkAll({
     {"quoted or not", "Start(notepad.exe); Start(\"My Notes.txt\");",
      {"ShellExecute \"Open\" \"notepad.exe\" \"\" 1", "ShellExecute \"Open\" \"My Notes.txt\" \"\" 1"}},
     {"no file opens nothing", "Start(); StartEx(, , normal);", {}},
@@ -561,12 +554,9 @@ const Case kProgramsAndMessages[] = {
     {"msgbox: flags 0, empty title", "MsgBox(0x41); MsgBox(); MsgBox(\"a\", \"b\");",
      {"MessageBox 0 \"\" \"0x41\"", "MessageBox 0 \"\" \"\"", "MessageBox 0 \"\" \"a\""}},
     {"unknown commands and OrigionalPlayTime do nothing", "Foo(1,2); OrigionalPlayTime(12.5); Timer(); KeyDown(1);",
-     {"keybd_event 1 0"}},
-};
+     {"keybd_event 1 0"}}}); }
 
-TEST_F(HostTest, ProgramsAndMessages) { checkAll(kProgramsAndMessages); }
-
-const Case kPauses[] = {
+TEST_F(HostTest, Pauses) { checkAll({
     {"nothing positive, nothing waited", "Pause(0); Pause(-5); Pause(abc); Pause(); Pause(0.4); PauseS(-1); PauseM(abc);",
      {}},
     {"a minute is sixty waits of a second", "PauseM(1);", Lines(60, "Wait 1000")},
@@ -582,10 +572,7 @@ const Case kPauses[] = {
      {"Wait 0"}},
     {"a text percent is passed over", "SetPausePercent(abc); Pause(10);", {"Wait 10"}},
     {"ignored pauses read nothing", "IgnorePauses(True); Pause(100); PauseS(1); PauseM(1); PauseH(1);", {}},
-    {"only the exact word true", "IgnorePauses(\"True\"); Pause(7);", {"Wait 7"}},
-};
-
-TEST_F(HostTest, Pauses) { checkAll(kPauses); }
+    {"only the exact word true", "IgnorePauses(\"True\"); Pause(7);", {"Wait 7"}}}); }
 
 TEST_F(HostTest, AStopEndsThePauseAndThePiecesToCome) {
     fake.onYield = [&] {
