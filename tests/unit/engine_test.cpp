@@ -608,18 +608,17 @@ std::string describe(const std::optional<std::vector<platform::KeyStroke>>& stro
     return out;
 }
 
-const std::pair<const char*, const char*> kCases[] = {
-    {"", ""}, {"ab", "'a' 'b'"}, {"[x]", "'[' 'x' ']'"}, {"é€", "'é' '€'"}, {"+a", "v16 'a' ^16"},
-    {"^(ab)c", "v17 'a' 'b' ^17 'c'"}, {"%{F4}", "v18 v115 ^115 ^18"}, {"+^a", "v16 v17 'a' ^17 ^16"},
-    {"(ab)", "'a' 'b'"}, {"+()", "v16 ^16"}, {"~", "v13 ^13"}, {"^~", "v17 v13 ^13 ^17"},
-    {"{ENTER}{enter}", "v13 ^13 v13 ^13"}, {"{BS}{BKSP}{BACKSPACE}", "v8 ^8 v8 ^8 v8 ^8"},
-    {"{F1}{F16}", "v112 ^112 v127 ^127"}, {"{LEFT 3}", "v37 ^37 v37 ^37 v37 ^37"}, {"{LEFT 0}", ""},
-    {"{a 3}", "'a' 'a' 'a'"}, {"{é 2}", "'é' 'é'"}, {"{+}{^}{%}{~}", "'+' '^' '%' '~'"},
-    {"{{}{}}{(}{)}", "'{' '}' '(' ')'"}, {"{ }", "' '"}, {"+{} 2}", "v16 '}' '}' ^16"},
-};
-
 TEST(SendKeys, ParsesTheNotation) {
-    for (const auto& [keys, strokes] : kCases) EXPECT_EQ(describe(host::parseSendKeys(keys)), strokes) << "keys: " << keys;
+    const std::pair<const char*, const char*> cases[] = {
+        {"", ""}, {"ab", "'a' 'b'"}, {"[x]", "'[' 'x' ']'"}, {"é€", "'é' '€'"}, {"+a", "v16 'a' ^16"},
+        {"^(ab)c", "v17 'a' 'b' ^17 'c'"}, {"%{F4}", "v18 v115 ^115 ^18"}, {"+^a", "v16 v17 'a' ^17 ^16"},
+        {"(ab)", "'a' 'b'"}, {"+()", "v16 ^16"}, {"~", "v13 ^13"}, {"^~", "v17 v13 ^13 ^17"},
+        {"{ENTER}{enter}", "v13 ^13 v13 ^13"}, {"{BS}{BKSP}{BACKSPACE}", "v8 ^8 v8 ^8 v8 ^8"},
+        {"{F1}{F16}", "v112 ^112 v127 ^127"}, {"{LEFT 3}", "v37 ^37 v37 ^37 v37 ^37"}, {"{LEFT 0}", ""},
+        {"{a 3}", "'a' 'a' 'a'"}, {"{é 2}", "'é' 'é'"}, {"{+}{^}{%}{~}", "'+' '^' '%' '~'"},
+        {"{{}{}}{(}{)}", "'{' '}' '(' ')'"}, {"{ }", "' '"}, {"+{} 2}", "v16 '}' '}' ^16"},
+    };
+    for (const auto& [keys, strokes] : cases) EXPECT_EQ(describe(host::parseSendKeys(keys)), strokes) << "keys: " << keys;
     for (const char* keys : {"{FOO}", "{F17}", "{F0}", "{F01}", "{LEFT x}", "{LEFT 3 4}", "{LEFT", "{}", "a}", "(a",
                              "a)", "+", "a+", "+)", "ab{FOO}"})
         EXPECT_EQ(describe(host::parseSendKeys(keys)), "rejected") << "keys: " << keys;
