@@ -108,7 +108,11 @@ TEST_F(EngineTest, StatementSplitting) {
     }
 }
 
-TEST_F(EngineTest, StartAndEndLines) {
+// A load also clears the call depth a run left. (The variables and functions
+// a run leaves would change the next case in Conditions and ControlFlow; the
+// depth of a call that went nowhere would not.)
+TEST_F(EngineTest, StartAndEndLinesAndTheCallDepth) {
+    run("function(f); call(nowhere);");
     const std::tuple<const char*, int32_t, int32_t> cases[] = {  // the text, the start and end lines
         {"", 1, 0}, {"a(); b();", 1, 0}, {"function(main); endfunction();", 1, 2},
         {"FUNCTION(MAIN); ENDFUNCTION();", 1, 2}, {"function(\"main\"); endfunction();", 1, 0},
@@ -125,6 +129,7 @@ TEST_F(EngineTest, StartAndEndLines) {
         EXPECT_EQ(engine.startLine(), start) << text;
         EXPECT_EQ(engine.endLine(), end) << text;
         EXPECT_EQ(engine.currentLine(), start) << text;
+        EXPECT_EQ(engine.callDepth(), 0) << text;
     }
 }
 
@@ -142,14 +147,6 @@ TEST_F(EngineTest, HexToText) {
     EXPECT_EQ(engine::SC::hexToAscii(odd), std::string("\x04", 1));
     EXPECT_EQ(engine::SC::hexToAscii(notHex), std::string("\0A", 2));
     EXPECT_EQ(engine::SC::hexToAscii(empty), "");
-}
-
-// The variables and functions a run leaves would change the next case in
-// Conditions and ControlFlow; the depth of a call that went nowhere would not.
-TEST_F(EngineTest, LoadClearsTheCallDepthTheLastRunLeft) {
-    run("function(f); call(nowhere);");
-    load("a();");
-    EXPECT_EQ(engine.callDepth(), 0);
 }
 
 using enum engine::ValueKind;
