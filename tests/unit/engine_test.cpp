@@ -47,7 +47,7 @@ TEST(Rounding, TiesGoToTheEvenNeighbour) {
 }
 
 // Rounding and the byte's and 16-bit bounds through the commands: the key
-// and Ex rows of host_test.cpp; textToLong: the builtins' cases below.
+// and Ex rows of the host tests below; textToLong: the builtins' cases.
 TEST(Conversions, FailOnEmptyNonNumericAndOutOfRange) {
     EXPECT_EQ(textToByte("255"), 255);
     EXPECT_EQ(textToInt16("-32768"), -32768);
