@@ -378,14 +378,14 @@ private slots:
             QTRY_COMPARE(f.app->recorder.linesOffered, 2);
             f.keys.press(kA);
             QTRY_VERIFY(f.app->recorder.script.find("KeyDown(65);") != std::string::npos);  // the sampler's timer
-            // What Ctrl+6 and Ctrl+7 do in a recording (their keys: recorder_test).
+            // What Ctrl+6 and Ctrl+7 do in a recording (their keys: the recorder part of playback_test).
             f.app->recorder.mouseMoves = f.app->recorder.extendedClicks = false;
             w.stop();
             QVERIFY(!f.app->recorder.recording && w.widget->isVisible());
             const QStringList lines = w.text().replace(QRegularExpression("Pause\\(\\d+\\);"), "Pause(t);").split('\n');
             QStringList expected = {"Pause(t);", "KeyUp(56);", "Pause(t);", "KeyUp(162);", "Pause(t);", "KeyDown(65);",
                                     "Pause(t);"};
-            // Inside the recorder's frame (its lines: recorder_test).
+            // Inside the recorder's frame (its lines: the recorder part of playback_test).
             QCOMPARE(lines.mid(4, lines.size() - 4 - 2), dropped ? expected.mid(4) : expected);
             QCOMPARE(w.widget->windowTitle(), basic ? "Tarvoke Basic Mode - Untitled" : "Tarvoke - Untitled");
             QVERIFY(f.app->filePath.empty());
