@@ -124,14 +124,16 @@ bool X11KeyState::buttonDown(size_t index) {
 }
 
 void X11KeyState::onEvent(XEvent& event) {
-    if (event.type == KeyPress && m_stopKey && event.xkey.keycode == m_stopKey) {
+    takeIn(event);
+    const XGenericEventCookie& cookie = event.xcookie;
+    if (event.type == GenericEvent && cookie.extension == m_opcode && cookie.evtype == XI_KeyPress && cookie.data) {
         // The press is all the claim takes (the key state has it from the raw
         // event): the keyboard grab it started ends at once, so that the keys
         // a stopped run lets go of still reach the window with the focus.
-        XUngrabKeyboard(m_x.display(), event.xkey.time);
+        const auto* press = static_cast<const XIDeviceEvent*>(cookie.data);
+        XIUngrabDevice(m_x.display(), press->deviceid, press->time);
         m_x.flush();
     }
-    takeIn(event);
     // The moves of one read are one change, told when nothing more waits
     // behind them, or before the next press or release.
     if (m_motionPending && XQLength(m_x.display()) == 0) tellMotion();
@@ -409,16 +411,26 @@ void X11KeyState::claimStopKey(bool claimed) {
     }
     // Ctrl with every combination of the other modifiers, which a passive
     // grab would otherwise have to match exactly: the locks (Caps Lock, Num
-    // Lock), and a Shift or Alt that the run or the user holds down.
-    const unsigned others[] = {ShiftMask, LockMask, Mod1Mask, Mod2Mask, Mod3Mask, Mod4Mask, Mod5Mask};
-    for (unsigned combination = 0; combination < 1u << std::size(others); ++combination) {
-        unsigned modifiers = ControlMask;
+    // Lock), and a Shift, Alt or Super that the run or the user holds down.
+    // One request takes them all; each combination costs the server time at
+    // every start and end of a run, so the rarely held ones (Mod3, AltGr)
+    // are left out.
+    const unsigned others[] = {ShiftMask, LockMask, Mod1Mask, Mod2Mask, Mod4Mask};
+    std::vector<XIGrabModifiers> combinations(size_t{1} << std::size(others));
+    for (size_t combination = 0; combination < combinations.size(); ++combination) {
+        combinations[combination].modifiers = ControlMask;
         for (size_t i = 0; i < std::size(others); ++i)
-            if (combination & (1u << i)) modifiers |= others[i];
-        if (claimed)
-            XGrabKey(m_x.display(), m_stopKey, modifiers, m_x.root(), False, GrabModeAsync, GrabModeAsync);
-        else
-            XUngrabKey(m_x.display(), m_stopKey, modifiers, m_x.root());
+            if (combination & (size_t{1} << i)) combinations[combination].modifiers |= static_cast<int>(others[i]);
+    }
+    const int count = static_cast<int>(combinations.size());
+    if (claimed) {
+        unsigned char bits[XIMaskLen(XI_KeyPress)] = {};
+        XISetMask(bits, XI_KeyPress);
+        XIEventMask mask{XIAllMasterDevices, sizeof bits, bits};
+        XIGrabKeycode(m_x.display(), XIAllMasterDevices, m_stopKey, m_x.root(), XIGrabModeAsync, XIGrabModeAsync,
+                      False, &mask, count, combinations.data());
+    } else {
+        XIUngrabKeycode(m_x.display(), XIAllMasterDevices, m_stopKey, m_x.root(), count, combinations.data());
     }
     if (!claimed) m_stopKey = 0;
     m_x.flush();
